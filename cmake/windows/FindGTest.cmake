@@ -1,0 +1,12 @@
+# GoogleTest built from the distribution's sources.
+set(GTest_SOURCE_DIR /usr/src/googletest)
+if(EXISTS ${GTest_SOURCE_DIR}/CMakeLists.txt AND NOT TARGET GTest::gtest)
+  enable_language(C)
+  set(INSTALL_GTEST OFF CACHE INTERNAL "")
+  add_subdirectory(${GTest_SOURCE_DIR} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+endif()
+include(FindPackageHandleStandardArgs)
+if(TARGET GTest::gtest)
+  set(GTest_TARGET GTest::gtest)
+endif()
+find_package_handle_standard_args(GTest REQUIRED_VARS GTest_SOURCE_DIR GTest_TARGET)
