@@ -1,0 +1,13 @@
+// The error value that the platform keeps for the last call into a library.
+//
+// Out of line, because the platform's own headers rename members of the core.
+#pragma once
+
+#include "platform/types.h"
+
+namespace ovno2::platform {
+
+void clearLastError();
+Long lastError();
+
+}  // namespace ovno2::platform
