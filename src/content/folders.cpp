@@ -1,0 +1,185 @@
+#include "content/folders.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+
+#include "connectivity/discovery.h"
+#include "connectivity/library_memory.h"
+#include "content/item_texts.h"
+#include "content/state.h"
+
+namespace ovno2::Content {
+
+namespace {
+
+using library::FolderInfoRecord;
+using library::Handle;
+using library::Word;
+
+constexpr unsigned char shortSize = 32;
+constexpr unsigned char longSize = 48;
+constexpr double firstSuiteWithLongRecords = 3.1;
+constexpr unsigned char guardByte = 77;
+constexpr std::size_t guardStart = sizeof(FolderInfoRecord);
+constexpr std::size_t bufferSize = 97;
+
+constexpr Word mostSubfolders = 100;
+// A store that claims more than this leads in a circle.
+constexpr std::size_t deepestLevel = 32;
+constexpr std::size_t mostFolders = 10000;
+constexpr Long noMemoryForName = -7;
+constexpr Long noSuchFolder = -8;
+constexpr std::uintptr_t lastReservedAddress = 32;
+
+// A folder record as it goes to the library: as long as the library makes them, aligned.
+struct alignas(Word) RecordBytes {
+    std::array<unsigned char, 256> bytes{};
+};
+
+Long folderInfo(Handle connection, unsigned char* buffer, Long status) {
+    attempt([&] { status = static_cast<Long>(library::CAGetFolderInfo(connection, buffer)); });
+    DebugLine(hex{static_cast<std::uint32_t>(status)});
+    return status;
+}
+
+// How far the library wrote, from what is left of the guard bytes.
+Long writtenSize(unsigned char* buffer) {
+    for (std::size_t i = bufferSize - 1; i >= guardStart; --i) {
+        if (buffer[i] != guardByte) return static_cast<Long>((i + 1) & ~std::size_t{1});
+        buffer[i] = 0;
+    }
+    return shortSize;
+}
+
+// The records of one level, copied; their size is corrected by what the first one says.
+struct Level {
+    std::vector<unsigned char> bytes;
+    std::size_t stride = 0;
+
+    FolderInfoRecord record(std::size_t i) const {
+        FolderInfoRecord record{};
+        std::memcpy(&record, bytes.data() + i * stride, std::min(stride, sizeof record));
+        return record;
+    }
+    RecordBytes recordBytes(std::size_t i) const {
+        RecordBytes record;
+        std::memcpy(record.bytes.data(), bytes.data() + i * stride, std::min(stride, record.bytes.size()));
+        return record;
+    }
+};
+
+Level copyLevel(Address pointer, std::size_t count, Long recordSize) {
+    Level level;
+    level.stride = static_cast<std::size_t>(recordSize == 0 ? shortSize : recordSize);
+    level.bytes = library::copyBlock<unsigned char>(pointer, count * level.stride);
+    const unsigned char told = level.bytes[0];
+    if (told > 0 && told != level.stride) {
+        level.stride = told;
+        level.bytes = library::copyBlock<unsigned char>(pointer, count * level.stride);
+    }
+    return level;
+}
+
+Long endOperation(Handle operation, Long status) {
+    attempt([&] { status = static_cast<Long>(library::CAEndOperation(operation)); });
+    return status;
+}
+
+// Renames the folder, or deletes it when `newName` is empty.
+Long changeFolder(Handle connection, RecordBytes record, const Text& newName) {
+    DebugWrite(u"GetSubfolders", 10);
+    Handle operation = 0;
+    Long status = noStatus;
+    attempt([&] { status = static_cast<Long>(library::CABeginOperation(connection, 0, &operation)); });
+    DebugLine(hex{static_cast<std::uint32_t>(status)});
+    if (status != 0) return status;
+    {
+        std::optional<library::LibraryString> name;
+        if (!newName.empty()) {
+            name.emplace(newName);
+            if (reinterpret_cast<std::uintptr_t>(name->get()) <= lastReservedAddress) {
+                endOperation(operation, status);
+                return noMemoryForName;
+            }
+        }
+        DebugWrite(u"GetSubfolders", 11);
+        status = noStatus;
+        attempt([&] {
+            status =
+                static_cast<Long>(name ? library::CARenameFolder(operation, record.bytes.data(), name->get())
+                                       : library::CADeleteFolder(operation, record.bytes.data()));
+        });
+    }
+    DebugLine(u"CARenameFolder:", hex{static_cast<std::uint32_t>(status)});
+    if (status == 0) {
+        status = noStatus;
+        attempt([&] { status = static_cast<Long>(library::CACommitOperations(operation, nullptr)); });
+        DebugLine(hex{static_cast<std::uint32_t>(status)});
+    }
+    if (status != 0) {
+        // A change that failed is dropped with its operation.
+        endOperation(operation, status);
+        return status;
+    }
+    status = endOperation(operation, noStatus);
+    DebugLine(hex{static_cast<std::uint32_t>(status)});
+    return status;
+}
+
+Long walk(Word count, Address pointer, std::vector<FolderEntry>& list, Long recordSize, Handle connection,
+          const Text& oldName, const Text& newName, std::size_t depth) {
+    const RoutineLog log(u"GetSubfolders");
+    if (count < 1 || count > mostSubfolders || depth > deepestLevel || list.size() > mostFolders) return 0;
+    Long result = oldName.empty() ? 0 : noSuchFolder;
+    Level level;
+    const std::size_t first = list.size();
+    const FailureNumber failure = attempt([&] {
+        level = copyLevel(pointer, count, recordSize);
+        list.resize(first + count);
+    });
+    if (failure != noFailure) return result;
+    for (std::size_t i = 0; i < count; ++i) {
+        const FolderInfoRecord record = level.record(i);
+        attempt([&] { list[first + i].Name = GetStringFromPointer(record.name); });
+        attempt([&] { list[first + i].Path = GetStringFromPointer(record.path); });
+        list[first + i].FolderId = static_cast<Long>(record.folderId);
+        DebugLine(list[first + i].Path, u":", list[first + i].Name);
+        if (!oldName.empty() && list[first + i].Name == oldName)
+            return changeFolder(connection, level.recordBytes(i), newName);
+        if (record.subfolderCount >= 1)
+            walk(record.subfolderCount, record.subfolders, list, /*recordSize=*/0, /*connection=*/0,
+                 /*oldName=*/{},
+                 /*newName=*/{}, depth + 1);
+    }
+    return result;
+}
+
+}  // namespace
+
+Long GetNokiaFolder(Handle connection, FolderInfoRecord& record) {
+    const RoutineLog log(u"GetNokiaFolder");
+    alignas(Word) std::array<unsigned char, bufferSize> buffer;
+    buffer.fill(guardByte);
+    record.size = shortSize;
+    std::memcpy(buffer.data(), &record, sizeof record);
+    const bool longRecords = numericValue(Discovery::SuiteBuildText()) >= firstSuiteWithLongRecords;
+    if (longRecords) buffer[0] = longSize;
+    Long status = folderInfo(connection, buffer.data(), noStatus);
+    if (status != 0) {
+        buffer[0] = longRecords ? shortSize : longSize;
+        status = folderInfo(connection, buffer.data(), status);
+    }
+    if (status != 0) return status;
+    const Long size = writtenSize(buffer.data());
+    std::memcpy(&record, buffer.data(), sizeof record);
+    return size;
+}
+
+Long GetSubfolders(Word count, Address pointer, std::vector<FolderEntry>& list, Long recordSize,
+                   Handle connection, const Text& oldName, const Text& newName) {
+    return walk(count, pointer, list, recordSize, connection, oldName, newName, /*depth=*/1);
+}
+
+}  // namespace ovno2::Content

@@ -1,0 +1,12 @@
+// Texts in the library's memory.
+#pragma once
+
+#include "platform/types.h"
+
+namespace ovno2::Content {
+
+// The zero-terminated text at `pointer`; empty for pointers that lead nowhere (-1 and up to 256 among them)
+// and for texts of 16,383 bytes or more in the system's code page. Throws RuntimeFailure 7 only.
+Text GetStringFromPointer(Address pointer);
+
+}  // namespace ovno2::Content

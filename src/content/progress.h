@@ -1,0 +1,21 @@
+// The host's progress control: only ever advanced.
+#pragma once
+
+#include "platform/automation.h"
+#include "platform/failure.h"
+
+namespace ovno2::Content {
+
+// Advances the late-bound control's property "value". Without a control, or when it refuses, the step fails
+// and nothing else happens.
+class Progress {
+  public:
+    // `control` may be null and must outlive the progress.
+    explicit Progress(const platform::ObjectPointer& control) : control_(control) {}
+    void advance(Long by = 1) const;
+
+  private:
+    const platform::ObjectPointer& control_;
+};
+
+}  // namespace ovno2::Content
