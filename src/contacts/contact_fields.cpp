@@ -1,0 +1,274 @@
+#include "contacts/contact_fields.h"
+
+#include <algorithm>
+
+#include "calendar/dates/date_text.h"
+#include "connectivity/devices.h"
+#include "connectivity/library_memory.h"
+#include "contacts/contact_picture.h"
+#include "content/item_dates.h"
+#include "content/item_texts.h"
+#include "content/state.h"
+#include "frame/settings.h"
+
+namespace ovno2::Contacts {
+
+using namespace std::string_view_literals;  // names of routines whose length is known beforehand
+
+namespace {
+
+using library::Word;
+
+constexpr Long codeColumn = 4;
+
+// Host field codes that are treated apart.
+constexpr Long firstNameCode = 1;
+constexpr Long lastNameCode = 2;
+constexpr Long formattedNameCode = 3;
+constexpr Long categoriesCode = 18;
+constexpr Long everythingElseCode = 70;
+constexpr Long locationCode = 79;
+constexpr Long noCode = 0;
+
+// Phone field ids whose value is not a text.
+constexpr Word noteId = 7;
+constexpr Word birthdayId = 9;
+constexpr Word pictureId = 10;
+constexpr Word numberId = 516;
+constexpr Word firstUnknownId = 521;
+
+constexpr Long firstVersionWithLongIds = 30;
+constexpr Long firstS60Platform = eNokiaPhoneS60;
+
+bool isShortAddressId(Word id) {
+    return id >= 65 && id <= 67;
+}
+bool isLongAddressId(Word id) {
+    return id >= 256 && id <= 258;
+}
+
+Text phoneText(Address pointer) {
+    Text text = Content::GetStringFromPointer(pointer);
+    if (text.find(u"=40"sv) != Text::npos) text = replaceAll(text, u"=40"sv, u"@"sv);
+    return text;
+}
+
+// The item's value as text; address records and unknown ids have none.
+Text valueOf(const AdrItem& record, const Content::DataItem& item, const Text& pictureFolder,
+             const Text& uid) {
+    const Word id = item.FieldId;
+    if (id == birthdayId) {
+        const DateValue date = Content::GetDateFromPointer(item.Value);
+        return date == dateZero ? Text() : shortDateText(date);
+    }
+    if (id == pictureId) return savePicture(item.Value, record, pictureFolder, uid);
+    if (isLongAddressId(id) || id >= firstUnknownId) return {};
+    if (isShortAddressId(id) && Content::deviceManagementVersion() < firstVersionWithLongIds) return {};
+    if (id == numberId) return decimalText(static_cast<Long>(item.Value));
+    Text text = phoneText(item.Value);
+    if (id == noteId && text.ends_with(u';')) text.pop_back();
+    return text;
+}
+
+struct FieldCodes {
+    Long code;
+    Long code2;
+};
+
+// Host codes of the words 2 to 6 of an address record.
+constexpr std::size_t firstAddressWord = 2;
+constexpr std::size_t lastAddressWord = 6;
+constexpr FieldCodes generalAddress[] = {{45, 6}, {46, 7}, {47, 8}, {49, 13}, {48, 12}};
+constexpr FieldCodes businessAddress[] = {{6, 0}, {7, 0}, {8, 0}, {13, 0}, {12, 0}};
+constexpr FieldCodes homeAddress[] = {{9, 0}, {10, 0}, {11, 0}, {44, 0}, {43, 0}};
+// The street of a general address on platforms that do not keep the kinds apart, unless the host does.
+constexpr FieldCodes undividedStreet = {6, 9};
+constexpr Long businessCityCode = 8;
+constexpr Long homeCityCode = 11;
+
+const FieldCodes* addressCodes(Word id) {
+    switch (id) {
+        case 256:
+        case 65:
+            return generalAddress;
+        case 258:
+        case 67:
+            return businessAddress;
+        default:
+            return homeAddress;
+    }
+}
+
+FieldCodes codesOfAddressWord(Word id, std::size_t word, const FieldDefinitions& table) {
+    const FieldCodes* codes = addressCodes(id);
+    if (codes == generalAddress && word == firstAddressWord) {
+        const Long platform = stateOf<Devices::State>().platformType;
+        const bool undivided = platform >= eNokiaPhoneType && platform < firstS60Platform;
+        if (undivided && !(table.has(businessCityCode) && table.has(homeCityCode))) return undividedStreet;
+    }
+    return codes[word - firstAddressWord];
+}
+
+void saveAddress(ContactValues& values, const Content::DataItem& item, const FieldDefinitions& table) {
+    Word size = 0;  // bytes
+    library::copyRecord(item.Value, size);
+    const std::size_t count = std::min(size / sizeof(Word), lastAddressWord + 1);
+    const std::vector<Word> record = library::copyBlock<Word>(item.Value, count);
+    for (std::size_t k = firstAddressWord; k < count; ++k) {
+        if (record[k] == 0) continue;
+        attempt([&] {
+            Text text = phoneText(record[k]);
+            if (text.ends_with(u'\r')) text.pop_back();
+            const FieldCodes codes = codesOfAddressWord(item.FieldId, k, table);
+            SetField(values.values(), table, codes.code, codes.code2, text);
+        });
+    }
+}
+
+void saveUncoded(ContactValues& values, const Content::DataItem& item, const FieldDefinitions& table,
+                 Text& value) {
+    if (isShortAddressId(item.FieldId) || isLongAddressId(item.FieldId)) {
+        if (item.Value != 0) saveAddress(values, item, table);
+    } else if (settings().getAllFields != 0) {
+        SetField(values.values(), table, everythingElseCode, noCode, value);
+    }
+}
+
+void saveCoded(ContactValues& values, const FieldDefinitions& table, FieldCodes codes, bool nameFallback,
+               Text& value) {
+    if (SetField(values.values(), table, codes.code, codes.code2, value) != 0) return;
+    if (nameFallback && codes.code == lastNameCode) {
+        SetField(values.values(), table, formattedNameCode, lastNameCode, value);
+    } else if (codes.code == formattedNameCode) {
+        Text bracketed = u"[" + value + u"]";
+        SetField(values.values(), table, lastNameCode, codes.code2, bracketed);
+    } else if (settings().getAllFields != 0) {
+        SetField(values.values(), table, everythingElseCode, noCode, value);
+    }
+}
+
+// A value is one entry between tabs and has no blanks around it.
+void makeEntry(Text& value) {
+    if (value.find(u'\t') != Text::npos) value = replaceAll(value, u"\t", u"\\t");
+    if (value.starts_with(u' ') || value.ends_with(u' ')) value = trimBlanks(value);
+}
+
+// The row is filled and every value is to be kept.
+void addToRow(Text& row, Long code, const Text& value) {
+    if (row.empty()) {
+        row = value;
+        return;
+    }
+    if (code == everythingElseCode) {
+        row.append(u"\\n");
+    } else {
+        const bool repeatsFormattedName =
+            code == lastNameCode && row.front() == u'[' && TextView(row).substr(1).starts_with(value);
+        if (repeatsFormattedName) return;
+        row.push_back(u';');
+    }
+    row.append(value);
+}
+
+}  // namespace
+
+FieldDefinitions::FieldDefinitions(const TextTable& table) : codes_(table.rows(), 0) {
+    firstRows_.fill(-1);
+    if (table.firstColumn() > codeColumn || table.lastColumn() < codeColumn) return;
+    for (std::size_t row = codes_.size(); row-- > 0;) {
+        const Long code = numericLong(table.at(row, codeColumn));
+        codes_[row] = code;
+        if (code >= 0 && code < indexedCodes)
+            firstRows_[static_cast<std::size_t>(code)] = static_cast<Long>(row);
+    }
+}
+
+Long FieldDefinitions::firstRow(Long code) const {
+    if (code >= 0 && code < indexedCodes) return firstRows_[static_cast<std::size_t>(code)];
+    const auto found = std::find(codes_.begin(), codes_.end(), code);
+    return found == codes_.end() ? -1 : static_cast<Long>(found - codes_.begin());
+}
+
+void ContactValues::beginItem() {
+    if (started_ && values_.size() >= 2) return;
+    for (Text& value : values_)
+        value.clear();
+    started_ = true;
+}
+
+Text ContactValues::joined() const {
+    return started_ ? join(values_, u'\t') : Text();
+}
+
+Long SetField(std::vector<Text>& values, const FieldDefinitions& table, Long code, Long code2, Text& value) {
+    const RoutineLog log(u"SetField"sv);
+    Long result = 0;
+    bool matched = false;
+    const bool keepsAll = settings().getAllFields != 0;
+    for (;;) {
+        const Long row = table.firstRow(code);
+        if (row < 0) {
+            if (matched || code2 <= 0) return result;
+            code = std::exchange(code2, noCode);
+            continue;
+        }
+        matched = true;
+        result = row;
+        makeEntry(value);
+        Text& target = values.at(static_cast<std::size_t>(row));
+        if (code == categoriesCode) {
+            if (!target.empty()) target.push_back(u';');
+            target.append(value);
+            return result;
+        }
+        if (!target.empty() && code > formattedNameCode && code != everythingElseCode) {
+            if (code2 > 0) {
+                code = std::exchange(code2, noCode);
+                continue;
+            }
+            if (!keepsAll) return result;
+        }
+        if (keepsAll) {
+            addToRow(target, code, value);
+        } else {
+            target = value;
+        }
+        return result;
+    }
+}
+
+void SaveContactInfo(AdrItem& record, ContactValues& values, const Content::DataItem& item,
+                     const FieldDefinitions& table, bool nameFallback, const Text& pictureFolder,
+                     const Text& uid) {
+    const RoutineLog log(u"SaveContactInfo"sv);
+    Text value;
+    attempt([&] { value = valueOf(record, item, pictureFolder, uid); });
+    values.beginItem();
+    const Content::FieldTables& fields = Content::state().Fields;
+    const FieldCodes codes = {fields.code(item.FieldId), fields.alternativeCode(item.FieldId)};
+    attempt([&] {
+        if (codes.code == noCode) {
+            saveUncoded(values, item, table, value);
+        } else if (codes.code == locationCode) {
+            record.Location = value + u" (SB)";
+        } else {
+            saveCoded(values, table, codes, nameFallback, value);
+        }
+    });
+}
+
+void cleanUpName(ContactValues& values, const FieldDefinitions& table) {
+    const Long lastRow = table.firstRow(lastNameCode);
+    if (!values.hasValues() || lastRow < 0) return;
+    Text& last = values.values()[static_cast<std::size_t>(lastRow)];
+    if (last.size() < 2 || last.front() != u'[' || last.back() != u']') return;
+    const Long firstRow = table.firstRow(firstNameCode);
+    const TextView inner = TextView(last).substr(1, last.size() - 2);
+    if (firstRow >= 0 && inner == values.values()[static_cast<std::size_t>(firstRow)]) {
+        last.clear();
+    } else {
+        last = Text(inner);
+    }
+}
+
+}  // namespace ovno2::Contacts
