@@ -1,0 +1,223 @@
+#include "phonefs/file_operations.h"
+
+#include "connectivity/library_memory.h"
+#include "phonefs/nokia_files.h"
+#include "platform_native/last_error.h"
+#include "support/byte_table.h"
+#include "support/convert_array.h"
+#include "support/files.h"
+
+namespace ovno2::NokiaFiles {
+
+namespace {
+
+using library::FileRecord;
+using library::Handle;
+using library::LibraryString;
+using library::Status;
+using library::Word;
+
+constexpr Status noStatus = 0xFFFFFFFF;  // no call has been made yet
+
+Handle session() {
+    return stateOf<State>().FSHandle;
+}
+
+bool openSession() {
+    if (session() != 0) return true;
+    Text lastModel;
+    return OpenFS(lastModel, {}) >= 0;
+}
+
+void logStatus(TextView tag, Status status) {
+    if (status != library::statusOk) DebugLine(tag, hex{status});
+}
+
+bool enterFolder(Text folder) {
+    return ChangeDir(folder) == 0;
+}
+
+// The folder that holds `path`, in the library's own form.
+Text libraryFolderOf(const Text& path) {
+    return u"\\\\" + replaceAll(Files::FolderPart(path), u"/", u"\\");
+}
+
+// A bare name, and one operation of the library on it. The status stays "no call made" when there is none.
+template <class Operation>
+Status withName(const Text& name, Operation&& operation) {
+    Status status = noStatus;
+    attempt([&] {
+        const LibraryString wide(name);
+        attempt([&] { status = operation(wide.get()); });
+    });
+    return status;
+}
+
+FileRecord fileNamed(const char16_t* name) {
+    FileRecord record{};
+    record.name = library::addressOf(name);
+    return record;
+}
+
+// Copies what a read handed out. None when there is nothing; a failing step when it cannot be read.
+Text byteStringAt(Address data, Word size) {
+    Text text;
+    if (data == 0 || static_cast<Long>(size) < 1) return text;
+    constexpr std::size_t piece = 1 << 20;
+    if (!currentPlatform().memory().readable(library::pointerTo(data), size))
+        throw RuntimeFailure(invalidProcedureCall);
+    text.reserve(size);
+    const ByteTable table;
+    for (std::size_t done = 0; done < size; done += piece) {
+        const std::vector<std::uint8_t> bytes = library::copyBlock<std::uint8_t>(
+            static_cast<Address>(data + done), std::min<std::size_t>(piece, size - done));
+        table.append(text, bytes.data(), bytes.size());
+    }
+    return text;
+}
+
+// Status of one deletion in either of the library's two forms; true when the library expects another number
+// of arguments than it was called with.
+bool deleteInEitherForm(const char16_t* name, Status& status) {
+    using ThreeArguments = library::signature::CONADeleteFolder;
+    using FourArguments = library::signature::CONADeleteFolderFourArguments;
+    platform::ArgumentMismatch mismatch = 0;
+    const auto mismatched = [&](FailureNumber failure) { return failure == badCallingConvention; };
+    const auto checked = [&](auto&& call) {
+        return attempt([&] {
+            call();
+            if (mismatch != 0) throw RuntimeFailure(badCallingConvention);
+        });
+    };
+    clearPendingFailure();
+    platform::clearLastError();
+    FailureNumber failure = checked([&] {
+        status = library::CONADeleteFolder.callAs<ThreeArguments>(mismatch, session(), name, Word{0});
+    });
+    if (platform::lastError() == 0 && !mismatched(failure)) return false;
+    clearPendingFailure();
+    for (const Word flag : {Word{1}, Word{0}})
+        failure = checked([&] {
+            status =
+                library::CONADeleteFolder.callAs<FourArguments>(mismatch, session(), name, flag, Word{0});
+        });
+    return mismatched(failure);
+}
+
+}  // namespace
+
+Long GetFile(const Text& Filename, const Text& destdir) {
+    const RoutineLog log(u"GetFile");
+    if (!openSession()) return -1;
+    if (!enterFolder(Files::FolderPart(Filename))) return -2;
+    const Text name = Files::FileNamePart(Filename);
+    Text content;
+    const Status status = withName(name, [&](const char16_t* wide) {
+        FileRecord record = fileNamed(wide);
+        Address data = 0;
+        const Status read = library::CONAReadFile(session(), &record, &data, 0, 0);
+        if (read == library::statusOk) content = byteStringAt(data, record.size);
+        return read;
+    });
+    logStatus(u"e2:", status);
+    if (status != library::statusOk) return -2;
+    attempt([&] {
+        Text target = destdir + name;
+        Files::WriteFileContents(target, content, /*append=*/false, /*encoding=*/0, /*showError=*/true);
+    });
+    return 0;
+}
+
+Long PutFile(const Text& Filename, Text& destdir) {
+    const RoutineLog log(u"PutFile");
+    DebugWrite(Filename);
+    DebugWrite(destdir);
+    if (!openSession()) return -1;
+    if (ChangeDir(destdir) != 0) return -2;
+    if (!Files::FileExistsW_(Filename)) return -3;
+    ConvertArray::ByteArray bytes;
+    attempt([&] {
+        ConvertArray::ConvertStringToByteArray(Files::GetFileContents(Filename, /*decode=*/true), bytes);
+    });
+    const Status status = withName(Files::FileNamePart(Filename), [&](const char16_t* wide) {
+        FileRecord record = fileNamed(wide);
+        record.size = static_cast<Word>(bytes.size());
+        DebugWrite(u"PutFile", 1);
+        DebugWrite(u"PutFile", 2);
+        const Status written = library::CONAWriteFile(session(), &record, bytes.elements().data(), 0);
+        DebugWrite(u"PutFile", 3);
+        DebugWrite(u"PutFile", 4);
+        return written;
+    });
+    logStatus(u"e2:", status);
+    return status == library::statusOk ? 0 : -3;
+}
+
+Long RenameFile(const Text& OrgFilenameWithPath, const Text& NewName) {
+    const RoutineLog log(u"RenameFile");
+    if (!openSession()) return -1;
+    if (!enterFolder(libraryFolderOf(OrgFilenameWithPath))) return -1;
+    const Status status = withName(Files::FileNamePart(OrgFilenameWithPath), [&](const char16_t* name) {
+        const LibraryString newName(NewName);
+        return library::CONARenameFile(session(), name, newName.get(), 0);
+    });
+    logStatus(u"e1:", status);
+    return status == library::statusOk ? 0 : -2;
+}
+
+Long DeleteFile(const Text& FilenameWithPath) {
+    const RoutineLog log(u"DeleteFile");
+    if (!enterFolder(libraryFolderOf(FilenameWithPath))) return -1;
+    const Status status = withName(Files::FileNamePart(FilenameWithPath), [](const char16_t* name) {
+        return library::CONADeleteFile(session(), name, 0);
+    });
+    logStatus(u"e1:", status);
+    return status == library::statusOk ? 1 : -2;
+}
+
+Long RenameFolder(const Text& OrgNameWithPath, const Text& NewName) {
+    const RoutineLog log(u"RenameFolder");
+    if (!enterFolder(Files::FolderPart(OrgNameWithPath))) return -1;
+    Status status = static_cast<Status>(-2);
+    attempt([&] {
+        const LibraryString name(Files::FileNamePart(OrgNameWithPath));
+        const LibraryString newName(NewName);
+        attempt([&] { status = library::CONARenameFolder(session(), name.get(), newName.get(), 0); });
+    });
+    logStatus(u"e1:", status);
+    return static_cast<Long>(status);
+}
+
+Long CreateFolder(const Text& FullFolderName) {
+    const RoutineLog log(u"CreateFolder");
+    if (!enterFolder(Files::FolderPart(FullFolderName))) return -1;
+    const Status status =
+        withName(Files::FileNamePart(FullFolderName, /*keepExtension=*/false),
+                 [](const char16_t* name) { return library::CONACreateFolder(session(), name, 0); });
+    logStatus(u"e1:", status);
+    return status == library::statusOk ? 0 : -2;
+}
+
+Long DeleteFolder(const Text& FullFolderName) {
+    const RoutineLog log(u"DeleteFolder");
+    constexpr int mostRepeats = 2;
+    const Text parent = Files::FolderPart(FullFolderName);
+    const Text name = Files::FileNamePart(FullFolderName);
+    Status status = noStatus;
+    for (int repeats = 0;; ++repeats) {
+        if (!enterFolder(parent)) return -1;
+        bool mismatched = false;
+        withName(name, [&](const char16_t* wide) {
+            mismatched = deleteInEitherForm(wide, status);
+            return status;
+        });
+        if (!mismatched || repeats == mostRepeats) break;
+        CloseFS();
+        Text lastModel;
+        OpenFS(lastModel, {});
+    }
+    logStatus(u"e1:", status);
+    return status == library::statusOk ? 1 : -2;
+}
+
+}  // namespace ovno2::NokiaFiles

@@ -1,0 +1,236 @@
+#include "phonefs/nokia_files.h"
+
+#include "calendar/dates/date_text.h"
+#include "calendar/dates/date_value.h"
+#include "connectivity/devices.h"
+#include "connectivity/library_memory.h"
+#include "content/item_texts.h"
+#include "frame/registry/registry_access.h"
+
+namespace ovno2::NokiaFiles {
+
+namespace {
+
+using library::Handle;
+using library::Status;
+
+constexpr Status noStatus = 0xFFFFFFFF;  // no call has been made yet
+constexpr library::Word fileSystemVersion = 30;
+constexpr library::Word attributeLocked = 0x200;
+constexpr library::Word attributeSpecial = 0x2000;
+constexpr Long entryLimit = 1000000;  // a search that goes on beyond this never ends
+
+// A search in a phone folder; closing it is the last thing that happens to it on every way out.
+class FolderSearch {
+  public:
+    FolderSearch(Handle session, const Text& path) {
+        const library::LibraryString wide(path);
+        attempt([&] { status_ = library::CONAFindBegin(session, 0, &search_, wide.get()); });
+        open_ = status_ == library::statusOk;
+    }
+    ~FolderSearch() { end(); }
+    FolderSearch(const FolderSearch&) = delete;
+    FolderSearch& operator=(const FolderSearch&) = delete;
+
+    Status status() const { return status_; }
+    Handle handle() const { return search_; }
+    Status end() {
+        Status ended = library::statusOk;
+        if (open_) attempt([&] { ended = library::CONAFindEnd(search_); });
+        open_ = false;
+        return ended;
+    }
+
+  private:
+    Handle search_ = 0;
+    Status status_ = noStatus;
+    bool open_ = false;
+};
+
+void translateLabel(const State& state, Text& folder) {
+    for (const State::Drive& drive : state.drives) {
+        if (drive.label.empty() || !folder.starts_with(drive.label)) continue;
+        folder = drive.name + folder.substr(drive.label.size());
+        return;
+    }
+}
+
+void learnLabel(State& state, const Text& name, const Text& label) {
+    if (name.empty() || label.empty() || name == label) return;
+    for (State::Drive& drive : state.drives)
+        if (drive.label == label) {
+            drive.name = name;
+            return;
+        }
+    state.drives.push_back({label, name});
+}
+
+template <class Record, class Read>
+Status nextEntry(Handle search, const library::Function<Status(Handle, Record*)>& next, Record& record,
+                 Read&& read) {
+    record = {};
+    Status status = noStatus;
+    attempt([&] { status = next(search, &record); });
+    if (status == library::statusOk) read();
+    return status;
+}
+
+void fillFolder(State& state, const library::FolderRecord& record, DirItem& item) {
+    const Text name = Content::GetStringFromPointer(record.name);
+    const Text label = Content::GetStringFromPointer(record.label);
+    item.DisplayName = u"[" + (label.empty() ? name : label) + u"]";
+    item.Name = name;
+    item.FullName = name;
+    item.Flags = dirItemFolder | ((record.attributes & attributeLocked) == 0 ? dirItemChangeable : 0) |
+                 ((record.attributes & attributeSpecial) != 0 ? dirItemSpecial : 0);
+    learnLabel(state, name, label);
+}
+
+void fillFile(const Text& folder, const library::FileRecord& record, DirItem& item) {
+    const Text name = Content::GetStringFromPointer(record.name);
+    item.DisplayName = name;
+    item.Name = name;
+    item.FullName = folder + u"\\" + name;
+    item.Size = static_cast<Long>(record.size);
+    item.DateText = generalDateText(localFileTime((std::uint64_t{record.timeHigh} << 32) | record.timeLow));
+    item.Flags = (record.attributes & attributeLocked) == 0 ? dirItemChangeable : 0;
+}
+
+// Goes through one kind of entry from `index` on. False when the search failed.
+template <class Record, class Fill>
+bool listEntries(const FolderSearch& search, const library::Function<Status(Handle, Record*)>& next,
+                 HostArray<DirItem>& list, Long& index, Fill&& fill) {
+    for (;;) {
+        Record record;
+        const Status status = nextEntry(search.handle(), next, record, [&] {
+            attempt([&] {
+                list.extendTo(index);
+                fill(record, list.at(index));
+            });
+        });
+        if (status == library::noMoreEntries) return true;
+        if (status != library::statusOk || index >= entryLimit) {
+            DebugLine(u"e2:", decimal{index}, u" ", hex{status});
+            return false;
+        }
+        ++index;
+    }
+}
+
+bool beginFailed(const FolderSearch& search) {
+    if (search.status() == library::statusOk) return false;
+    DebugLine(u"e1:", hex{search.status()});
+    return true;
+}
+
+// The phone's own form of a host path: "\" between the parts, none in front.
+Text withoutLeadingSeparators(Text folder) {
+    for (char16_t& c : folder)
+        if (c == u'/') c = u'\\';
+    return folder.substr(std::min(folder.find_first_not_of(u'\\'), folder.size()));
+}
+
+}  // namespace
+
+Long OpenFS(Text& model, const Text& phoneId) {
+    const RoutineLog log(u"OpenFS");
+    State& state = stateOf<State>();
+    if (model.empty()) attempt([&] { model = state.FSModel; });
+    attempt([&] { state.FSModel = model; });
+    library::Word version = 0;
+    attempt([&] { version = library::FSAPI_GetAPIVersion(); });
+    DebugLine(decimal{static_cast<Long>(version)});
+    Text serial;
+    attempt([&] { serial = Devices::GetSerialNumber(model, phoneId, /*force=*/false); });
+    if (serial.empty()) return -1;
+    if (serial != state.FSSerial) state.drives.clear();
+    attempt([&] { state.FSSerial = serial; });
+    Status status = noStatus;
+    attempt([&] { status = library::FSAPI_Initialize(fileSystemVersion, 0); });
+    if (status != library::statusOk) return -2;
+    status = noStatus;
+    {
+        const library::LibraryString wide(serial);
+        library::Word anyMedium = 1;
+        library::Word deviceId = 0;
+        attempt([&] { status = library::CONAOpenFS(wide.get(), &anyMedium, &state.FSHandle, &deviceId); });
+        if (status != library::statusOk) DebugLine(u"e1:", hex{status});
+    }
+    if (status == library::statusOk) return 0;
+    // The service was started for nothing; the next open starts it again.
+    attempt([] { library::FSAPI_Terminate(0); });
+    state.FSHandle = 0;
+    return -3;
+}
+
+Long CloseFS() {
+    State& state = stateOf<State>();
+    if (state.FSHandle != 0) attempt([&] { library::CONACloseFS(state.FSHandle); });
+    attempt([] { library::FSAPI_Terminate(0); });
+    state.FSHandle = 0;
+    return 0;
+}
+
+Long ChangeDir(Text& path) {
+    const RoutineLog log(u"ChangeDir");
+    constexpr TextView rootPrefix = u"root/";
+    if (path.starts_with(rootPrefix)) path.erase(0, rootPrefix.size());
+    Status status = noStatus;
+    attempt([&] {
+        Text folder = replaceAll(path, u"/", u"\\");
+        if (!folder.starts_with(u"\\\\")) folder = u"\\\\" + folder;
+        const library::LibraryString wide(folder);
+        status = library::CONASetCurrentFolder(stateOf<State>().FSHandle, wide.get());
+    });
+    return status == library::statusOk ? 0 : -1;
+}
+
+Long GetDirContents(Text& model, HostArray<DirItem>& list, const Text& hostFolder) {
+    const RoutineLog log(u"GetDirContents");
+    State& state = stateOf<State>();
+    if (state.FSHandle == 0 && OpenFS(model, {}) < 0) return -1;
+    Text folder = hostFolder;
+    translateLabel(state, folder);
+    folder = withoutLeadingSeparators(folder);
+    const Text searchPath = u"\\\\" + folder;
+    Long index = 0;
+    {
+        std::optional<FolderSearch> search(std::in_place, state.FSHandle, searchPath);
+        if (search->status() == library::deviceListStale) {
+            search.reset();
+            CloseFS();
+            if (OpenFS(model, {}) < 0) return -1;
+            search.emplace(state.FSHandle, searchPath);
+        }
+        if (beginFailed(*search)) return -1;
+        if (!listEntries(
+                *search, library::CONAFindNextFolder, list, index,
+                [&](const library::FolderRecord& record, DirItem& item) { fillFolder(state, record, item); }))
+            return -1;
+    }
+    FolderSearch search(state.FSHandle, searchPath);
+    if (beginFailed(search)) return -1;
+    if (!listEntries(
+            search, library::CONAFindNextFile, list, index,
+            [&](const library::FileRecord& record, DirItem& item) { fillFile(folder, record, item); }))
+        return -1;
+    if (const Status ended = search.end(); ended != library::statusOk) DebugLine(u"e9:", hex{ended});
+    return 0;
+}
+
+DateValue localFileTime(std::uint64_t fileTime) {
+    State& state = stateOf<State>();
+    if (!state.FSTimeBias) {
+        const Text bias = Registry::GetRegValue(platform::localMachine,
+                                                u"SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation",
+                                                u"ActiveTimeBias");
+        state.FSTimeBias = numericLong(bias);
+    }
+    DateValue local = dateZero;
+    platform::SystemTime utc;
+    if (!currentPlatform().clock().fileTimeToSystemTime(fileTime, utc)) return local;
+    attempt([&] { local = addMinutes(dateOf(utc), -*state.FSTimeBias); });
+    return local;
+}
+
+}  // namespace ovno2::NokiaFiles
