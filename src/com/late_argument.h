@@ -1,0 +1,59 @@
+// One late-bound argument: what the script passed as the word that the member's slot takes, and back.
+#pragma once
+
+#include "com/member_table.h"
+#include "com/safe_array.h"
+#include "com/texts.h"
+#include "platform/win32/dispatch_object.h"
+
+namespace ovno2::com {
+
+// A dispatch error on the way in.
+struct LateBindingError {
+    HRESULT result;
+};
+
+class LateArgument {
+  public:
+    LateArgument() = default;
+    LateArgument(const LateArgument&) = delete;
+    LateArgument& operator=(const LateArgument&) = delete;
+
+    // Takes `passed`, which must outlive the call; null = left out. Throws LateBindingError and
+    // std::bad_alloc.
+    void take(const Parameter& parameter, VARIANT* passed, LCID locale);
+    // What goes on the stack.
+    std::uint32_t word() const { return word_; }
+    // After the call, for all arguments: first what may still fail (throws std::bad_alloc), then what the
+    // member changed goes where the script passed a reference.
+    void prepareReturn();
+    void giveBack() noexcept;
+
+  private:
+    enum class Return : std::uint8_t { nothing, number, text, array, records };
+
+    void leaveOut(const Parameter& parameter);
+    void takeNumber(const Parameter& parameter, LCID locale);
+    void takeText(const Parameter& parameter, LCID locale);
+    void takeObject();
+    void takeArray(const Parameter& parameter, LCID locale);
+    void takeRecord();
+    void takeTyped(SAFEARRAY** place, bool reference);
+    void takeTranslated(SAFEARRAY* translated);
+    void convertTo(VARTYPE type, LCID locale);
+    void pointTo(void* place) { word_ = reinterpret_cast<std::uint32_t>(place); }
+    SAFEARRAY** scriptArray() const;
+
+    std::uint32_t word_ = 0;
+    VARIANT* value_ = nullptr;  // what was passed, or the VARIANT that it refers to
+    bool writable_ = false;     // `value_` may be given another value
+    Return return_ = Return::nothing;
+    platform::win32::OleVariant converted_;  // a number, a text or an object in the type that the slot takes
+    LONG numberBefore_ = 0;
+    Bstr textBefore_;
+    OwnedSafeArray array_;        // a copy or a translation of the script's array
+    OwnedSafeArray arrayBefore_;  // the translation as it was passed
+    OwnedSafeArray returned_;     // what the script's variable will hold
+};
+
+}  // namespace ovno2::com
