@@ -1,0 +1,27 @@
+// The way in for tests: JSON commands, one exported C function (simulator/control.h is the comfortable side
+// of it).
+#include "simulator/calls/exports.h"
+#include "simulator/instruments/control_commands.h"
+
+using namespace ovno2::simulator;
+
+namespace {
+
+thread_local std::string lastAnswer;
+
+}  // namespace
+
+// A command and its answer as UTF-8 JSON. The answer belongs to the library and is valid until the thread's
+// next command.
+SIMULATOR_EXPORT const char* SimulatorControl(const char* command) {
+    World& world = theWorld();
+    const std::lock_guard guard(world.lock);
+    nlohmann::json result;
+    try {
+        result = runCommand(world, nlohmann::json::parse(command == nullptr ? "" : command));
+    } catch (const std::exception& error) {
+        result = {{"error", error.what()}};
+    }
+    lastAnswer = result.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return lastAnswer.c_str();
+}

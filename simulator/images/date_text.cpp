@@ -1,0 +1,54 @@
+#include "simulator/images/date_text.h"
+
+#include <cstdio>
+
+namespace ovno2::simulator {
+namespace {
+
+// The number in the digits of `text` from `at`, or -1.
+int digits(std::string_view text, std::size_t at, std::size_t count) {
+    int number = 0;
+    for (std::size_t i = at; i < at + count; ++i) {
+        if (text[i] < '0' || text[i] > '9') return -1;
+        number = number * 10 + (text[i] - '0');
+    }
+    return number;
+}
+
+}  // namespace
+
+bool parseDate(std::string_view text, library::DateRecord& record) {
+    const bool withTime = text.size() == 19;
+    if ((text.size() != 10 && !withTime) || text[4] != '-' || text[7] != '-') return false;
+    if (withTime && (text[10] != 'T' || text[13] != ':' || text[16] != ':')) return false;
+    const int year = digits(text, 0, 4);
+    const int month = digits(text, 5, 2);
+    const int day = digits(text, 8, 2);
+    const int hour = withTime ? digits(text, 11, 2) : 0;
+    const int minute = withTime ? digits(text, 14, 2) : 0;
+    const int second = withTime ? digits(text, 17, 2) : 0;
+    if (year < 0 || month < 0 || month > 12 || day < 0 || day > 31 || hour < 0 || hour > 23 || minute < 0 ||
+        minute > 59 || second < 0 || second > 59) {
+        return false;
+    }
+    record.year = static_cast<std::uint16_t>(year);
+    record.month = static_cast<std::uint8_t>(month);
+    record.day = static_cast<std::uint8_t>(day);
+    record.hour = static_cast<std::uint8_t>(hour);
+    record.minute = static_cast<std::uint8_t>(minute);
+    record.second = static_cast<std::uint8_t>(second);
+    return true;
+}
+
+std::string dateText(const library::DateRecord& record) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%04u-%02u-%02u", record.year, record.month, record.day);
+    std::string date = text;
+    if (record.hour != 0 || record.minute != 0 || record.second != 0) {
+        std::snprintf(text, sizeof text, "T%02u:%02u:%02u", record.hour, record.minute, record.second);
+        date += text;
+    }
+    return date;
+}
+
+}  // namespace ovno2::simulator

@@ -1,0 +1,154 @@
+#include "simulator/images/files_image.h"
+
+#include <chrono>
+#include <cstdio>
+
+#include "simulator/images/date_text.h"
+#include "simulator/images/json_node.h"
+#include "simulator/system/system.h"
+#include "simulator/text.h"
+
+namespace ovno2::simulator {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// A file time counts 100 ns since 1 January 1601.
+constexpr std::int64_t ticksPerSecond = 10000000;
+constexpr std::int64_t secondsFrom1601To1970 = 11644473600;
+
+std::int64_t daysSince1970(int year, int month, int day) {
+    const std::chrono::year_month_day date{std::chrono::year(year),
+                                           std::chrono::month(static_cast<unsigned>(month)),
+                                           std::chrono::day(static_cast<unsigned>(day))};
+    return std::chrono::sys_days(date).time_since_epoch().count();
+}
+
+std::uint64_t readTime(const JsonNode& node) {
+    const std::string text = node.utf8();
+    library::DateRecord date{};
+    const bool complete = text.size() == 20 && text.back() == 'Z' && parseDate(text.substr(0, 19), date);
+    if (!complete || date.year < 1601 || date.month == 0 || date.day == 0) {
+        node.fail("a time such as \"2008-07-19T16:04:11Z\"");
+    }
+    const std::int64_t seconds = daysSince1970(date.year, date.month, date.day) * 86400 + date.hour * 3600 +
+                                 date.minute * 60 + date.second + secondsFrom1601To1970;
+    return static_cast<std::uint64_t>(seconds * ticksPerSecond);
+}
+
+std::string timeText(std::uint64_t time) {
+    const std::int64_t seconds = static_cast<std::int64_t>(time) / ticksPerSecond - secondsFrom1601To1970;
+    const std::chrono::sys_seconds moment{std::chrono::seconds(seconds)};
+    const auto day = std::chrono::floor<std::chrono::days>(moment);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(moment - day);
+    char text[48];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
+    return text;
+}
+
+bool isDriveLetter(const std::string& name) {
+    return name.size() == 1 && name[0] >= 'A' && name[0] <= 'Z';
+}
+
+void readDrive(const JsonNode& node, Drive& drive) {
+    node.expectMembers({"label", "memoryType", "capacity"});
+    drive.label = node.optionalText("label");
+    drive.memoryType = node.optionalText("memoryType");
+    if (const auto capacity = node.optionalMember("capacity")) {
+        if (!capacity->json().is_number_unsigned()) capacity->fail("a number of bytes");
+        drive.capacity = capacity->json().get<std::uint64_t>();
+    }
+}
+
+// The path of an entry that must exist.
+std::string readEntry(const JsonNode& node, const std::string& path, const FileSettings& settings) {
+    const std::filesystem::path relative(std::u8string(path.begin(), path.end()));
+    bool inside = !path.empty() && !relative.has_root_path();
+    for (const auto& part : relative)
+        inside = inside && part != "..";
+    std::error_code ignored;
+    if (!inside || !std::filesystem::exists(settings.root / relative, ignored)) {
+        node.fail("the path of an entry, such as \"C/Images/beach.jpg\"");
+    }
+    return path;
+}
+
+void readSettings(const JsonNode& root, FileSettings& settings) {
+    root.expectFormat();
+    root.expectMembers({"format", "drives", "readOnly", "attributes", "times", "nameLength"});
+    if (const auto drives = root.optionalMember("drives")) {
+        drives->forEachMember([&](const std::string& letter, const JsonNode& node) {
+            if (!settings.drives.contains(letter)) node.fail("the letter of a folder in \"files\"");
+            readDrive(node, settings.drives[letter]);
+        });
+    }
+    if (const auto readOnly = root.optionalMember("readOnly")) {
+        readOnly->forEachElement([&](const JsonNode& node, std::size_t) {
+            settings.readOnly.insert(readEntry(node, node.utf8(), settings));
+        });
+    }
+    if (const auto attributes = root.optionalMember("attributes")) {
+        attributes->forEachMember([&](const std::string& path, const JsonNode& node) {
+            settings.attributes[readEntry(node, path, settings)] = node.word();
+        });
+    }
+    if (const auto times = root.optionalMember("times")) {
+        times->forEachMember([&](const std::string& path, const JsonNode& node) {
+            settings.times[readEntry(node, path, settings)] = readTime(node);
+        });
+    }
+    if (const auto length = root.optionalMember("nameLength"))
+        settings.nameLength = length->wordBetween(1, 4096);
+}
+
+}  // namespace
+
+void readFilesImage(Phone& phone) {
+    const std::filesystem::path file = phone.image / "files.json";
+    auto settings = std::make_shared<FileSettings>();
+    settings->root = phone.image / "files";
+    std::error_code failed;
+    const bool described = std::filesystem::exists(file, failed);
+    if (!std::filesystem::is_directory(settings->root, failed)) {
+        if (described) throw ImageError(file, "/", "a folder \"files\" beside it");
+        return;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(settings->root)) {
+        const std::string name = entry.path().filename().string();
+        if (!entry.is_directory() || !isDriveLetter(name)) {
+            throw ImageError(entry.path(), "/", "a folder named by a drive letter from A to Z");
+        }
+        settings->drives[name];
+    }
+    if (described) {
+        const nlohmann::json text = parseJsonFile(file);
+        readSettings(JsonNode(text, file), *settings);
+    }
+    phone.files = std::move(settings);
+}
+
+void writeFilesJson(const std::filesystem::path& image, const FileSettings& settings) {
+    Json root = {{"format", 1}};
+    for (const auto& [letter, drive] : settings.drives) {
+        Json& node = root["drives"][letter] = Json::object();
+        if (drive.label) node["label"] = toUtf8(*drive.label);
+        if (drive.memoryType) node["memoryType"] = toUtf8(*drive.memoryType);
+        if (drive.capacity) node["capacity"] = *drive.capacity;
+    }
+    for (const std::string& path : settings.readOnly)
+        root["readOnly"].push_back(path);
+    for (const auto& [path, bits] : settings.attributes)
+        root["attributes"][path] = "0x" + hexNumber(bits);
+    for (const auto& [path, time] : settings.times)
+        root["times"][path] = timeText(time);
+    root["nameLength"] = settings.nameLength;
+    const std::filesystem::path incoming = image / ".incoming-files.json";
+    system::writeDurably(incoming, root.dump(2) + "\n");
+    system::replaceDurably(incoming, image / "files.json");
+}
+
+}  // namespace ovno2::simulator

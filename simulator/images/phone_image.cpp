@@ -1,0 +1,136 @@
+#include "simulator/images/phone_image.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "simulator/images/contacts_image.h"
+#include "simulator/images/files_image.h"
+
+namespace ovno2::simulator {
+namespace {
+
+constexpr long behindAllNumbered = std::numeric_limits<long>::max();
+
+void readConnections(const JsonNode& list, std::vector<Connection>& connections) {
+    if (list.arraySize() == 0) list.fail("at least one connection");
+    list.forEachElement([&](const JsonNode& node, std::size_t) {
+        node.expectMembers({"deviceNumber", "medium", "deviceName", "address", "state"});
+        Connection connection;
+        connection.deviceNumber = node.word("deviceNumber", 0);
+        connection.medium = readMedium(node.member("medium"));
+        connection.deviceName = node.optionalText("deviceName");
+        connection.address = node.optionalText("address");
+        connection.state = node.word("state", 0);
+        connections.push_back(std::move(connection));
+    });
+}
+
+void readVersions(const JsonNode& node, Versions& versions) {
+    node.expectMembers({"connectivity", "deviceManagement", "contentAccess", "fileSystem"});
+    versions.connectivity = node.word("connectivity", versions.connectivity);
+    versions.deviceManagement = node.word("deviceManagement", versions.deviceManagement);
+    versions.contentAccess = node.word("contentAccess", versions.contentAccess);
+    versions.fileSystem = node.word("fileSystem", versions.fileSystem);
+}
+
+void readOneOf(const JsonNode& sizes, const char* name, Word first, Word second, Word& size) {
+    const std::optional<JsonNode> node = sizes.optionalMember(name);
+    if (!node) return;
+    const Word value = node->word();
+    if (value != first && value != second)
+        node->fail(std::to_string(first) + " or " + std::to_string(second));
+    size = value;
+}
+
+void readRefusals(const JsonNode& node, Phone& phone) {
+    node.expectMembers({"content", "files"});
+    if (const auto content = node.optionalMember("content")) phone.contentRefused = readStatus(*content);
+    if (const auto files = node.optionalMember("files")) phone.filesRefused = readStatus(*files);
+}
+
+}  // namespace
+
+void readRecordSizes(const JsonNode& node, RecordSizes& sizes) {
+    node.expectMembers({"dataItem", "folder", "calendar", "date"});
+    readOneOf(node, "dataItem", 16, 20, sizes.dataItem);
+    readOneOf(node, "folder", 32, 48, sizes.folder);
+    readOneOf(node, "calendar", 104, 112, sizes.calendar);
+    if (const auto date = node.optionalMember("date")) sizes.date = date->wordBetween(0, 255);
+}
+
+Word readMedium(const JsonNode& node) {
+    const std::string name = node.json().is_string() ? node.utf8() : std::string();
+    if (name == "usb") return library::mediumUsb;
+    if (name == "bluetooth") return library::mediumBluetooth;
+    if (name == "cable") return library::mediumCable;
+    if (name == "infrared") return library::mediumInfrared;
+    node.fail("\"usb\", \"bluetooth\", \"cable\" or \"infrared\"");
+}
+
+Status readStatus(const JsonNode& node) {
+    const std::optional<Word> status = wordOf(node.json());
+    if (!status || (*status & 0x80000000) == 0)
+        node.fail("a status with the top bit set, such as \"0x80100014\"");
+    return *status;
+}
+
+std::shared_ptr<Phone> readIdentity(const JsonNode& root) {
+    root.expectFormat();
+    root.expectMembers({"format", "order", "serialNumber", "friendlyName", "model", "manufacturer",
+                        "typeName", "platform", "connections", "versions", "recordSizes", "refuses"});
+    auto phone = std::make_shared<Phone>();
+    phone->order = behindAllNumbered;
+    if (const auto order = root.optionalMember("order"))
+        phone->order = static_cast<long>(order->wordBetween(0, 1000000));
+    phone->serialNumber = root.optionalText("serialNumber");
+    phone->friendlyName = root.optionalText("friendlyName");
+    phone->model = root.optionalText("model");
+    phone->manufacturer = root.optionalText("manufacturer");
+    phone->typeName = root.optionalText("typeName");
+    if (const auto platform = root.optionalMember("platform"); platform && !platform->json().is_null()) {
+        platform->expectMembers({"code", "level"});
+        phone->platform = Platform{platform->member("code").word(), platform->member("level").word()};
+    }
+    readConnections(root.member("connections"), phone->connections);
+    if (const auto versions = root.optionalMember("versions")) readVersions(*versions, phone->versions);
+    if (const auto sizes = root.optionalMember("recordSizes")) readRecordSizes(*sizes, phone->sizes);
+    if (const auto refuses = root.optionalMember("refuses")) readRefusals(*refuses, *phone);
+    return phone;
+}
+
+std::shared_ptr<Phone> readPhoneImage(const std::filesystem::path& image) {
+    const std::filesystem::path identityFile = image / "phone.json";
+    const nlohmann::json identity = parseJsonFile(identityFile);
+    std::shared_ptr<Phone> phone = readIdentity(JsonNode(identity, identityFile));
+    phone->image = image;
+    readContactsImage(*phone);
+    readFilesImage(*phone);
+    return phone;
+}
+
+std::vector<std::shared_ptr<Phone>> readPhones(const std::filesystem::path& folder,
+                                               std::vector<std::string>& errors) {
+    std::vector<std::filesystem::path> images;
+    std::error_code failed;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, failed)) {
+        if (std::filesystem::exists(entry.path() / "phone.json", failed)) images.push_back(entry.path());
+    }
+    if (failed || !std::filesystem::is_directory(folder)) {
+        errors.push_back(ImageError(folder, "/", "a folder of phone images").what());
+        return {};
+    }
+    std::sort(images.begin(), images.end());
+    std::vector<std::shared_ptr<Phone>> phones;
+    for (const std::filesystem::path& image : images) {
+        try {
+            phones.push_back(readPhoneImage(image));
+        } catch (const std::exception& error) {
+            errors.emplace_back(error.what());
+        }
+    }
+    std::stable_sort(phones.begin(), phones.end(),
+                     [](const auto& left, const auto& right) { return left->order < right->order; });
+    return phones;
+}
+
+}  // namespace ovno2::simulator

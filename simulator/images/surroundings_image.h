@@ -1,0 +1,24 @@
+// bluetooth.json and media.json of a phones folder: what belongs to no single phone. No state.
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "simulator/images/json_node.h"
+#include "simulator/world/world.h"
+
+namespace ovno2::simulator {
+
+// Without the file: nothing is found, all four media are on.
+std::vector<FoundDevice> readBluetooth(const std::filesystem::path& folder);
+std::vector<Medium> readMedia(const std::filesystem::path& folder);
+std::vector<Medium> allMediaOn();
+
+// From the parsed file, for tests that build a world in memory.
+std::vector<FoundDevice> readBluetooth(const JsonNode& root);
+std::vector<Medium> readMedia(const JsonNode& root);
+
+// Writes the pairing state back, durably.
+void writeBluetooth(const std::filesystem::path& folder, const std::vector<FoundDevice>& found);
+
+}  // namespace ovno2::simulator

@@ -1,0 +1,63 @@
+#include "simulator/instruments/journal.h"
+
+#include <utility>
+
+#include "simulator/memory/low_memory.h"
+#include "simulator/system/system.h"
+#include "simulator/text.h"
+
+namespace ovno2::simulator {
+
+std::string& ArgumentText::next() {
+    if (!arguments.empty()) arguments += ", ";
+    return arguments;
+}
+
+ArgumentText& ArgumentText::text(const char16_t* value) {
+    if (value == nullptr) return word("null");
+    next().append("\"").append(toUtf8(value)).append("\"");
+    return *this;
+}
+
+ArgumentText& ArgumentText::number(std::string_view name, library::Word value) {
+    next().append(name).append(" ").append(std::to_string(value));
+    return *this;
+}
+
+ArgumentText& ArgumentText::hex(std::string_view name, library::Word value) {
+    next().append(name).append(" ").append(hexNumber(value));
+    return *this;
+}
+
+ArgumentText& ArgumentText::word(std::string_view bare) {
+    next().append(bare);
+    return *this;
+}
+
+ArgumentText& ArgumentText::item(const library::ItemIdRecord* id) {
+    if (id == nullptr) return word("null");
+    number("position", id->position);
+    const char* const uid = atAddress<const char>(id->uid);
+    if (id->uidLength != 0 && id->uidLength <= 2048 && system::readable(uid, id->uidLength)) {
+        word("uid " + toHex({uid, id->uidLength}));
+    }
+    return *this;
+}
+
+void Journal::writeTo(const std::filesystem::path& target) {
+    file.open(target, std::ios::app | std::ios::binary);
+    switchedOn = true;
+}
+
+void Journal::add(std::string_view call, const std::string& arguments, const std::string& result) {
+    std::string line(call);
+    line.append("(").append(arguments).append(") = ").append(result);
+    if (file.is_open()) {
+        // One write a line, so that processes that share the file do not mix theirs.
+        file << line.append("\n") << std::flush;
+    } else {
+        kept.push_back(std::move(line));
+    }
+}
+
+}  // namespace ovno2::simulator

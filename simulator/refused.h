@@ -1,0 +1,12 @@
+// Ends a call of the library with a status.
+#pragma once
+
+#include "simulator/status.h"
+
+namespace ovno2::simulator {
+
+struct Refused {
+    library::Status status;
+};
+
+}  // namespace ovno2::simulator

@@ -1,0 +1,39 @@
+// A phone's phone book: the folder tree and the contacts in the order the phone lists them.
+//
+// A store is immutable; a commit builds the next one from it and puts it in its place when it is safely on
+// disk. Contacts are shared between the two.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "simulator/world/contact.h"
+
+namespace ovno2::simulator {
+
+struct ContentFolder {
+    Word id = 0;
+    std::u16string name;
+    std::u16string path;
+    std::vector<ContentFolder> subfolders;
+
+    // The folder with this id in the tree, or null.
+    const ContentFolder* find(Word wanted) const;
+    ContentFolder* find(Word wanted);
+};
+
+struct ContactStore {
+    ContentFolder root;
+    std::size_t capacity = 0;   // 0 = no limit
+    std::uint32_t nextUid = 0;  // 0 = derived from the uids
+    std::vector<std::shared_ptr<const Contact>> contacts;
+    std::unordered_map<std::string, std::size_t> byUid;
+
+    // False when a contact with this uid is there already.
+    bool add(std::shared_ptr<const Contact> contact);
+    const Contact* find(const std::string& uid) const;
+};
+
+}  // namespace ovno2::simulator

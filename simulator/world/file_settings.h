@@ -1,0 +1,49 @@
+// What files.json says about a phone's file system beside the files themselves.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "connectivity/library_records.h"
+
+namespace ovno2::simulator {
+
+using library::Word;
+
+struct Drive {
+    std::optional<std::u16string> label;
+    std::optional<std::u16string> memoryType;
+    std::optional<std::uint64_t> capacity;  // bytes of all files on the drive
+    std::optional<std::uint64_t> used;      // counted when it is first needed, kept up to date from then on
+};
+
+// Orders paths without regard to the case of ASCII letters, as the phone finds its entries.
+struct IgnoringCase {
+    bool operator()(std::string_view left, std::string_view right) const {
+        return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
+                                            [](char a, char b) { return upper(a) < upper(b); });
+    }
+    static char upper(char letter) {
+        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+    }
+};
+
+struct FileSettings {
+    template <typename Value>
+    using ByPath = std::map<std::string, Value, IgnoringCase>;  // path below `files`, "/" between its parts
+
+    std::filesystem::path root;           // the image's `files`
+    std::map<std::string, Drive> drives;  // by letter
+    std::set<std::string, IgnoringCase> readOnly;
+    ByPath<Word> attributes;
+    ByPath<std::uint64_t> times;   // file times, UTC
+    std::size_t nameLength = 255;  // UTF-16 units
+};
+
+}  // namespace ovno2::simulator

@@ -1,0 +1,311 @@
+#include "simulator/world/file_store.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "simulator/images/files_image.h"
+#include "simulator/refused.h"
+#include "simulator/system/system.h"
+#include "simulator/text.h"
+
+namespace ovno2::simulator {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr Word readOnlyAttribute = 0x200;
+constexpr std::uint64_t ticksFrom1601To1970 = 116444736000000000;  // of 100 ns
+
+fs::path diskName(std::u16string_view name) {
+    return fs::path(name);
+}
+
+std::u16string shownName(const fs::path& disk) {
+    const std::u8string name = disk.filename().u8string();
+    return toUtf16({reinterpret_cast<const char*>(name.data()), name.size()});
+}
+
+bool sameName(std::u16string_view left, std::u16string_view right) {
+    const auto upper = [](char16_t letter) {
+        return letter >= u'a' && letter <= u'z' ? static_cast<char16_t>(letter - u'a' + u'A') : letter;
+    };
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [&](char16_t a, char16_t b) { return upper(a) == upper(b); });
+}
+
+bool isFolder(const fs::path& disk) {
+    std::error_code ignored;
+    return fs::symlink_status(disk, ignored).type() == fs::file_type::directory;
+}
+
+bool isFile(const fs::path& disk) {
+    std::error_code ignored;
+    return fs::symlink_status(disk, ignored).type() == fs::file_type::regular;
+}
+
+std::uint64_t fileTime(const fs::path& disk) {
+    std::error_code failed;
+    const auto time = fs::last_write_time(disk, failed);
+    if (failed) return 0;
+    const auto since1970 = std::chrono::file_clock::to_sys(time).time_since_epoch();
+    const std::int64_t nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(since1970).count();
+    return static_cast<std::uint64_t>(nanoseconds / 100) + ticksFrom1601To1970;
+}
+
+// Whether `path` is `folder` or lies below it.
+bool isAtOrBelow(const std::string& path, const std::string& folder) {
+    const auto same = [](char a, char b) { return IgnoringCase::upper(a) == IgnoringCase::upper(b); };
+    return path.size() >= folder.size() && std::equal(folder.begin(), folder.end(), path.begin(), same) &&
+           (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+// The entries of a map at or below a path, taken out of it.
+template <typename Map>
+Map takeBelow(Map& map, const std::string& path) {
+    Map taken;
+    for (auto entry = map.begin(); entry != map.end();) {
+        auto next = std::next(entry);
+        if (isAtOrBelow(entry->first, path)) taken.insert(map.extract(entry));
+        entry = next;
+    }
+    return taken;
+}
+
+template <typename Map>
+void putBelow(Map& map, const Map& taken, const std::string& from, const std::string& to) {
+    for (const auto& [path, value] : taken)
+        map[to + path.substr(from.size())] = value;
+}
+
+}  // namespace
+
+FileStore::FileStore(fs::path imageFolder, std::shared_ptr<FileSettings> fileSettings)
+    : image(std::move(imageFolder)), settings(std::move(fileSettings)) {}
+
+FileStore::Entry FileStore::root() const {
+    return {"", settings->root};
+}
+
+std::u16string FileStore::name(const Entry& entry) {
+    return entry.isDrive() ? toUtf16(entry.path + ":") : shownName(entry.disk);
+}
+
+FileStore::Entry FileStore::child(const Entry& parent, std::u16string_view name) const {
+    if (parent.isRoot()) {
+        for (const auto& [letter, drive] : settings->drives) {
+            if (sameName(toUtf16(letter + ":"), name)) return {letter, settings->root / letter};
+        }
+        return {};
+    }
+    const std::string prefix = parent.path + "/";
+    const fs::path exact = parent.disk / diskName(name);
+    if (isFolder(exact) || isFile(exact)) return {prefix + toUtf8(name), exact};
+    std::error_code failed;
+    for (const auto& entry : fs::directory_iterator(parent.disk, failed)) {
+        const std::u16string shown = shownName(entry.path());
+        if (sameName(shown, name) && (isFolder(entry.path()) || isFile(entry.path()))) {
+            return {prefix + toUtf8(shown), entry.path()};
+        }
+    }
+    return {};
+}
+
+FileStore::Entry FileStore::folder(const Entry& current, std::u16string_view path) const {
+    Entry at = current;
+    if (path.starts_with(u"\\\\")) {
+        at = root();
+        path.remove_prefix(2);
+    }
+    while (!path.empty()) {
+        const std::size_t end = std::min(path.find(u'\\'), path.size());
+        at = folderIn(at, path.substr(0, end));
+        path.remove_prefix(std::min(end + 1, path.size()));
+    }
+    if (!isFolder(at.disk)) throw Refused{status::folderNotFound};
+    return at;
+}
+
+FileStore::Entry FileStore::folderIn(const Entry& current, std::u16string_view name) const {
+    if (name.empty() || name == u"." || name == u".." || name.find_first_of(u"\\/") != name.npos) {
+        throw Refused{status::folderNotFound};
+    }
+    Entry found = child(current, name);
+    if (found.disk.empty() || !isFolder(found.disk)) throw Refused{status::folderNotFound};
+    return found;
+}
+
+FileStore::Entry FileStore::file(const Entry& current, std::u16string_view name) const {
+    if (name.empty() || name == u"." || name == u".." || name.find(u'/') != name.npos || current.isRoot()) {
+        throw Refused{status::fileNotFound};
+    }
+    Entry found = child(current, name);
+    if (found.disk.empty() || !isFile(found.disk)) throw Refused{status::fileNotFound};
+    return found;
+}
+
+FileStore::Listing FileStore::list(const Entry& folder) const {
+    Listing listing;
+    if (folder.isRoot()) {
+        for (const auto& [letter, drive] : settings->drives) {
+            listing.folders.push_back({letter, settings->root / letter});
+        }
+        return listing;
+    }
+    std::error_code failed;
+    for (const auto& entry : fs::directory_iterator(folder.disk, failed)) {
+        const fs::file_type type = entry.symlink_status(failed).type();
+        if (type != fs::file_type::directory && type != fs::file_type::regular) continue;
+        auto& group = type == fs::file_type::directory ? listing.folders : listing.files;
+        group.push_back({folder.path + "/" + toUtf8(shownName(entry.path())), entry.path()});
+    }
+    const auto byName = [](const Entry& left, const Entry& right) { return left.path < right.path; };
+    std::sort(listing.folders.begin(), listing.folders.end(), byName);
+    std::sort(listing.files.begin(), listing.files.end(), byName);
+    return listing;
+}
+
+FileStore::Facts FileStore::facts(const Entry& entry) const {
+    Facts facts;
+    if (const auto bits = settings->attributes.find(entry.path); bits != settings->attributes.end()) {
+        facts.attributes = bits->second;
+    }
+    if (settings->readOnly.contains(entry.path)) facts.attributes |= readOnlyAttribute;
+    const auto time = settings->times.find(entry.path);
+    facts.time = time != settings->times.end() ? time->second : fileTime(entry.disk);
+    std::error_code failed;
+    if (isFile(entry.disk)) facts.size = fs::file_size(entry.disk, failed);
+    return facts;
+}
+
+const Drive* FileStore::drive(const Entry& entry) const {
+    return entry.isDrive() ? &settings->drives.at(entry.path) : nullptr;
+}
+
+void FileStore::requireName(std::u16string_view name) const {
+    const bool forbidden = std::any_of(name.begin(), name.end(), [](char16_t unit) {
+        return unit < 0x20 || std::u16string_view(u"\\/:*?\"<>|").find(unit) != std::u16string_view::npos;
+    });
+    if (name.empty() || name.size() > settings->nameLength || forbidden || name == u"." || name == u"..") {
+        throw Refused{status::invalidName};
+    }
+}
+
+void FileStore::requireChangeable(const Entry& entry) const {
+    if (entry.isRoot() || entry.isDrive() || settings->readOnly.contains(entry.path)) {
+        throw Refused{status::readOnly};
+    }
+}
+
+bool FileStore::forgetTime(const std::string& path) {
+    return settings->times.erase(path) != 0;
+}
+
+std::uint64_t& FileStore::usedOn(const Entry& entry) {
+    const std::string letter = entry.path.substr(0, 1);
+    Drive& drive = settings->drives.at(letter);
+    if (!drive.used) {
+        drive.used = 0;
+        std::error_code failed;
+        for (const auto& one : fs::recursive_directory_iterator(settings->root / letter, failed)) {
+            if (isFile(one.path())) *drive.used += one.file_size(failed);
+        }
+    }
+    return *drive.used;
+}
+
+void FileStore::write(const Entry& current, std::u16string_view name, std::span<const char> bytes) {
+    requireName(name);
+    if (current.isRoot()) throw Refused{status::readOnly};
+    Entry target = child(current, name);
+    std::uint64_t replaced = 0;
+    if (target.disk.empty()) {
+        target = {current.path + "/" + toUtf8(name), current.disk / diskName(name)};
+    } else {
+        if (!isFile(target.disk)) throw Refused{status::alreadyExists};
+        requireChangeable(target);
+        replaced = fs::file_size(target.disk);
+    }
+    std::uint64_t& used = usedOn(target);
+    const std::optional<std::uint64_t> capacity = settings->drives.at(target.path.substr(0, 1)).capacity;
+    const std::uint64_t needed = used - std::min(used, replaced) + bytes.size();
+    if (capacity && needed > *capacity) throw Refused{status::storeFull};
+    const fs::path incoming = image / (".incoming-file-" + std::to_string(system::processId()));
+    try {
+        system::writeDurably(incoming, bytes);
+        if (forgetTime(target.path)) writeFilesJson(image, *settings);
+        system::replaceDurably(incoming, target.disk);
+    } catch (const std::exception&) {
+        std::error_code ignored;
+        fs::remove(incoming, ignored);
+        throw;
+    }
+    used = needed;
+}
+
+void FileStore::rename(const Entry& entry, std::u16string_view newName) {
+    requireChangeable(entry);
+    requireName(newName);
+    const Entry parent{entry.path.substr(0, entry.path.rfind('/')), entry.disk.parent_path()};
+    const Entry existing = child(parent, newName);
+    if (!existing.disk.empty() && !fs::equivalent(existing.disk, entry.disk))
+        throw Refused{status::alreadyExists};
+    const std::string newPath = parent.path + "/" + toUtf8(newName);
+    // What files.json says about the entry leaves it before the rename and comes back after it, because the
+    // file may only name entries that exist.
+    auto attributes = takeBelow(settings->attributes, entry.path);
+    auto times = takeBelow(settings->times, entry.path);
+    std::vector<std::string> readOnly;
+    for (const std::string& path : settings->readOnly) {
+        if (isAtOrBelow(path, entry.path)) readOnly.push_back(path);
+    }
+    for (const std::string& path : readOnly)
+        settings->readOnly.erase(path);
+    const bool described = !attributes.empty() || !times.empty() || !readOnly.empty();
+    if (described) writeFilesJson(image, *settings);
+    const bool moved = [&] {
+        try {
+            system::replaceDurably(entry.disk, parent.disk / diskName(newName));
+            return true;
+        } catch (const std::system_error&) {
+            return false;
+        }
+    }();
+    const std::string& path = moved ? newPath : entry.path;
+    putBelow(settings->attributes, attributes, entry.path, path);
+    putBelow(settings->times, times, entry.path, path);
+    for (const std::string& one : readOnly)
+        settings->readOnly.insert(path + one.substr(entry.path.size()));
+    if (described) writeFilesJson(image, *settings);
+    if (!moved) throw Refused{status::storeFailed};
+}
+
+void FileStore::removeFile(const Entry& file) {
+    requireChangeable(file);
+    std::uint64_t& used = usedOn(file);
+    const std::uint64_t size = fs::file_size(file.disk);
+    const bool described = forgetTime(file.path) | (settings->attributes.erase(file.path) != 0);
+    if (described) writeFilesJson(image, *settings);
+    system::removeDurably(file.disk);
+    used -= std::min(used, size);
+}
+
+void FileStore::createFolder(const Entry& current, std::u16string_view name) {
+    requireName(name);
+    if (current.isRoot()) throw Refused{status::readOnly};
+    if (!child(current, name).disk.empty()) throw Refused{status::alreadyExists};
+    system::createFolderDurably(current.disk / diskName(name));
+}
+
+void FileStore::requireRemovable(const Entry& folder) const {
+    requireChangeable(folder);
+    if (!fs::is_empty(folder.disk)) throw Refused{status::folderNotEmpty};
+}
+
+void FileStore::removeFolder(const Entry& folder) {
+    requireRemovable(folder);
+    const bool described = forgetTime(folder.path) | (settings->attributes.erase(folder.path) != 0);
+    if (described) writeFilesJson(image, *settings);
+    system::removeDurably(folder.disk);
+}
+
+}  // namespace ovno2::simulator

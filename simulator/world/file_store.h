@@ -1,0 +1,69 @@
+// A phone's file system: the folder `files` of its image, seen the way the phone shows it.
+//
+// Paths come in the library's form: "\\C:\Images" from the root, or relative to a current folder. Names are
+// found without regard to the case of ASCII letters; symbolic links are not seen. Every change is on disk
+// when it returns, and leaves the old or the new state whatever interrupts it. Members throw Refused with the
+// status for the caller. Keeps no state but the phone's FileSettings.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/world/file_settings.h"
+
+namespace ovno2::simulator {
+
+class FileStore {
+  public:
+    // A folder or file on the phone.
+    struct Entry {
+        std::string path;            // below `files`, "/" between its parts: "C/Images"; empty = the root
+        std::filesystem::path disk;  // where it is
+        bool isRoot() const { return path.empty(); }
+        bool isDrive() const { return path.size() == 1; }
+    };
+    struct Facts {
+        Word attributes = 0;
+        std::uint64_t time = 0;  // file time, UTC
+        std::uint64_t size = 0;
+    };
+    struct Listing {
+        std::vector<Entry> folders;
+        std::vector<Entry> files;
+    };
+
+    FileStore(std::filesystem::path imageFolder, std::shared_ptr<FileSettings> fileSettings);
+
+    Entry root() const;
+    Entry folder(const Entry& current, std::u16string_view path) const;  // must exist
+    Entry file(const Entry& current, std::u16string_view name) const;    // must exist in `current`
+    Entry folderIn(const Entry& current, std::u16string_view name) const;
+
+    Listing list(const Entry& folder) const;  // both in the order of their names
+    Facts facts(const Entry& entry) const;
+    const Drive* drive(const Entry& entry) const;  // null unless the entry is a drive
+    static std::u16string name(const Entry& entry);
+
+    void write(const Entry& current, std::u16string_view name, std::span<const char> bytes);
+    void rename(const Entry& entry, std::u16string_view newName);
+    void removeFile(const Entry& file);
+    void createFolder(const Entry& current, std::u16string_view name);
+    void requireRemovable(const Entry& folder) const;
+    void removeFolder(const Entry& folder);
+
+  private:
+    Entry child(const Entry& parent,
+                std::u16string_view name) const;  // its disk path is empty when there is none
+    void requireName(std::u16string_view name) const;
+    void requireChangeable(const Entry& entry) const;
+    bool forgetTime(const std::string& path);
+    std::uint64_t& usedOn(const Entry& entry);
+
+    std::filesystem::path image;
+    std::shared_ptr<FileSettings> settings;
+};
+
+}  // namespace ovno2::simulator
