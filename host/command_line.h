@@ -1,0 +1,41 @@
+// The command line of `ovphone`: its commands and options, and what is wrong with a line that it does not
+// understand.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ovno2::host {
+
+enum class Command {
+    overview,
+    list,
+    contacts,
+    doctor,
+    logState,
+    logOn,
+    logOff,
+    logFile,
+    logLevel,
+    logFollow
+};
+enum class Format { table, json };
+
+struct Options {
+    Command command = Command::overview;
+    Format format = Format::table;
+    std::string phone;         // as the user names it; empty = the first
+    std::string pictures;      // folder; empty = no pictures are kept
+    std::string connectivity;  // folder or name of a provider of the connectivity library
+    std::string phones;        // folder of phone images for the simulator
+    std::string logFile;
+    int logLevel = 0;
+    bool logTimestamps = false;
+};
+
+// Empty when there is nothing to do: help was asked for, or the line is wrong; `exitStatus` tells which (0 or
+// 2), and the user has been told. `arguments` begins with the program's name.
+std::optional<Options> parseCommandLine(const std::vector<std::string>& arguments, int& exitStatus);
+
+}  // namespace ovno2::host

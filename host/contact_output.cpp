@@ -1,0 +1,107 @@
+#include "host/contact_output.h"
+
+#include <nlohmann/json.hpp>
+
+#include "host/console.h"
+#include "host/field_table.h"
+#include "support/utf8.h"
+#include "support/values.h"
+
+namespace ovno2::host {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+bool isCollection(Long code) {
+    return code == code::categories || code == code::other;
+}
+
+Json valueAsJson(Long code, const Text& value) {
+    if (!isCollection(code)) return toUtf8(value);
+    Json list = Json::array();
+    for (const Text& part : splitCollected(code, value))
+        list.push_back(toUtf8(part));
+    return list;
+}
+
+Text valueAsText(Long code, const Text& value) {
+    if (!isCollection(code)) return value;
+    Text list;
+    for (const Text& part : splitCollected(code, value))
+        list += (list.empty() ? u"" : u"; ") + part;
+    return list;
+}
+
+// What a value shows; empty = it is left out.
+Text shownValue(Long code, TextView value, bool pictures) {
+    if (value.empty() || (code == code::picture && !pictures)) return {};
+    Text text = decodedValue(code, value);
+    return code == code::picture ? fromUtf8(console::textOf(console::pathOfModuleText(text))) : text;
+}
+
+Text fullName(const std::vector<Text>& values) {
+    const Text& first = values[rowOf(code::firstName)];
+    const Text& last = values[rowOf(code::lastName)];
+    if (!first.empty() && !last.empty()) return first + u' ' + last;
+    if (!first.empty() || !last.empty()) return first + last;
+    for (const Long code : {code::formalName, code::nickname, code::company})
+        if (const Text& name = values[rowOf(code)]; !name.empty()) return name;
+    return {};
+}
+
+}  // namespace
+
+std::string contactsAsJson(std::span<const Contact> contacts, bool pictures) {
+    std::string output = "[";
+    for (const Contact& contact : contacts) {
+        Json::object_t object;  // keys are known to differ, so they are not looked up
+        const std::vector<TextView> values = splitValues(contact.values);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const FieldRow& row = fieldRows()[i];
+            const Text text = shownValue(row.code, values[i], pictures);
+            if (text.empty()) continue;
+            Json value = valueAsJson(row.code, text);
+            if (!value.empty()) object.emplace_back(row.key, std::move(value));
+        }
+        object.emplace_back("location", toUtf8(contact.location));
+        object.emplace_back("uid", toUtf8(contact.uid));
+        output += (output.size() == 1 ? "\n" : ",\n") + Json(std::move(object)).dump();
+    }
+    return output + (contacts.empty() ? "]\n" : "\n]\n");
+}
+
+Table contactsAsTable(std::span<const Contact> contacts, bool pictures) {
+    std::vector<std::vector<Text>> records;
+    std::vector<bool> used(fieldRows().size());
+    for (const Contact& contact : contacts) {
+        std::vector<Text> values;
+        values.reserve(used.size() + 1);
+        for (const TextView value : splitValues(contact.values))
+            values.push_back(shownValue(fieldRows()[values.size()].code, value, pictures));
+        const Text name = fullName(values);
+        // What already stands in the name column is not said twice.
+        if (values[rowOf(code::formalName)] == name) values[rowOf(code::formalName)].clear();
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = valueAsText(fieldRows()[i].code, values[i]);
+            if (!values[i].empty()) used[i] = true;
+        }
+        values.insert(values.begin(), name);
+        records.push_back(std::move(values));
+    }
+    used[rowOf(code::firstName)] = used[rowOf(code::lastName)] = false;
+
+    std::vector<Text> headings = {u"Name"};
+    for (std::size_t i = 0; i < used.size(); ++i)
+        if (used[i]) headings.emplace_back(fieldRows()[i].label);
+    Table table(headings);
+    for (std::vector<Text>& values : records) {
+        std::vector<Text> cells = {std::move(values[0])};
+        for (std::size_t i = 0; i < used.size(); ++i)
+            if (used[i]) cells.push_back(std::move(values[i + 1]));
+        table.addRow(std::move(cells));
+    }
+    return table;
+}
+
+}  // namespace ovno2::host

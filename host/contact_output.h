@@ -1,0 +1,21 @@
+// Contacts as JSON for programs and as a table for people.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "host/driver.h"
+#include "host/table.h"
+
+namespace ovno2::host {
+
+// An array with one object a contact, one a line. The keys are those of the field table in its order, then
+// "location" and "uid"; empty values are left out; "categories" and "other" are arrays of texts. With
+// `pictures` false the paths of the pictures are left out. Always valid UTF-8.
+std::string contactsAsJson(std::span<const Contact> contacts, bool pictures);
+
+// One row a contact: the name, then every field that any of the contacts has. A contact without a name is
+// called by what it has instead: its formal name, nickname or company.
+Table contactsAsTable(std::span<const Contact> contacts, bool pictures);
+
+}  // namespace ovno2::host

@@ -1,0 +1,114 @@
+// The driver over the public class, in the same process.
+#include "frame/cov_no2.h"
+#include "frame/registry/registry_access.h"
+#include "host/console.h"
+#include "host/driver.h"
+#include "platform/portable/libraries.h"
+#include "support/current_platform.h"
+#include "support/utf8.h"
+#include "support/values.h"
+
+namespace ovno2::host {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The progress control: one number that the module raises.
+class ProgressControl : public platform::AutomationObject {
+  public:
+    explicit ProgressControl(const std::function<void(Long)>& changed) : changed_(changed) {}
+
+    Variant get(TextView property, std::span<const Variant>) override {
+        if (!equalsIgnoringCase(property, u"value")) throw RuntimeFailure(memberNotSupported);
+        return value_;
+    }
+    void put(TextView property, const Variant& value, std::span<const Variant>) override {
+        if (!equalsIgnoringCase(property, u"value")) throw RuntimeFailure(memberNotSupported);
+        if (const Long* number = std::get_if<Long>(&value))
+            value_ = *number;
+        else if (const double* fraction = std::get_if<double>(&value))
+            value_ = roundHalfToEven(*fraction);
+        else
+            throw RuntimeFailure(typeMismatch);
+        changed_(value_);
+    }
+    Variant call(TextView, std::span<const Variant>) override { throw RuntimeFailure(memberNotSupported); }
+
+  private:
+    const std::function<void(Long)>& changed_;
+    Long value_ = 0;
+};
+
+class NativeDriver : public PhoneDriver {
+  public:
+    explicit NativeDriver(std::string connectivityFolder)
+        : connectivityFolder_(std::move(connectivityFolder)) {}
+
+    std::string connectivityFolder() override { return connectivityFolder_; }
+
+    SoftwareReport software() override {
+        return {module_.CheckIfNokiaSDKIsThere(/*startit=*/false), module_.GetPCSuiteVersion(),
+                module_.GetApiVersion()};
+    }
+
+    Long listPhones(std::vector<ListedPhone>& phones) override {
+        TextArray models, serials, addresses, names;
+        LongArray media, types;
+        const Long result = module_.GetConnectedDevices(models, media, serials, addresses, names, types);
+        phones.clear();
+        for (std::size_t i = 0; i < models.size(); ++i) {
+            const Long index = static_cast<Long>(i);
+            phones.push_back({models.at(index), media.at(index), serials.at(index), addresses.at(index),
+                              names.at(index), types.at(index)});
+        }
+        return result;
+    }
+
+    Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
+                      const std::function<void(Long)>& progress, std::vector<Contact>& contacts) override {
+        module_.GetAllFields_(1);
+        module_.PhoneModel_(phone.model);
+        Text model = phone.model;
+        Text serial = phone.serial;
+        Text phonebook;
+        TextArray groups;
+        HostArray<AdrItem> items;
+        const Long result = module_.NokiaGetAddressBookItems(model, serial, phonebook, items, fields, groups,
+                                                             fromUtf8(pictures + '/'),
+                                                             std::make_shared<ProgressControl>(progress));
+        contacts.clear();
+        // The first contact stands at index 1 of an array that had no elements.
+        for (std::size_t i = 1; i < items.size(); ++i) {
+            AdrItem& item = items.at(static_cast<Long>(i));
+            contacts.push_back({std::move(item.Location), std::move(item.FieldValues), std::move(item.Uid)});
+        }
+        return result;
+    }
+
+  private:
+    std::string connectivityFolder_;
+    covNo2 module_;
+};
+
+// The registry names the folder of an installed library; without one, this build's simulator is taken.
+std::string defaultFolder() {
+    const Text installed =
+        Registry::GetRegValue(platform::localMachine, u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath");
+    if (!installed.empty()) return console::textOf(console::pathOfModuleText(installed));
+    const fs::path folder = console::programFolder() / ".." / "lib";
+    return fs::exists(folder / console::libraryFile("ConnAPI")) ? fs::canonical(folder).string()
+                                                                : std::string();
+}
+
+}  // namespace
+
+std::unique_ptr<PhoneDriver> makePhoneDriver(const DriverOptions& options) {
+    const std::string folder = options.connectivity.empty() ? defaultFolder() : options.connectivity;
+    if (!folder.empty())
+        static_cast<platform::portable::PortableLibraries&>(platform::nativePlatform().libraries())
+            .searchOnlyIn(folder);
+    return std::make_unique<NativeDriver>(folder);
+}
+
+}  // namespace ovno2::host
