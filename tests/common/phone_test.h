@@ -1,0 +1,71 @@
+// A machine with simulated phones attached: the module loads the simulator under the vendor's names, the
+// journal is on, and whatever a test leaves handed out is a leak.
+#pragma once
+
+#include "common/machine_test.h"
+#include "simulator/control.h"
+
+#ifndef _WIN32
+#include "platform/portable/libraries.h"
+#endif
+
+namespace ovno2 {
+
+// A log that is on and, as every written line does, takes the pending failure away.
+class ReportingLog : public FrameServices {
+  public:
+    ReportingLog() {
+        LogFront& front = stateOf<LogFront>();
+        front.services = this;
+        front.enabled = true;
+    }
+    ~ReportingLog() override {
+        LogFront& front = stateOf<LogFront>();
+        front.services = nullptr;
+        front.enabled = false;
+    }
+    ReportingLog(const ReportingLog&) = delete;
+    ReportingLog& operator=(const ReportingLog&) = delete;
+
+    void writeLine(TextView message, Long, Long, TextView) noexcept override {
+        lines.emplace_back(message);
+        clearPendingFailure();
+    }
+    void recheckSwitches() noexcept override {}
+    Text registryValue(Long, TextView, TextView) noexcept override { return {}; }
+
+    std::vector<Text> lines;
+};
+
+class PhoneTest : public MachineTest {
+  protected:
+    PhoneTest() {
+        simulator.reset();
+        simulator.journal(true);
+        libraries().searchOnlyIn(OVNO2_SIMULATOR_FOLDER);
+        setRegistryText(platform::localMachine, u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath",
+                        u"C:\\none");
+    }
+
+#ifdef _WIN32
+    ChosenLibraries& libraries() {
+        return machine.libraries();
+    }
+#else
+    platform::portable::PortableLibraries& libraries() {
+        return static_cast<platform::portable::PortableLibraries&>(machine.libraries());
+    }
+#endif
+
+    // The journal's calls since the last look, without arguments and status: "DAOpenCA", "CAGetIDList", ...
+    std::vector<std::string> calls() {
+        std::vector<std::string> names;
+        for (const std::string& line : simulator.readJournal())
+            names.push_back(line.substr(0, line.find('(')));
+        return names;
+    }
+
+    simulator::Control simulator;
+};
+
+}  // namespace ovno2

@@ -1,0 +1,84 @@
+// What the contacts tests share: simulated phones, a field-definition table, and the values of the contacts
+// read.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "common/phone_test.h"
+#include "connectivity/devices.h"
+#include "connectivity/session.h"
+#include "contacts/contacts.h"
+#include "content/sessions.h"
+#include "frame/settings.h"
+
+namespace ovno2::Contacts {
+
+using Control = simulator::Control;
+using Json = Control::Json;
+
+// A host's table with these codes, one a row; the other columns are the host's own.
+inline TextTable tableOf(const std::vector<Long>& codes, Long firstColumn = 0) {
+    constexpr Long columns = 6;
+    std::vector<Text> cells;
+    for (const Long code : codes)
+        for (Long column = firstColumn; column < firstColumn + columns; ++column)
+            cells.push_back(column == 4 ? decimalText(code) : u"label");
+    return TextTable(cells, codes.size(), columns, firstColumn);
+}
+
+class ContactsTest : public PhoneTest {
+  protected:
+    ~ContactsTest() override {
+        letGo();
+        EXPECT_EQ("", simulator.leaks());
+        EXPECT_EQ(0, simulator.balance()["closedInside"]);
+    }
+
+    void letGo() {
+        Content::CloseContactsConnection();
+        Content::PIMApiTerminate();
+        Session::DMApiTerminate();
+    }
+
+    static Json contactOf(const std::string& uid, Json fields) {
+        return {{"uid", uid}, {"fields", std::move(fields)}};
+    }
+    void addPhone(Json contacts) {
+        simulator.addPhone(Control::plainPhone(serial), Control::phoneBook(std::move(contacts)));
+    }
+    void addContact(Json fields) { addPhone({contactOf("0A0B", std::move(fields))}); }
+
+    Long read() { return NokiaGetAddressBookItems(model, phoneId, items, table, pictureFolder, progressbar); }
+
+    // Values of a contact by its place in the array, shown with "|" for the tabs.
+    Text values(Long index = 1) { return replaceAll(items.at(index).FieldValues, u"\t", u"|"); }
+    // Everything as at the start, but for the settings of the test itself.
+    void startOver() {
+        letGo();
+        simulator.reset();
+        resetThreadState();
+        usePlatform(machine);
+        settings().getAllFields = getAllFields;
+        items.clear();
+    }
+    // The values of a single contact with these fields.
+    Text valuesOf(Json fields) {
+        startOver();
+        stateOf<Devices::State>().platformType = platformType;
+        addContact(std::move(fields));
+        EXPECT_EQ(1, read());
+        return items.hasElements() ? values() : Text(u"(not read)");
+    }
+
+    Text model = u"Nokia N95";
+    Text phoneId;
+    const std::string serial = "356300010000017";
+    TextTable table = tableOf({1, 2, 3, 5, 20, 22, 70});
+    HostArray<AdrItem> items;
+    Text pictureFolder;
+    platform::ObjectPointer progressbar;
+    Long getAllFields = 0;
+    Long platformType = 0;
+};
+
+}  // namespace ovno2::Contacts

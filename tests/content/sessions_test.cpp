@@ -1,0 +1,181 @@
+#include "content/sessions.h"
+
+#include <fstream>
+
+#include "content/content_test.h"
+#include "platform/portable/clock.h"
+#include "platform/portable/processes.h"
+
+namespace ovno2::Content {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsSupersetOf;
+
+constexpr Long refused = static_cast<Long>(0x80200008);
+
+class Sessions : public ContentTest {
+  protected:
+    Sessions() {
+        simulator.addPhone(Control::plainPhone("1"), Control::phoneBook(Json::array()));
+        simulator.addPhone(Control::plainPhone("2", "Nokia 6300"), Control::phoneBook(Json::array()));
+        clock().set({.year = 2008, .month = 7, .day = 1, .hour = 12});
+        PIMApiInit();
+        calls();
+    }
+
+    using Control = simulator::Control;
+    platform::portable::PortableClock& clock() {
+        return static_cast<platform::portable::PortableClock&>(machine.clock());
+    }
+    void waitASecond() { clock().advance(std::chrono::milliseconds(1000)); }
+};
+
+TEST_F(Sessions, StartAfreshAndForgetThePhone) {
+    currentPhone().serial = u"1";
+    currentPhone().model = u"Nokia N95";
+    EXPECT_EQ(0, PIMApiInit());
+    EXPECT_THAT(calls(), ElementsAre("CAAPI_Terminate", "CAGetAPIVersion", "CAAPI_Initialize"));
+    EXPECT_EQ(u"", currentPhone().serial);
+    EXPECT_EQ(u"", currentPhone().model);
+}
+
+TEST_F(Sessions, AskForNoVersionBelowThirty) {
+    simulator.shape({{"contentAccess", 29}});
+    PIMApiInit();
+    EXPECT_THAT(simulator.readJournal(), Contains("CAAPI_Initialize(version 30) = 0"));
+    simulator.shape({{"contentAccess", 0x10034}});  // only 16 bits of it count
+    PIMApiInit();
+    EXPECT_THAT(simulator.readJournal(), Contains("CAAPI_Initialize(version 52) = 0"));
+    simulator.shape({{"contentAccess", nullptr}});
+}
+
+TEST_F(Sessions, ReportTheVersionOnceAskedAndWithoutASession) {
+    PIMApiTerminate();
+    calls();
+    EXPECT_EQ(50, GetApiVersion());
+    EXPECT_EQ(50, GetApiVersion());
+    EXPECT_THAT(calls(), ElementsAre("CAGetAPIVersion"));
+}
+
+// The helper of the host is asked to register the library once; nothing comes of it here.
+TEST_F(Sessions, WithoutTheLibraryAreRepairedOnceAndReportThatTheyDidNotStart) {
+    resetThreadState();
+    usePlatform(machine);
+    libraries().missingLibraries = {u"DAAPI"};
+    int repairs = 0;
+    static_cast<platform::portable::PortableProcesses&>(machine.processes()).onShellExecute = [&](auto&&...) {
+        ++repairs;
+        return 33;
+    };
+    std::filesystem::create_directories(folder.path() / "PC");
+    std::ofstream(folder.path() / "PC" / "ConnApi.dll").put('x');
+    setRegistryText(platform::localMachine, u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath",
+                    (folder.path() / "PC").u16string());
+    EXPECT_EQ(-1, PIMApiInit());
+    EXPECT_EQ(-1, PIMApiInit());
+    EXPECT_EQ(1, repairs);
+    EXPECT_EQ(0, GetApiVersion());
+    EXPECT_EQ(-1, CheckContactsConnection(u"1"));
+    libraries().missingLibraries.clear();
+    EXPECT_EQ(0, PIMApiInit());
+}
+
+TEST_F(Sessions, WithoutAFunctionReportThatTheyDidNotStart) {
+    resetThreadState();
+    usePlatform(machine);
+    libraries().missingFunctions = {"CAAPI_Initialize", "DAOpenCA"};
+    EXPECT_EQ(-1, PIMApiInit());
+    EXPECT_EQ(-1, CheckContactsConnection(u"1"));
+    libraries().missingFunctions.clear();
+}
+
+TEST_F(Sessions, KeepOneContactsConnectionForOnePhone) {
+    EXPECT_EQ(0, CheckContactsConnection(u"1"));
+    EXPECT_THAT(calls(), ElementsAre("CONAAllocString", "DAOpenCA", "CONAFreeString"));
+    waitASecond();
+    EXPECT_EQ(0, CheckContactsConnection(u"1"));
+    EXPECT_THAT(calls(), ElementsAre());
+    EXPECT_EQ(0, CheckContactsConnection(u"2"));
+    EXPECT_THAT(calls(), ElementsAre("DACloseCA", "CONAAllocString", "DAOpenCA", "CONAFreeString"));
+    EXPECT_EQ(0, CloseContactsConnection());
+    EXPECT_EQ(0, CloseContactsConnection());
+    EXPECT_THAT(calls(), ElementsAre("DACloseCA"));
+}
+
+// The log line of the status is missing where a check is answered without looking.
+TEST_F(Sessions, TrustASuccessfulCheckOfTheSamePhoneForASecond) {
+    ReportingLog log;
+    const auto linesOfCheck = [&](const Text& serial) {
+        log.lines.clear();
+        EXPECT_EQ(0, CheckContactsConnection(serial));
+        return log.lines.size();
+    };
+    CheckContactsConnection(u"1");
+    EXPECT_EQ(2u, linesOfCheck(u"1"));
+    clock().advance(std::chrono::milliseconds(900));
+    EXPECT_EQ(2u, linesOfCheck(u"1"));
+    EXPECT_LT(2u, linesOfCheck(u"2"));
+    waitASecond();
+    EXPECT_EQ(3u, linesOfCheck(u"2"));
+    CloseContactsConnection();
+    EXPECT_LT(3u, linesOfCheck(u"2"));
+    EXPECT_NE(0u, state().ContactsHandle);
+}
+
+TEST_F(Sessions, OpenTheConnectionOverUsbWhenItDoesNotOpenOtherwise) {
+    ReportingLog log;
+    simulator.fail("DAOpenCA", 0x80200000);
+    EXPECT_EQ(0, CheckContactsConnection(u"1"));
+    EXPECT_THAT(simulator.readJournal(), IsSupersetOf({"DAOpenCA(\"1\", medium 1, target 1) = 80200000",
+                                                       "DAOpenCA(\"1\", medium 16, target 1) = 0"}));
+    EXPECT_THAT(log.lines, IsSupersetOf({Text(u"e1:80200000"), Text(u"e2:0")}));
+    CloseContactsConnection();
+    simulator.fail("DAOpenCA", 0x80200008, 1, /*onwards=*/true);
+    EXPECT_EQ(refused, CheckContactsConnection(u"1"));
+    EXPECT_EQ(refused, CheckContactsConnection(u"1"));  // a failed check is not trusted
+    simulator.clearPlan();
+    simulator.failAllocation("CONAAllocString");
+    EXPECT_EQ(-1, CheckContactsConnection(u"1"));
+    EXPECT_EQ(0, CheckContactsConnection(u"1"));
+}
+
+TEST_F(Sessions, EndTheContactsWriteSessionWithTheConnection) {
+    CheckContactsConnection(u"1");
+    state().ContactsOperation = 7;
+    state().ContactsSessionOpen = true;
+    simulator.fail("DACloseCA", 0x80200006);
+    CloseContactsConnection();
+    EXPECT_EQ(0u, state().ContactsOperation);
+    EXPECT_FALSE(state().ContactsSessionOpen);
+    EXPECT_EQ(0u, state().ContactsHandle);
+}
+
+TEST_F(Sessions, FindTheContactsFolderOncePerPhone) {
+    Text serial;
+    EXPECT_EQ(1, GetContactsFolder(u"Nokia 6300", serial));
+    EXPECT_EQ(u"2", serial);
+    EXPECT_EQ(u"2", currentPhone().serial);
+    EXPECT_THAT(calls(), Contains("CAGetFolderInfo"));
+    EXPECT_EQ(1, GetContactsFolder(u"Nokia 6300", serial));
+    EXPECT_THAT(calls(), ElementsAre());
+    PIMApiInit();
+    EXPECT_EQ(1, GetContactsFolder(u"Nokia 6300", serial));
+    EXPECT_THAT(calls(), Contains("CAGetFolderInfo"));
+}
+
+TEST_F(Sessions, HaveNoContactsFolderWithoutAConnectionAndFolderZeroWithoutARecord) {
+    Text serial = u"1";
+    simulator.fail("DAOpenCA", 0x80200008, 1, /*onwards=*/true);
+    EXPECT_EQ(-1, GetContactsFolder(u"Nokia N95", serial));
+    EXPECT_EQ(u"", currentPhone().serial);
+    simulator.clearPlan();
+    simulator.fail("CAGetFolderInfo", 0x80200006, 1, /*onwards=*/true);
+    EXPECT_EQ(0, GetContactsFolder(u"Nokia N95", serial));
+    EXPECT_EQ(u"1", currentPhone().serial);
+    simulator.clearPlan();
+}
+
+}  // namespace
+}  // namespace ovno2::Content

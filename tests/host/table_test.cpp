@@ -1,0 +1,102 @@
+#include "host/table.h"
+
+#include <gtest/gtest.h>
+
+#include "host/display_width.h"
+#include "support/utf8.h"
+
+namespace ovno2::host {
+
+namespace {
+
+TEST(DisplayWidth, CountsTheCellsATerminalUses) {
+    struct {
+        const char16_t* text;
+        std::size_t width;
+    } const cases[] = {
+        {u"", 0},
+        {u"Käthe", 5},
+        {u"渡邉", 4},
+        {u"한글", 4},
+        {u"ｱﾝﾅ", 3},             // half-width forms
+        {u"Ａ", 2},              // full-width form
+        {u"Zoe\u0308", 3},       // combining diaeresis
+        {u"ใจดี", 3},             // Thai vowel above
+        {u"לָ", 1},               // Hebrew point
+        {u"a\u200Fb\u200B", 2},  // marks without a cell
+        {u"\U0001F600!", 3},     // outside the basic plane
+        {u"\U00020000", 2},
+        {u"\xD800x", 2},  // unpaired surrogate
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(c.width, displayWidth(TextView(c.text))) << toUtf8(c.text);
+}
+
+TEST(DisplayWidth, CutsBetweenCharactersAndKeepsMarksWithTheirLetter) {
+    EXPECT_EQ(u"Müller", cutToWidth(u"Müller", 6));
+    EXPECT_EQ(u"Müll…", cutToWidth(u"Müllerin", 5));
+    EXPECT_EQ(u"渡…", cutToWidth(u"渡邉玲子", 4));  // half of the second would not fit
+    EXPECT_EQ(u"Zoe\u0308…", cutToWidth(u"Zoe\u0308lle", 4));
+    EXPECT_EQ(u"\U0001F600…", cutToWidth(u"\U0001F600\U0001F600", 3));
+    EXPECT_EQ(u"…", cutToWidth(u"ab", 1));
+    EXPECT_EQ(u"", cutToWidth(u"ab", 0));
+}
+
+TEST(DisplayWidth, ASingleLineHoldsNothingThatMovesTheCursor) {
+    EXPECT_EQ(u"a b c d", singleLine(u"a\r\nb\nc\td"));
+    EXPECT_EQ(u"␛[2J␀␡�", singleLine(Text(u"\x1B[2J\0\x7F\x9B", 7)));
+    EXPECT_EQ(u"evil", singleLine(u"ev\u202Eil\u2066"));
+}
+
+std::string rendered(std::size_t width, std::size_t* leftOut = nullptr) {
+    Table table({u"Name", u"Phone", u"Note"});
+    table.addRow({u"渡邉", u"1", u"short"});
+    table.addRow({u"Anna"});
+    table.addRow({u"Zoe\u0308", u"0171 39200", u"a note that goes on for more than a line of it"});
+    return table.render(width, leftOut);
+}
+
+TEST(Table, AlignsColumnsByCellsAndLeavesNoBlanksAtTheEnds) {
+    EXPECT_EQ(
+        "Name  Phone       Note\n"
+        "渡邉  1           short\n"
+        "Anna\n"
+        "Zo\xC3\xAB   0171 39200  a note that goes on for more than a line of it\n",
+        [] {
+            std::string text = rendered(0);
+            const std::size_t at = text.find("e\xCC\x88");
+            return text.replace(at, 3, "\xC3\xAB");
+        }());
+}
+
+TEST(Table, NoLineOnATerminalIsLongerThanTheTerminal) {
+    for (std::size_t width = 1; width < 90; ++width) {
+        std::size_t leftOut = 0;
+        const Text text = fromUtf8(rendered(width, &leftOut));
+        std::size_t start = 0;
+        for (std::size_t end; (end = text.find(u'\n', start)) != Text::npos; start = end + 1)
+            EXPECT_LE(displayWidth(TextView(text).substr(start, end - start)), width) << width;
+        EXPECT_LT(leftOut, 3u) << width;
+        if (width >= 64) {
+            EXPECT_EQ(0u, leftOut);
+        }
+    }
+    std::size_t leftOut = 0;
+    EXPECT_EQ("Name  Phone\n渡邉  1\nAnna\n", rendered(20, &leftOut).substr(0, 27));
+    EXPECT_EQ(1u, leftOut);
+}
+
+TEST(Table, AFewLongCellsDoNotPushOtherColumnsOut) {
+    Table table({u"Phone", u"Mail"});
+    for (int i = 0; i < 39; ++i)
+        table.addRow({u"0123 456", u"a@example.org"});
+    table.addRow({u"0123 456;0123 457;0123", u"b@example.org"});
+    std::size_t leftOut = 0;
+    const std::string text = table.render(24, &leftOut);
+    EXPECT_EQ(0u, leftOut);
+    EXPECT_TRUE(text.ends_with("\n0123 45…  b@example.org\n")) << text;
+}
+
+}  // namespace
+
+}  // namespace ovno2::host

@@ -1,0 +1,104 @@
+#include "phonefs/file_operations.h"
+
+#include "phonefs/phone_files_test.h"
+
+namespace ovno2::NokiaFiles {
+namespace {
+
+using FileOperationsTest = PhoneFilesTest;
+
+TEST_F(FileOperationsTest, AFileGoesThereAndBackByteForByte) {
+    std::string bytes;
+    for (int i = 0; i < 5000; ++i)
+        bytes.push_back(static_cast<char>(i * 7));
+    write(pc("all.bin"), bytes);
+    open();
+    Text destination = u"root/E:/empty";
+    EXPECT_EQ(0, PutFile(pcText("all.bin"), destination));
+    EXPECT_EQ(u"E:/empty", destination);
+    EXPECT_EQ(bytes, contentOf(disk("E/empty/all.bin")));
+    EXPECT_EQ(0, GetFile(u"E:/empty/all.bin", pcText("back-")));
+    EXPECT_EQ(bytes, contentOf(pc("back-all.bin")));
+}
+
+TEST_F(FileOperationsTest, Utf16TextIsSentInTheCodePageAndAMarkIsDropped) {
+    open();
+    struct Case {
+        std::string local, sent;
+    };
+    for (const Case& c : {Case{std::string("\xFF\xFE\xE4\0b\0", 6),
+                               "\xE4"
+                               "b"},
+                          Case{std::string("\xFE\xFF\0\xE4\0b", 6),
+                               "\xE4"
+                               "b"},
+                          Case{"\xEF\xBB\xBF"
+                               "\xC3\xA4",
+                               "\xC3\xA4"},
+                          Case{"", ""}, Case{std::string("\0\1\2", 3), std::string("\0\1\2", 3)}}) {
+        write(pc("text.txt"), c.local);
+        Text destination = u"C:/Data";
+        EXPECT_EQ(0, PutFile(pcText("text.txt"), destination));
+        EXPECT_TRUE(std::filesystem::exists(disk("C/Data/text.txt")));
+        EXPECT_EQ(c.sent, contentOf(disk("C/Data/text.txt")));
+    }
+}
+
+TEST_F(FileOperationsTest, NothingIsWrittenWithoutALocalFileARoomyDriveOrAFolder) {
+    open();
+    Text destination = u"C:/Data";
+    EXPECT_EQ(-3, PutFile(pcText("missing"), destination));
+    EXPECT_FALSE(std::filesystem::exists(disk("C/Data/missing")));
+    write(pc("large"), std::string(20000, 'x'));
+    destination = u"E:/empty";
+    EXPECT_EQ(-3, PutFile(pcText("large"), destination));
+    EXPECT_FALSE(std::filesystem::exists(disk("E/empty/large")));
+    destination = u"E:/none";
+    EXPECT_EQ(-2, PutFile(pcText("large"), destination));
+    EXPECT_EQ(-2, GetFile(u"C:/none/a.txt", pcText("")));
+    EXPECT_EQ(-2, GetFile(u"C:/Data/none.txt", pcText("")));
+}
+
+TEST_F(FileOperationsTest, OnlyTransfersAndRenamesOpenTheSession) {
+    Text model = u"Nokia N95";
+    OpenFS(model, {});
+    CloseFS();
+    EXPECT_EQ(-1, DeleteFile(u"C:/Data/a.txt"));
+    EXPECT_EQ(-1, DeleteFolder(u"E:/empty"));
+    EXPECT_EQ(-1, CreateFolder(u"C:/Data/new"));
+    EXPECT_EQ(-1, RenameFolder(u"E:/empty", u"full"));
+    EXPECT_TRUE(std::filesystem::exists(disk("C/Data/a.txt")));
+    EXPECT_EQ(0, GetFile(u"C:/Data/a.txt", pcText("got-")));
+    EXPECT_EQ("hello", contentOf(pc("got-a.txt")));
+    CloseFS();
+    EXPECT_EQ(0, RenameFile(u"C:/Data/a.txt", u"b.txt"));
+    EXPECT_EQ("hello", contentOf(disk("C/Data/b.txt")));
+}
+
+TEST_F(FileOperationsTest, TheFileSystemIsChangedAndDeletionsReportOne) {
+    open();
+    EXPECT_EQ(0, CreateFolder(u"C:/Data/Music.new"));
+    EXPECT_TRUE(std::filesystem::is_directory(disk("C/Data/Music")));
+    EXPECT_EQ(0, RenameFolder(u"C:/Data/Music", u"Sounds"));
+    EXPECT_TRUE(std::filesystem::is_directory(disk("C/Data/Sounds")));
+    EXPECT_NE(0, RenameFolder(u"C:/Data/Music", u"Other"));
+    EXPECT_EQ(1, DeleteFolder(u"C:/Data/Sounds"));
+    EXPECT_FALSE(std::filesystem::exists(disk("C/Data/Sounds")));
+    EXPECT_EQ(-2, DeleteFolder(u"C:/Data/Sounds"));
+    EXPECT_EQ(1, DeleteFile(u"C:\\Data\\a.txt"));
+    EXPECT_EQ(-2, DeleteFile(u"C:/Data/a.txt"));
+    EXPECT_EQ(-2, DeleteFile(u"C:/Data/locked.txt"));
+    EXPECT_EQ(-2, RenameFile(u"C:/Data/locked.txt", u"open.txt"));
+    EXPECT_EQ(-2, CreateFolder(u"E:/empty"));
+}
+
+TEST_F(FileOperationsTest, AFolderIsDeletedByALibraryWithTheOtherForm) {
+    simulator.shape({{"deleteFolderArguments", 4}});
+    open();
+    EXPECT_EQ(1, DeleteFolder(u"E:/empty"));
+    EXPECT_FALSE(std::filesystem::exists(disk("E/empty")));
+    EXPECT_EQ(-2, DeleteFolder(u"E:/empty"));
+}
+
+}  // namespace
+}  // namespace ovno2::NokiaFiles

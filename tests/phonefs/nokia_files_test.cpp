@@ -1,0 +1,118 @@
+#include "phonefs/nokia_files.h"
+
+#include "phonefs/phone_files_test.h"
+
+namespace ovno2::NokiaFiles {
+namespace {
+
+using NokiaFilesTest = PhoneFilesTest;
+
+TEST_F(NokiaFilesTest, TheRootShowsDrivesByTheirLabels) {
+    for (const Text path : {u"", u"/", u"\\\\"}) {
+        HostArray<DirItem> items;
+        EXPECT_EQ(0, list(items, path));
+        ASSERT_EQ(1, items.upperBound());
+        EXPECT_EQ(u"[Phone memory]", items.at(0).DisplayName);
+        EXPECT_EQ(items.at(0).Name, items.at(0).FullName);
+        EXPECT_TRUE(items.at(0).Name.starts_with(u"C"));
+        EXPECT_EQ(dirItemFolder | dirItemChangeable, items.at(0).Flags);
+        EXPECT_EQ(u"[Memory card]", items.at(1).DisplayName);
+    }
+}
+
+TEST_F(NokiaFilesTest, AFolderIsListedUnderEveryFormOfItsPath) {
+    setRegistryNumber(platform::localMachine, u"SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation",
+                      u"ActiveTimeBias", static_cast<std::uint32_t>(-120));
+    setRegistryText(platform::currentUser, u"Control Panel\\International", u"sShortDate", u"dd.MM.yyyy");
+    setRegistryText(platform::currentUser, u"Control Panel\\International", u"sTimeFormat", u"HH:mm:ss");
+    HostArray<DirItem> root;
+    list(root, u"");
+    for (const Text path : {u"C:/Data", u"C:\\Data", u"\\\\C:\\Data", u"Phone memory/Data"}) {
+        HostArray<DirItem> items;
+        EXPECT_EQ(0, list(items, path));
+        ASSERT_EQ(2, items.upperBound());
+        EXPECT_EQ(u"[Images]", items.at(0).DisplayName);
+        EXPECT_EQ(dirItemFolder | dirItemChangeable | dirItemSpecial, items.at(0).Flags);
+        EXPECT_EQ(u"a.txt", items.at(1).DisplayName);
+        EXPECT_EQ(u"C:\\Data\\a.txt", items.at(1).FullName);
+        EXPECT_EQ(5, items.at(1).Size);
+        EXPECT_EQ(u"19.07.2008 18:04:11", items.at(1).DateText);
+        EXPECT_EQ(dirItemChangeable, items.at(1).Flags);
+        EXPECT_EQ(u"20.07.2008", items.at(2).DateText);
+        EXPECT_EQ(0, items.at(2).Flags);
+    }
+}
+
+TEST_F(NokiaFilesTest, AnEmptyFolderLeavesTheListAsItWas) {
+    HostArray<DirItem> items({DirItem{}, DirItem{}}, 3);
+    items.at(4).Name = u"kept";
+    EXPECT_EQ(0, list(items, u"E:/empty"));
+    EXPECT_EQ(u"kept", items.at(4).Name);
+    EXPECT_EQ(-1, list(items, u"E:/none"));
+    EXPECT_EQ(3, items.lowerBound());
+}
+
+TEST_F(NokiaFilesTest, AStaleSessionIsReopenedOnceAndTheSearchRepeated) {
+    HostArray<DirItem> items;
+    EXPECT_EQ(0, list(items, u"C:/Data"));
+    simulator.fail("CONAFindBegin", 0x80100004);
+    EXPECT_EQ(0, list(items, u"C:/Data"));
+    simulator.fail("CONAFindBegin", 0x80100004, 1, /*onwards=*/true);
+    EXPECT_EQ(-1, list(items, u"C:/Data"));
+}
+
+TEST_F(NokiaFilesTest, EveryFailedStepHasItsResultAndLeavesNothingOpen) {
+    struct Case {
+        const char* call;
+        unsigned nth;
+        Long opened, listed;
+    };
+    for (const Case& c : {Case{"FSAPI_Initialize", 1, -2, -1},
+                          {"CONAOpenFS", 1, -3, -1},
+                          {"CONAFindBegin", 1, 0, -1},
+                          {"CONAFindBegin", 2, 0, -1},
+                          {"CONAFindNextFolder", 1, 0, -1},
+                          {"CONAFindNextFolder", 2, 0, -1},
+                          {"CONAFindNextFile", 2, 0, -1}}) {
+        CloseFS();
+        simulator.clearPlan();
+        simulator.fail(c.call, 0x80100001, c.nth);
+        HostArray<DirItem> items;
+        EXPECT_EQ(c.opened, open()) << c.call;
+        simulator.clearPlan();
+        CloseFS();
+        simulator.fail(c.call, 0x80100001, c.nth);
+        EXPECT_EQ(c.listed, list(items, u"C:/Data")) << c.call << c.nth;
+        simulator.clearPlan();
+        EXPECT_EQ(0, list(items, u"C:/Data"));
+    }
+    Text unknown = u"Nokia 3210";
+    CloseFS();
+    EXPECT_EQ(-1, OpenFS(unknown, {}));
+}
+
+TEST_F(NokiaFilesTest, TheLastModelStandsInForNone) {
+    EXPECT_EQ(0, open());
+    CloseFS();
+    Text none;
+    EXPECT_EQ(0, OpenFS(none, {}));
+    EXPECT_EQ(u"Nokia N95", none);
+}
+
+TEST_F(NokiaFilesTest, ChangingTheFolderTakesRootOffTheCallersPath) {
+    open();
+    Text path = u"root/C:/Data";
+    simulator.readJournal();
+    EXPECT_EQ(0, ChangeDir(path));
+    EXPECT_EQ(u"C:/Data", path);
+    for (const std::string& line : simulator.readJournal())
+        if (line.starts_with("CONASetCurrentFolder")) {
+            EXPECT_NE(std::string::npos, line.find("C:"));
+            EXPECT_EQ(std::string::npos, line.find("root"));
+        }
+    path = u"C:/none";
+    EXPECT_EQ(-1, ChangeDir(path));
+}
+
+}  // namespace
+}  // namespace ovno2::NokiaFiles

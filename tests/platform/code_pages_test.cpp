@@ -1,0 +1,59 @@
+#include "common/platform_test.h"
+#include "support/ansi.h"
+
+namespace ovno2 {
+namespace {
+
+// The page that both platforms take when nothing else is set up.
+class AnsiPage : public PlatformTest {
+  protected:
+    void SetUp() override {
+        if (currentPlatform().codePages().ansi() != 1252) GTEST_SKIP() << "the ANSI page is not 1252";
+    }
+};
+
+std::string allBytes() {
+    std::string bytes;
+    for (int code = 0; code < 256; ++code)
+        bytes.push_back(static_cast<char>(code));
+    return bytes;
+}
+
+TEST_F(AnsiPage, EveryByteIsACharacterAndComesBack) {
+    const Text text = fromAnsi(allBytes());
+    EXPECT_EQ(allBytes(), toAnsi(text));
+    Text expected;
+    for (char16_t code = 0; code < 256; ++code)
+        expected.push_back(code);
+    // The 27 characters of 1252 that are not those of Latin-1; the other five codes of that row stay
+    // controls.
+    const TextView row =
+        u"\u20AC\u0081\u201A\u0192\u201E\u2026\u2020\u2021\u02C6\u2030\u0160\u2039\u0152\u008D\u017D\u008F"
+        u"\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D\u017E\u0178";
+    expected.replace(0x80, row.size(), row);
+    EXPECT_EQ(expected, text);
+    EXPECT_EQ(expected, Text(currentPlatform().codePages().singleByteTable(), 256));
+}
+
+TEST_F(AnsiPage, WhatThePageDoesNotHoldBecomesItsBestFitOrAQuestionMark) {
+    EXPECT_EQ("Lodz galaz c ?? ??",
+              toAnsi(u"\u0141odz ga\u0142\u0105\u017A \u0107 \u96FB\u8A71 \xD83D\xDCF1"));
+    EXPECT_EQ("ABC", toAnsi(u"\uFF21\uFF22\uFF23"));
+    EXPECT_EQ(u"L\u00F3?", throughAnsi(u"\u0141\u00F3\u96FB"));
+
+    struct Row {
+        char16_t character;
+        bool held;
+        std::uint8_t code;
+    };
+    for (const Row& row :
+         {Row{u'A', true, 0x41}, Row{u'\0', true, 0}, Row{u'\u20AC', true, 0x80}, Row{u'\u00E4', true, 0xE4},
+          Row{u'\u0142', false, 'l'}, Row{u'\u96FB', false, '?'}, Row{0xD83D, false, '?'}}) {
+        std::uint8_t code = 1;
+        EXPECT_EQ(row.held, ansiCode(row.character, code)) << static_cast<int>(row.character);
+        EXPECT_EQ(row.code, code) << static_cast<int>(row.character);
+    }
+}
+
+}  // namespace
+}  // namespace ovno2

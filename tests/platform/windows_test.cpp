@@ -1,0 +1,59 @@
+#include <optional>
+
+#include "common/platform_test.h"
+#include "common/test_window.h"
+
+namespace ovno2::platform {
+namespace {
+
+using WindowsSeam = PlatformTest;
+
+TEST_F(WindowsSeam, AWindowOfAnotherThreadAnswersUntilItIsGone) {
+    Windows& windows = currentPlatform().windows();
+    std::optional<TestWindow> window;
+    window.emplace(u"ovNo2 conformance: window",
+                   [](std::uint32_t message, std::uint32_t first, std::uint32_t second) {
+                       return static_cast<Long>(message == 29799 ? first ^ second : 815);
+                   });
+    const Long number = window->number();
+    Long answer = 0;
+    EXPECT_TRUE(windows.isVisible(number));
+    EXPECT_EQ(noFailure, windows.send(number, 29798, 0, 0, answer));
+    EXPECT_EQ(815, answer);
+    EXPECT_EQ(noFailure, windows.send(number, 29799, 0xFFFFFFFF, 0x0A0D6564, answer));
+    EXPECT_EQ(static_cast<Long>(0xF5F29A9B), answer) << "all 32 bits of both parameters and of the answer";
+    EXPECT_EQ(noFailure, windows.activate(u"OVNO2 Conformance"));
+    window->hide();
+    EXPECT_FALSE(windows.isVisible(number));
+    EXPECT_EQ(invalidProcedureCall, windows.activate(u"ovNo2 conformance: window"));
+    window.reset();
+    EXPECT_EQ(invalidWindowHandle, windows.send(number, 29798, 0, 0, answer));
+    EXPECT_EQ(0, answer);
+}
+
+TEST_F(WindowsSeam, AWindowThatIsNotThereIsReportedAndAnswersNothing) {
+    Windows& windows = currentPlatform().windows();
+    for (const Long window : {0x7FFFFFF0, 4711, -2}) {
+        Long answer = 99;
+        EXPECT_FALSE(windows.isVisible(window));
+        EXPECT_EQ(invalidWindowHandle, windows.send(window, 29798, 0, 0, answer));
+        EXPECT_EQ(0, answer);
+    }
+    EXPECT_FALSE(windows.isVisible(0));
+    EXPECT_EQ(invalidProcedureCall, windows.activate(u"ovNo2: no window has this title"));
+}
+
+TEST_F(WindowsSeam, AProcedureThatIsNotThereIsNotCalled) {
+    Long answer = 99;
+    for (const Long procedure : {0, 1, 0x10000 - 1})
+        EXPECT_EQ(invalidProcedureCall,
+                  currentPlatform().windows().callProcedure(procedure, 1, 2, 3, 4, answer));
+    EXPECT_EQ(99, answer);
+}
+
+TEST_F(WindowsSeam, WithoutPendingMessagesProcessingReturnsAtOnce) {
+    currentPlatform().windows().processPendingMessages();
+}
+
+}  // namespace
+}  // namespace ovno2::platform

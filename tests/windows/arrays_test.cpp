@@ -1,0 +1,156 @@
+// Safe arrays of every kind of host, in and out.
+#include "com/records.h"
+#include "windows/component_test.h"
+
+namespace ovno2::windows_tests {
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr const char* secondSerial = "356300010000018";
+
+class ArraysTest : public ComponentTest {
+  protected:
+    LONG list() {
+        LONG result = -100;
+        EXPECT_EQ(S_OK, object->GetConnectedDevices(models.address(), media.address(), serials.address(),
+                                                    addresses.address(), names.address(), types.address(), -1,
+                                                    &result));
+        return result;
+    }
+    void addTwoPhones() {
+        simulator.addPhone(simulator.plainPhone(serial));
+        simulator.addPhone(simulator.plainPhone(secondSerial));
+    }
+    static const SAFEARRAYBOUND& boundOf(const OwnedSafeArray& array) { return array.get()->rgsabound[0]; }
+    // A host's contact records from `lowerBound` on, with something of its own in each.
+    static SAFEARRAY* newContacts(ULONG count, LONG lowerBound) {
+        ComPointer<IRecordInfo> information;
+        *information.out() = com::recordInformation(com::guidOfAdrItem);
+        SAFEARRAYBOUND bound = {count, lowerBound};
+        SAFEARRAY* const array = SafeArrayCreateEx(VT_RECORD, 1, &bound, information.get());
+        for (ULONG i = 0; i < count; ++i) {
+            tAdrItem& record = static_cast<tAdrItem*>(array->pvData)[i];
+            record.Host1 = static_cast<LONG>(100 + i);
+            record.Host17 = static_cast<LONG>(1700 + i);
+            record.Location = com::newBstr(u"the host's");
+        }
+        return array;
+    }
+
+    ComPointer<_covNo2> object = create();
+    OwnedSafeArray models, media, serials, addresses, names, types;
+};
+
+TEST_F(ArraysTest, NullArraysAreMadeFromIndexZeroInTheirTypes) {
+    addTwoPhones();
+    EXPECT_EQ(2, list());
+    EXPECT_THAT(textsOf(serials), ElementsAre(u"356300010000017", u"356300010000018"));
+    for (const OwnedSafeArray* array : {&models, &media, &serials, &addresses, &names, &types}) {
+        ASSERT_TRUE(*array);
+        VARTYPE type = VT_EMPTY;
+        EXPECT_EQ(S_OK, SafeArrayGetVartype(array->get(), &type));
+        EXPECT_EQ(array == &media || array == &types ? VT_I4 : VT_BSTR, type);
+        EXPECT_EQ(0, boundOf(*array).lLbound);
+        EXPECT_EQ(2u, boundOf(*array).cElements);
+    }
+}
+
+TEST_F(ArraysTest, ArraysWithElementsAndOtherLowerBoundsAreMadeAnew) {
+    addTwoPhones();
+    models.reset(newTexts({u"a", u"b", u"c", u"d"}, /*lowerBound=*/3));
+    media.reset(SafeArrayCreateVector(VT_I4, 1, 2));
+    EXPECT_EQ(2, list());
+    EXPECT_THAT(textsOf(models), ElementsAre(u"Nokia N95", u"Nokia N95"));
+    EXPECT_EQ(0, boundOf(models).lLbound);
+    EXPECT_THAT(numbersOf(media), ElementsAre(8, 8));
+    EXPECT_EQ(0, boundOf(media).lLbound);
+
+    // The same again changes nothing in the host's arrays.
+    const void* const data = models.get()->pvData;
+    const BSTR first = slotsOf<BSTR>(models)[0];
+    EXPECT_EQ(2, list());
+    EXPECT_EQ(data, models.get()->pvData);
+    EXPECT_EQ(first, slotsOf<BSTR>(models)[0]);
+}
+
+TEST_F(ArraysTest, AnArrayThatMustKeepItsShapeGetsWhatFits) {
+    addTwoPhones();
+    serials.reset(newTexts({u"old"}));
+    serials.get()->fFeatures |= FADF_FIXEDSIZE;
+    names.reset(newTexts({u"1", u"2", u"3"}));
+    SafeArrayLock(names.get());
+    EXPECT_EQ(2, list());
+    EXPECT_THAT(textsOf(serials), ElementsAre(u"356300010000017"));
+    EXPECT_THAT(textsOf(names), ElementsAre(u"Nokia N95", u"Nokia N95", u"3"));
+    serials.get()->fFeatures &= static_cast<USHORT>(~FADF_FIXEDSIZE);
+    SafeArrayUnlock(names.get());
+}
+
+TEST_F(ArraysTest, ArraysOfOtherElementsGiveAFailureAndStayAsTheyAre) {
+    addTwoContacts();
+    addresses.reset(SafeArrayCreateVector(VT_R8, 0, 2));
+    EXPECT_EQ(-1, list());
+    EXPECT_FALSE(models);
+    EXPECT_EQ(sizeof(double), addresses.get()->cbElements);
+    addresses.reset();
+
+    SAFEARRAYBOUND bounds[] = {{2, 0}, {2, 0}};
+    models.reset(SafeArrayCreate(VT_BSTR, 2, bounds));
+    EXPECT_EQ(-1, list());
+
+    ComPointer<IRecordInfo> otherRecord;
+    *otherRecord.out() = com::recordInformation(com::guidOfDirItem);
+    OwnedSafeArray items(SafeArrayCreateEx(VT_RECORD, 1, bounds, otherRecord.get()));
+    EXPECT_EQ(-1, readContacts(*object.get(), items));
+    EXPECT_EQ(sizeof(tDirItem), items.get()->cbElements);
+    // As large as the record, but nobody says that it is one.
+    items.reset(SafeArrayCreateVector(VT_UI1, 0, 3 * sizeof(tAdrItem)));
+    EXPECT_EQ(-1, readContacts(*object.get(), items));
+}
+
+TEST_F(ArraysTest, ContactsFillANullArrayOfTheModulesOwnRecords) {
+    addTwoContacts();
+    OwnedSafeArray items;
+    EXPECT_EQ(2, readContacts(*object.get(), items));
+    ASSERT_EQ(3u, slotsOf<tAdrItem>(items).size());
+    ComPointer<IRecordInfo> information;
+    GUID type = {};
+    EXPECT_EQ(S_OK, SafeArrayGetRecordInfo(items.get(), information.out()));
+    EXPECT_EQ(S_OK, information->GetGuid(&type));
+    EXPECT_TRUE(IsEqualGUID(com::guidOfAdrItem, type));
+    EXPECT_EQ(nullptr, slotsOf<tAdrItem>(items)[0].Uid);
+    EXPECT_EQ(u"0A01", textOf(slotsOf<tAdrItem>(items)[1].Uid));
+    EXPECT_EQ(u"Jörg", textOf(slotsOf<tAdrItem>(items)[2].FieldValues).substr(0, 4));
+}
+
+TEST_F(ArraysTest, ContactsAreAppendedToTheHostsAndLeaveItsMembersAlone) {
+    addTwoContacts();
+    OwnedSafeArray items(newContacts(2, /*lowerBound=*/1));
+    const BSTR location = slotsOf<tAdrItem>(items)[0].Location;
+    EXPECT_EQ(4, readContacts(*object.get(), items));
+    EXPECT_EQ(1, boundOf(items).lLbound);
+    const std::span<tAdrItem> records = slotsOf<tAdrItem>(items);
+    ASSERT_EQ(4u, records.size());
+    EXPECT_EQ(100, records[0].Host1);
+    EXPECT_EQ(1701, records[1].Host17);
+    EXPECT_EQ(location, records[0].Location);
+    EXPECT_EQ(0, records[2].Host1);
+    EXPECT_EQ(u"0A01", textOf(records[2].Uid));
+    EXPECT_EQ(u"0A02", textOf(records[3].Uid));
+}
+
+TEST_F(ArraysTest, ALongPhoneBookComesWhole) {
+    simulator.addPhone(simulator.plainPhone(serial));
+    simulator.fillContacts(serial, 3000, 8);
+    OwnedSafeArray items;
+    EXPECT_EQ(3000, readContacts(*object.get(), items));
+    ASSERT_EQ(3001u, slotsOf<tAdrItem>(items).size());
+    for (const tAdrItem& record : slotsOf<tAdrItem>(items).subspan(1))
+        ASSERT_FALSE(textOf(record.Uid).empty());
+}
+
+}  // namespace
+}  // namespace ovno2::windows_tests

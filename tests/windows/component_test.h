@@ -1,0 +1,69 @@
+// The registered component as its hosts get it, with simulated phones attached.
+//
+// For the length of the program the component of this build is registered and the simulator is the machine's
+// phone software; what was there before comes back at the end. Whatever a test leaves handed out by the
+// simulator is a leak.
+#pragma once
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "com/interface.h"
+#include "host/com_client.h"
+#include "simulator/control.h"
+
+namespace ovno2::windows_tests {
+
+using com::Bstr;
+using host::ComPointer;
+using host::OwnedSafeArray;
+using host::slotsOf;
+using host::textOf;
+using host::TextVariable;
+using Json = nlohmann::json;
+
+// A file or folder of the build as Windows names it.
+std::filesystem::path windowsPath(const char* path);
+std::filesystem::path componentPath();
+
+// Runs a program to its end; `output` gets what it printed, without carriage returns. Gives its exit status.
+int run(const std::wstring& commandLine, std::string* output = nullptr);
+
+std::vector<Text> textsOf(const OwnedSafeArray& array);
+std::vector<Long> numbersOf(const OwnedSafeArray& array);
+// A one-dimensional array of these texts from `lowerBound` on.
+SAFEARRAY* newTexts(const std::vector<Text>& texts, LONG lowerBound = 0);
+// A host's field-definition table with these codes, one a row.
+TextTable tableOf(const std::vector<Long>& codes);
+
+class ComponentTest : public ::testing::Test {
+  protected:
+    ComponentTest();
+    ~ComponentTest() override;
+
+    // A new object, by the name under which hosts know it.
+    static ComPointer<_covNo2> create();
+
+    static Json contactOf(const std::string& uid, Json fields) {
+        return {{"uid", uid}, {"fields", std::move(fields)}};
+    }
+    // A phone with these contacts.
+    void addPhone(Json contacts = Json::array()) {
+        simulator.addPhone(simulator.plainPhone(serial), simulator.phoneBook(std::move(contacts)));
+    }
+    void addTwoContacts() {
+        addPhone({contactOf("0A01", {{{"id", 2}, {"text", "Anna"}}, {{"id", 4}, {"text", "Müller"}}}),
+                  contactOf("0A02", {{{"id", 2}, {"text", "Jörg"}}, {{"id", 64}, {"text", "0171 1"}}})});
+    }
+    // Reads the phone book into `items`; gives the result.
+    LONG readContacts(_covNo2& object, OwnedSafeArray& items, IDispatch* progress = nullptr);
+
+    simulator::Control simulator;
+    const std::string serial = "356300010000017";
+};
+
+}  // namespace ovno2::windows_tests
