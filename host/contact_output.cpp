@@ -1,6 +1,6 @@
 #include "host/contact_output.h"
 
-#include <nlohmann/json.hpp>
+#include <rapidjson/writer.h>
 
 #include "host/console.h"
 #include "host/field_table.h"
@@ -11,18 +11,8 @@ namespace ovno2::host {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 bool isCollection(Long code) {
     return code == code::categories || code == code::other;
-}
-
-Json valueAsJson(Long code, const Text& value) {
-    if (!isCollection(code)) return toUtf8(value);
-    Json list = Json::array();
-    for (const Text& part : splitCollected(code, value))
-        list.push_back(toUtf8(part));
-    return list;
 }
 
 Text valueAsText(Long code, const Text& value) {
@@ -40,6 +30,52 @@ Text shownValue(Long code, TextView value, bool pictures) {
     return code == code::picture ? fromUtf8(console::textOf(console::pathOfModuleText(text))) : text;
 }
 
+// Writes one contact after the other into one text.
+class ContactWriter {
+  public:
+    void write(const Contact& contact, bool pictures) {
+        writer_.Reset(output_);
+        writer_.StartObject();
+        const std::vector<TextView> values = splitValues(contact.values);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const FieldRow& row = fieldRows()[i];
+            const Text text = shownValue(row.code, values[i], pictures);
+            if (isCollection(row.code))
+                member(row.key, splitCollected(row.code, text));
+            else if (!text.empty())
+                member(row.key, text);
+        }
+        member("location", contact.location);
+        member("uid", contact.uid);
+        writer_.EndObject();
+    }
+    void put(std::string_view text) { std::copy(text.begin(), text.end(), output_.Push(text.size())); }
+    std::string take() { return {output_.GetString(), output_.GetSize()}; }
+
+  private:
+    void value(TextView text) {
+        bytes_.clear();
+        appendUtf8(bytes_, text);
+        writer_.String(bytes_.data(), static_cast<rapidjson::SizeType>(bytes_.size()));
+    }
+    void member(const char* key, TextView text) {
+        writer_.Key(key);
+        value(text);
+    }
+    void member(const char* key, const std::vector<Text>& list) {
+        if (list.empty()) return;
+        writer_.Key(key);
+        writer_.StartArray();
+        for (const Text& part : list)
+            value(part);
+        writer_.EndArray();
+    }
+
+    rapidjson::StringBuffer output_;
+    rapidjson::Writer<rapidjson::StringBuffer> writer_;
+    std::string bytes_;
+};
+
 Text fullName(const std::vector<Text>& values) {
     const Text& first = values[rowOf(code::firstName)];
     const Text& last = values[rowOf(code::lastName)];
@@ -53,22 +89,14 @@ Text fullName(const std::vector<Text>& values) {
 }  // namespace
 
 std::string contactsAsJson(std::span<const Contact> contacts, bool pictures) {
-    std::string output = "[";
+    ContactWriter writer;
+    writer.put("[");
     for (const Contact& contact : contacts) {
-        Json::object_t object;  // keys are known to differ, so they are not looked up
-        const std::vector<TextView> values = splitValues(contact.values);
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            const FieldRow& row = fieldRows()[i];
-            const Text text = shownValue(row.code, values[i], pictures);
-            if (text.empty()) continue;
-            Json value = valueAsJson(row.code, text);
-            if (!value.empty()) object.emplace_back(row.key, std::move(value));
-        }
-        object.emplace_back("location", toUtf8(contact.location));
-        object.emplace_back("uid", toUtf8(contact.uid));
-        output += (output.size() == 1 ? "\n" : ",\n") + Json(std::move(object)).dump();
+        writer.put(&contact == contacts.data() ? "\n" : ",\n");
+        writer.write(contact, pictures);
     }
-    return output + (contacts.empty() ? "]\n" : "\n]\n");
+    writer.put(contacts.empty() ? "]\n" : "\n]\n");
+    return writer.take();
 }
 
 Table contactsAsTable(std::span<const Contact> contacts, bool pictures) {

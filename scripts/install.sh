@@ -12,6 +12,7 @@ build /usr/bin/g++                        g++
 build /usr/bin/cmake                      cmake
 build /usr/bin/ninja                      ninja-build
 build /usr/include/nlohmann/json.hpp      nlohmann-json3-dev
+build /usr/include/rapidjson/reader.h     rapidjson-dev
 build /usr/include/CLI/CLI.hpp            libcli11-dev
 test  /usr/include/gtest/gtest.h          libgtest-dev
 test  /usr/include/gmock/gmock.h          libgmock-dev

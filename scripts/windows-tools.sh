@@ -15,6 +15,7 @@ wanted='
 /usr/bin/ninja                           ninja-build
 /usr/src/googletest/CMakeLists.txt       googletest
 /usr/include/nlohmann/json.hpp           nlohmann-json3-dev
+/usr/include/rapidjson/reader.h          rapidjson-dev
 /usr/include/CLI/CLI.hpp                 libcli11-dev
 '
 

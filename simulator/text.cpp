@@ -42,20 +42,23 @@ void appendUtf8(std::string& text, char32_t point) {
 }  // namespace
 
 void appendUtf16(std::u16string& text, std::string_view utf8) {
+    const std::size_t start = text.size();
+    text.resize(start + utf8.size());  // a character has at least as many bytes as units
+    char16_t* out = text.data() + start;
     for (std::size_t at = 0; at < utf8.size();) {
         const char32_t point = nextFromUtf8(utf8, at);
         if (point < 0x10000) {
-            text += static_cast<char16_t>(point);
+            *out++ = static_cast<char16_t>(point);
         } else {
-            text += static_cast<char16_t>(0xD7C0 + (point >> 10));
-            text += static_cast<char16_t>(0xDC00 + (point & 0x3FF));
+            *out++ = static_cast<char16_t>(0xD7C0 + (point >> 10));
+            *out++ = static_cast<char16_t>(0xDC00 + (point & 0x3FF));
         }
     }
+    text.resize(static_cast<std::size_t>(out - text.data()));
 }
 
 std::u16string toUtf16(std::string_view utf8) {
     std::u16string text;
-    text.reserve(utf8.size());
     appendUtf16(text, utf8);
     return text;
 }

@@ -1,6 +1,9 @@
 // The stream reader of contacts.json: the parser's events straight into contacts, with the place kept for
 // errors.
 #include <algorithm>
+#include <rapidjson/encodedstream.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
 
 #include "simulator/images/contacts_image.h"
 #include "simulator/images/date_text.h"
@@ -9,8 +12,6 @@
 
 namespace ovno2::simulator {
 namespace {
-
-using nlohmann::json;
 
 constexpr std::size_t mostAddressTexts = 15;
 constexpr std::size_t deepest = 64;
@@ -116,10 +117,19 @@ Member memberNamed(Level level, std::string_view name) {
     return static_cast<Member>(found - members);
 }
 
-class ContactsReader final : public nlohmann::json_sax<json> {
+class ContactsReader {
   public:
     ContactsReader(const std::filesystem::path& fileName, std::filesystem::path imageFolder)
         : file(fileName), image(std::move(imageFolder)), store(std::make_shared<ContactStore>()) {}
+
+    void read(std::string_view text) {
+        using Utf8 = rapidjson::UTF8<>;
+        rapidjson::MemoryStream bytes(text.data(), text.size());
+        rapidjson::EncodedInputStream<Utf8, rapidjson::MemoryStream> stream(bytes);
+        const rapidjson::ParseResult result =
+            rapidjson::Reader().Parse<rapidjson::kParseValidateEncodingFlag>(stream, *this);
+        if (result.IsError()) throw ImageError(file, lineAndColumn(text, result.Offset()), "JSON text");
+    }
 
     std::shared_ptr<ContactStore> take() {
         if (!formatSeen) fail("format 1");
@@ -135,18 +145,21 @@ class ContactsReader final : public nlohmann::json_sax<json> {
         return std::move(store);
     }
 
-    bool null() override { return acceptText(nullptr); }
-    bool boolean(bool) override { fail(expectedHere()); }
-    bool number_integer(number_integer_t value) override { return acceptNumber(value); }
-    bool number_unsigned(number_unsigned_t value) override {
-        constexpr auto tooLarge = std::int64_t{1} << 32;
-        return acceptNumber(value < tooLarge ? static_cast<std::int64_t>(value) : tooLarge);
+    // The parser's events.
+    bool Null() { return acceptText(nullptr); }
+    bool Bool(bool) { fail(expectedHere()); }
+    bool Int(int value) { return acceptNumber(value); }
+    bool Uint(unsigned value) { return acceptNumber(value); }
+    bool Int64(std::int64_t value) { return acceptNumber(value); }
+    bool Uint64(std::uint64_t) { fail(expectedHere()); }  // more than any member takes
+    bool Double(double) { fail(expectedHere()); }
+    bool RawNumber(const char*, std::size_t, bool) { fail(expectedHere()); }
+    bool String(const char* value, std::size_t length, bool) {
+        const std::string_view text(value, length);
+        return acceptText(&text);
     }
-    bool number_float(number_float_t, const string_t&) override { fail(expectedHere()); }
-    bool string(string_t& value) override { return acceptText(&value); }
-    bool binary(binary_t&) override { fail(expectedHere()); }
 
-    bool start_object(std::size_t) override {
+    bool StartObject() {
         switch (at) {
             case Level::outside:
                 enter(Level::root);
@@ -178,15 +191,17 @@ class ContactsReader final : public nlohmann::json_sax<json> {
         return true;
     }
 
-    bool key(string_t& name) override {
+    bool Key(const char* text, std::size_t length, bool) {
+        const std::string_view name(text, length);
         member = memberNamed(at, name);
         if (member == Member::none) {
-            throw ImageError(file, place() + (at == Level::root ? "" : "/") + name, "no member of this name");
+            throw ImageError(file, place() + (at == Level::root ? "" : "/") + std::string(name),
+                             "no member of this name");
         }
         return true;
     }
 
-    bool end_object() override {
+    bool EndObject(std::size_t) {
         member = Member::none;
         if (at == Level::folder) endFolder();
         if (at == Level::contact) endContact();
@@ -195,7 +210,7 @@ class ContactsReader final : public nlohmann::json_sax<json> {
         return true;
     }
 
-    bool start_array(std::size_t) override {
+    bool StartArray() {
         if (isList(at) || member == Member::none || !isList(ruleOf(member).opens)) fail(expectedHere());
         if (member == Member::fieldAddress) {
             oneValue(Contact::Kind::address);
@@ -205,20 +220,12 @@ class ContactsReader final : public nlohmann::json_sax<json> {
         return true;
     }
 
-    bool end_array() override {
+    bool EndArray(std::size_t) {
         const Level left = at;
         leave();
         if (left == Level::offsets && draft.offsetCount != 2) fail(expectedHere());
         if (left == Level::address && address.empty()) fail(expectedHere());
         return true;
-    }
-
-    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& error) override {
-        // The text names line and column.
-        const std::string_view text = error.what();
-        const std::size_t from = text.find("line ");
-        const std::size_t to = text.find(':', from);
-        throw ImageError(file, from == text.npos ? "/" : text.substr(from, to - from), "JSON text");
     }
 
   private:
@@ -336,15 +343,15 @@ class ContactsReader final : public nlohmann::json_sax<json> {
         return true;
     }
 
-    Contact::TextPlace addText(const std::string& text) {
+    Contact::TextPlace addText(std::string_view text) {
         const auto start = static_cast<Contact::TextPlace>(contact->texts.size());
-        appendUtf16(contact->texts, std::string_view(text).substr(0, text.find('\0')));
+        appendUtf16(contact->texts, text.substr(0, text.find('\0')));
         contact->texts += u'\0';
         return start;
     }
 
     // A text, or null when `text` is a null pointer.
-    bool acceptText(const std::string* text) {
+    bool acceptText(const std::string_view* text) {
         if (at == Level::address) {
             if (address.size() == mostAddressTexts) fail("1 to 15 texts");
             address.push_back(text == nullptr ? Contact::none : addText(*text));
@@ -392,7 +399,7 @@ class ContactsReader final : public nlohmann::json_sax<json> {
         return true;
     }
 
-    void acceptPictureFile(const std::string& text) {
+    void acceptPictureFile(std::string_view text) {
         const std::filesystem::path name(std::u8string(text.begin(), text.end()));
         const bool escapes =
             text.empty() || name.has_root_path() || std::find(name.begin(), name.end(), "..") != name.end();
@@ -487,7 +494,7 @@ class ContactsReader final : public nlohmann::json_sax<json> {
 std::shared_ptr<ContactStore> parseContacts(std::string_view text, const std::filesystem::path& file,
                                             const std::filesystem::path& image) {
     ContactsReader reader(file, image);
-    json::sax_parse(text.begin(), text.end(), &reader);
+    reader.read(text);
     return reader.take();
 }
 

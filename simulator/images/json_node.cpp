@@ -31,19 +31,18 @@ std::string readWhole(const std::filesystem::path& file) {
     return bytes;
 }
 
+std::string lineAndColumn(std::string_view text, std::size_t at) {
+    const std::string_view before = text.substr(0, std::min(at, text.size()));
+    return "line " + std::to_string(std::count(before.begin(), before.end(), '\n') + 1) + " column " +
+           std::to_string(before.size() - (before.rfind('\n') + 1) + 1);
+}
+
 nlohmann::json parseJsonFile(const std::filesystem::path& file) {
     const std::string bytes = readWhole(file);
     try {
         return nlohmann::json::parse(bytes);
     } catch (const nlohmann::json::parse_error& error) {
-        const std::size_t at = std::min(error.byte, bytes.size());
-        const std::size_t before = at == 0 ? 0 : at - 1;
-        const auto line =
-            std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(before), '\n') + 1;
-        const std::size_t lineStart = before == 0 ? 0 : bytes.rfind('\n', before - 1) + 1;
-        throw ImageError(file,
-                         "line " + std::to_string(line) + " column " + std::to_string(before - lineStart + 1),
-                         "JSON text");
+        throw ImageError(file, lineAndColumn(bytes, error.byte == 0 ? 0 : error.byte - 1), "JSON text");
     }
 }
 

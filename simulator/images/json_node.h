@@ -26,6 +26,9 @@ struct ImageError : std::runtime_error {
 // Reads a whole file; throws ImageError when it cannot be read.
 std::string readWhole(const std::filesystem::path& file);
 
+// The place of a byte in a text: "line N column M", both from 1.
+std::string lineAndColumn(std::string_view text, std::size_t at);
+
 // Parses a file; text that is not JSON gives an ImageError with line and column.
 nlohmann::json parseJsonFile(const std::filesystem::path& file);
 

@@ -74,32 +74,40 @@ Text fromUtf8(std::string_view bytes) {
     return text;
 }
 
-std::string toUtf8(TextView text) {
-    std::string bytes;
-    bytes.reserve(text.size() + text.size() / 2);
-    const auto put = [&](char32_t byte) { bytes.push_back(static_cast<char>(byte)); };
+void appendUtf8(std::string& bytes, TextView text) {
+    constexpr std::size_t longest = 3;  // bytes a unit
+    const std::size_t start = bytes.size();
+    bytes.resize(start + longest * text.size());
+    char* out = bytes.data() + start;
+    const auto put = [&](char32_t byte) { *out++ = static_cast<char>(byte); };
     for (std::size_t i = 0; i < text.size(); ++i) {
         char32_t c = text[i];
+        if (c < 0x80) {
+            put(c);
+            continue;
+        }
         if (isHighSurrogate(text[i]) && i + 1 < text.size() && isLowSurrogate(text[i + 1]))
             c = (c - 0xD7C0) << 10 | (text[++i] & 0x3FFu);
         else if (isHighSurrogate(text[i]) || isLowSurrogate(text[i]))
             c = replacement;
-        if (c < 0x80) {
-            put(c);
-        } else if (c < 0x800) {
+        if (c < 0x800) {
             put(0xC0 | c >> 6);
-            put(0x80 | (c & 0x3F));
         } else if (c < 0x10000) {
             put(0xE0 | c >> 12);
             put(0x80 | (c >> 6 & 0x3F));
-            put(0x80 | (c & 0x3F));
         } else {
             put(0xF0 | c >> 18);
             put(0x80 | (c >> 12 & 0x3F));
             put(0x80 | (c >> 6 & 0x3F));
-            put(0x80 | (c & 0x3F));
         }
+        put(0x80 | (c & 0x3F));
     }
+    bytes.resize(static_cast<std::size_t>(out - bytes.data()));
+}
+
+std::string toUtf8(TextView text) {
+    std::string bytes;
+    appendUtf8(bytes, text);
     return bytes;
 }
 

@@ -17,6 +17,9 @@ bool readUtf8(std::string_view bytes, Text& text);
 // An unpaired surrogate becomes U+FFFD.
 std::string toUtf8(TextView text);
 
+// The same at the end of `bytes`.
+void appendUtf8(std::string& bytes, TextView text);
+
 // UTF-16 in little-endian bytes; an odd last byte is left out.
 Text fromUtf16Bytes(std::string_view bytes);
 std::string toUtf16Bytes(TextView text);
