@@ -9,15 +9,14 @@
 #include <ctime>
 #include <malloc.h>
 
+#include "bench_machine.h"
 #include "connectivity/library_memory.h"
 #include "connectivity/session.h"
 #include "contacts/contact_fields.h"
 #include "contacts/contacts.h"
 #include "content/sessions.h"
 #include "content/state.h"
-#include "frame/log/debug_log.h"
 #include "platform/portable/libraries.h"
-#include "platform/portable/machine.h"
 #include "simulator/control.h"
 
 namespace {
@@ -68,34 +67,16 @@ TextTable fieldTable(std::size_t more = 20) {
 }
 
 // A machine of its own with one phone in it.
-class Bench {
+class Bench : public BenchMachine {
   public:
-    explicit Bench(std::uint32_t contacts = 1)
-        : folder_(makeFolder()), machine_(folder_), table(fieldTable()) {
-        resetThreadState();
-        usePlatform(machine_);
-        DebugLog::connect();
-        static_cast<platform::portable::PortableLibraries&>(machine_.libraries())
+    explicit Bench(std::uint32_t contacts = 1) : table(fieldTable()) {
+        static_cast<platform::portable::PortableLibraries&>(machine.libraries())
             .searchOnlyIn(OVNO2_SIMULATOR_FOLDER);
         simulator.reset();
         simulator.addPhone(simulator::Control::plainPhone("1"));
         simulator.fillContacts("1", contacts, fieldsPerContact);
     }
-    ~Bench() {
-        Session::DMApiTerminate();
-        resetThreadState();
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
-    Bench(const Bench&) = delete;
-    Bench& operator=(const Bench&) = delete;
-
-    void switchLogOn() {
-        const std::u16string file = (folder_ / "log.txt").u16string();
-        write(u"Software\\Tessaline\\Debug", u"DebugFile", file);
-        write(u"Software\\Tessaline\\Debug", u"On", u"1");
-        DebugLog::DebugInit();
-    }
+    ~Bench() { Session::DMApiTerminate(); }
 
     Long read(HostArray<AdrItem>& items) {
         Text model = u"Nokia N95";
@@ -126,22 +107,6 @@ class Bench {
     }
 
     simulator::Control simulator;
-
-  private:
-    static std::filesystem::path makeFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "ovno2-bench-XXXXXX").string();
-        return mkdtemp(pattern.data());
-    }
-    void write(TextView key, TextView name, const Text& text) {
-        std::unique_ptr<platform::RegistryKey> opened;
-        machine_.registry().create(platform::currentUser, key, opened);
-        opened->write(name, {.type = 1, .text = text, .bytes = {}, .number = 0});
-    }
-
-    std::filesystem::path folder_;
-    platform::portable::Machine machine_;
-
-  public:
     const TextTable table;
 };
 
