@@ -1,6 +1,6 @@
 #!/bin/bash
 # install.sh GROUP...: what the project needs from the distribution, by group: "build" to build and run it, "test" for
-# the tests and checks on top.
+# the tests and checks on top, "bench" and "fuzz" for what these presets add.
 #
 # Installs the packages that are missing, as root or with sudo, and says so; when all is there it says nothing and does
 # nothing.
@@ -18,6 +18,9 @@ test  /usr/include/gtest/gtest.h          libgtest-dev
 test  /usr/include/gmock/gmock.h          libgmock-dev
 test  /usr/bin/clang-format               clang-format
 test  /usr/bin/clang-tidy                 clang-tidy
+bench /usr/include/benchmark/benchmark.h  libbenchmark-dev
+fuzz  /usr/bin/clang++                    clang
+fuzz  /usr/lib/clang/14/lib/linux         libclang-rt-14-dev
 '
 
 missing=()

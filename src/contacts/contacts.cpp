@@ -32,7 +32,6 @@ constexpr Long operationNotBegun = -2;
 
 constexpr Long progressOfIdList = 50;
 
-constexpr Long firstNameCode = 1;
 constexpr Long lastNameCode = 2;
 constexpr Long formattedNameCode = 3;
 
