@@ -6,6 +6,7 @@
 #include "support/byte_table.h"
 #include "support/convert_array.h"
 #include "support/files.h"
+#include "support/get_file_contents_mod.h"
 
 namespace ovno2::NokiaFiles {
 
@@ -59,21 +60,30 @@ FileRecord fileNamed(const char16_t* name) {
     return record;
 }
 
-// Copies what a read handed out. None when there is nothing; a failing step when it cannot be read.
-Text byteStringAt(Address data, Word size) {
+// Hands out what a read has put at `data`, piece by piece; a file is never held twice.
+Files::ByteSource bytesAt(Address data, std::size_t size) {
+    return [data, size, done = std::size_t{0}](std::span<std::uint8_t> piece) mutable {
+        const std::size_t count = std::min(piece.size(), size - done);
+        if (!currentPlatform().memory().read(library::pointerTo(static_cast<Address>(data + done)), count,
+                                             piece.data()))
+            throw RuntimeFailure(invalidProcedureCall);
+        done += count;
+        return count;
+    };
+}
+
+// What goes to the phone: a text file's text in the code page, everything else as it is.
+ConvertArray::ByteArray bytesToSend(std::vector<std::uint8_t> bytes) {
+    if (!GetFileContentsMod::isEncodedText(bytes)) return ConvertArray::ByteArray(std::move(bytes));
     Text text;
-    if (data == 0 || static_cast<Long>(size) < 1) return text;
-    constexpr std::size_t piece = 1 << 20;
-    if (!currentPlatform().memory().readable(library::pointerTo(data), size))
-        throw RuntimeFailure(invalidProcedureCall);
-    text.reserve(size);
-    const ByteTable table;
-    for (std::size_t done = 0; done < size; done += piece) {
-        const std::vector<std::uint8_t> bytes = library::copyBlock<std::uint8_t>(
-            static_cast<Address>(data + done), std::min<std::size_t>(piece, size - done));
-        table.append(text, bytes.data(), bytes.size());
-    }
-    return text;
+    text.reserve(bytes.size());
+    ByteTable().append(text, bytes.data(), bytes.size());
+    bytes = {};
+    GetFileContentsMod::ConvertFromUnicodeSub(text);
+    ConvertArray::ByteArray sent;
+    ConvertArray::ConvertStringToByteArray(text, sent);
+    if (!text.empty() && !sent.hasElements()) throw RuntimeFailure(outOfMemory);
+    return sent;
 }
 
 // Status of one deletion in either of the library's two forms; true when the library expects another number
@@ -111,19 +121,25 @@ Long GetFile(const Text& Filename, const Text& destdir) {
     if (!openSession()) return -1;
     if (!enterFolder(Files::FolderPart(Filename))) return -2;
     const Text name = Files::FileNamePart(Filename);
-    Text content;
+    Address data = 0;
+    Word size = 0;
     const Status status = withName(name, [&](const char16_t* wide) {
         FileRecord record = fileNamed(wide);
-        Address data = 0;
         const Status read = library::CONAReadFile(session(), &record, &data, 0, 0);
-        if (read == library::statusOk) content = byteStringAt(data, record.size);
+        size = record.size;
         return read;
     });
     logStatus(u"e2:", status);
     if (status != library::statusOk) return -2;
+    if (data == 0 || static_cast<Long>(size) < 1) size = 0;
+    // A file that cannot be read must not empty the one that is there already.
+    if (size != 0 && !currentPlatform().memory().readable(library::pointerTo(data), size)) {
+        raisePending(invalidProcedureCall);
+        return -2;
+    }
     attempt([&] {
         Text target = destdir + name;
-        Files::WriteFileContents(target, content, /*append=*/false, /*encoding=*/0, /*showError=*/true);
+        Files::WriteFileBytes(target, bytesAt(data, size), /*showError=*/true);
     });
     return 0;
 }
@@ -134,11 +150,11 @@ Long PutFile(const Text& Filename, Text& destdir) {
     DebugWrite(destdir);
     if (!openSession()) return -1;
     if (ChangeDir(destdir) != 0) return -2;
-    if (!Files::FileExistsW_(Filename)) return -3;
     ConvertArray::ByteArray bytes;
-    attempt([&] {
-        ConvertArray::ConvertStringToByteArray(Files::GetFileContents(Filename, /*decode=*/true), bytes);
-    });
+    std::vector<std::uint8_t> content;
+    if (!Files::GetFileBytes(Filename, content)) return -3;
+    // Nothing goes to the phone in place of a text that there is no memory to convert.
+    if (attempt([&] { bytes = bytesToSend(std::move(content)); }) != noFailure) return -3;
     const Status status = withName(Files::FileNamePart(Filename), [&](const char16_t* wide) {
         FileRecord record = fileNamed(wide);
         record.size = static_cast<Word>(bytes.size());

@@ -10,10 +10,11 @@
 namespace ovno2::NokiaFiles {
 
 // 0 copied, whatever writing locally came to; -1 session not open, -2 folder or read failed. `destdir` is put
-// directly in front of the file's name.
+// directly in front of the file's name. The bytes go from the library's memory to the file in pieces.
 Long GetFile(const Text& Filename, const Text& destdir);
 
-// 0 written; -1 session not open, -2 folder failed, -3 the local file is missing or the library refused.
+// 0 written; -1 session not open, -2 folder failed, -3 the local file is missing or cannot be
+// read, or the library refused.
 // Takes a leading "root/" off `destdir`. UTF-16 text files are sent in the system's code page, everything
 // else byte for byte.
 Long PutFile(const Text& Filename, Text& destdir);

@@ -23,16 +23,17 @@ constexpr Long entryLimit = 1000000;  // a search that goes on beyond this never
 // A search in a phone folder; closing it is the last thing that happens to it on every way out.
 class FolderSearch {
   public:
-    FolderSearch(Handle session, const Text& path) {
-        const library::LibraryString wide(path);
-        attempt([&] { status_ = library::CONAFindBegin(session, 0, &search_, wide.get()); });
-        open_ = status_ == library::statusOk;
-    }
+    FolderSearch() = default;
     ~FolderSearch() { end(); }
     FolderSearch(const FolderSearch&) = delete;
     FolderSearch& operator=(const FolderSearch&) = delete;
 
-    Status status() const { return status_; }
+    Status begin(Handle session, const char16_t* path) {
+        Status status = noStatus;
+        attempt([&] { status = library::CONAFindBegin(session, 0, &search_, path); });
+        open_ = status == library::statusOk;
+        return status;
+    }
     Handle handle() const { return search_; }
     Status end() {
         Status ended = library::statusOk;
@@ -43,7 +44,6 @@ class FolderSearch {
 
   private:
     Handle search_ = 0;
-    Status status_ = noStatus;
     bool open_ = false;
 };
 
@@ -92,7 +92,10 @@ void fillFile(const Text& folder, const library::FileRecord& record, DirItem& it
     item.Name = name;
     item.FullName = folder + u"\\" + name;
     item.Size = static_cast<Long>(record.size);
-    item.DateText = generalDateText(localFileTime((std::uint64_t{record.timeHigh} << 32) | record.timeLow));
+    attempt([&] {
+        item.DateText =
+            generalDateText(localFileTime((std::uint64_t{record.timeHigh} << 32) | record.timeLow));
+    });
     item.Flags = (record.attributes & attributeLocked) == 0 ? dirItemChangeable : 0;
 }
 
@@ -117,9 +120,9 @@ bool listEntries(const FolderSearch& search, const library::Function<Status(Hand
     }
 }
 
-bool beginFailed(const FolderSearch& search) {
-    if (search.status() == library::statusOk) return false;
-    DebugLine(u"e1:", hex{search.status()});
+bool failed(Status begun) {
+    if (begun == library::statusOk) return false;
+    DebugLine(u"e1:", hex{begun});
     return true;
 }
 
@@ -157,9 +160,7 @@ Long OpenFS(Text& model, const Text& phoneId) {
         if (status != library::statusOk) DebugLine(u"e1:", hex{status});
     }
     if (status == library::statusOk) return 0;
-    // The service was started for nothing; the next open starts it again.
-    attempt([] { library::FSAPI_Terminate(0); });
-    state.FSHandle = 0;
+    state.FSHandle = 0;  // a handle from before would be used without another attempt to open
     return -3;
 }
 
@@ -195,21 +196,29 @@ Long GetDirContents(Text& model, HostArray<DirItem>& list, const Text& hostFolde
     const Text searchPath = u"\\\\" + folder;
     Long index = 0;
     {
-        std::optional<FolderSearch> search(std::in_place, state.FSHandle, searchPath);
-        if (search->status() == library::deviceListStale) {
-            search.reset();
-            CloseFS();
-            if (OpenFS(model, {}) < 0) return -1;
-            search.emplace(state.FSHandle, searchPath);
+        FolderSearch search;
+        Status begun = noStatus;
+        {
+            const library::LibraryString wide(searchPath);
+            begun = search.begin(state.FSHandle, wide.get());
+            if (begun == library::deviceListStale) {
+                if (OpenFS(model, {}) < 0) return -1;
+                begun = search.begin(state.FSHandle, wide.get());
+            }
         }
-        if (beginFailed(*search)) return -1;
+        if (failed(begun)) return -1;
         if (!listEntries(
-                *search, library::CONAFindNextFolder, list, index,
+                search, library::CONAFindNextFolder, list, index,
                 [&](const library::FolderRecord& record, DirItem& item) { fillFolder(state, record, item); }))
             return -1;
     }
-    FolderSearch search(state.FSHandle, searchPath);
-    if (beginFailed(search)) return -1;
+    FolderSearch search;
+    Status begun = noStatus;
+    {
+        const library::LibraryString wide(searchPath);
+        begun = search.begin(state.FSHandle, wide.get());
+    }
+    if (failed(begun)) return -1;
     if (!listEntries(
             search, library::CONAFindNextFile, list, index,
             [&](const library::FileRecord& record, DirItem& item) { fillFile(folder, record, item); }))

@@ -79,13 +79,9 @@ class Writing {
         return failure;
     }
 
-    FailureNumber write(const Content& content) {
-        FailureNumber failure = noFailure;
-        if (access_ == platform::FileAccess::replace && !content.mark.empty())
-            failure = file_->write(content.mark.data(), content.mark.size());
-        if (failure == noFailure) failure = file_->write(content.bytes.data(), content.bytes.size());
-        return failure == noFailure ? file_->close() : failure;
-    }
+    // A failing step when not all of it can be written.
+    void put(const void* bytes, std::size_t count) { require(file_->write(bytes, count)); }
+    void finish() { require(file_->close()); }
 
   private:
     static platform::Files& files() { return currentPlatform().files(); }
@@ -128,14 +124,13 @@ void tellUser(TextView path, FailureNumber failure) {
     currentPlatform().windows().messageBox(message, okButton);
 }
 
-}  // namespace
-
-Long WriteFileContents(Text& path, TextView text, bool append, Long encoding, bool showError) {
+// Opens the file and lets `fill` write it; what it held before stays when any of that fails.
+template <class Fill>
+Long writeFile(Text& path, bool append, bool showError, Fill&& fill) {
     const RoutineLog log(u"WriteFileContents");
     if (path.empty()) return 0;
     Long result = -1;
     attempt([&] {
-        const Content content = contentOf(text, encoding);
         Writing writing(path, append);
         if (const FailureNumber failure = writing.open()) {
             raisePending(failure);
@@ -143,10 +138,30 @@ Long WriteFileContents(Text& path, TextView text, bool append, Long encoding, bo
             if (showError && !isOnDriveM(path)) tellUser(path, failure);
             return;
         }
-        require(writing.write(content));
+        fill(writing);
+        writing.finish();
         result = 0;
     });
     return result;
+}
+
+}  // namespace
+
+Long WriteFileContents(Text& path, TextView text, bool append, Long encoding, bool showError) {
+    return writeFile(path, append, showError, [&](Writing& writing) {
+        const Content content = contentOf(text, encoding);
+        if (!append && !content.mark.empty()) writing.put(content.mark.data(), content.mark.size());
+        writing.put(content.bytes.data(), content.bytes.size());
+    });
+}
+
+Long WriteFileBytes(Text& path, const ByteSource& next, bool showError) {
+    return writeFile(path, /*append=*/false, showError, [&](Writing& writing) {
+        constexpr std::size_t pieceSize = 1 << 20;
+        std::vector<std::uint8_t> piece(pieceSize);
+        while (const std::size_t count = next(piece))
+            writing.put(piece.data(), count);
+    });
 }
 
 }  // namespace ovno2::Files

@@ -7,6 +7,11 @@
 // by the contacts, the phone file transfer, the messages and the discovery.
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
 #include "platform/automation.h"
 #include "platform/files.h"
 #include "support/thread_state.h"
@@ -36,6 +41,10 @@ Text GetFileContents(TextView path, bool decode);
 // that hold `requiredText` (empty = all). `maximumBytes` above 0 reads one chunk of at most that size.
 Text GetFileContentsW(TextView path, bool decode, TextView requiredText = {}, Long maximumBytes = 0);
 
+// The whole file as it is, in one piece: what `GetFileContents` reads, for files too large to be held as
+// text. False, with `bytes` as they were, when there is no such file, or it cannot be read or held.
+bool GetFileBytes(TextView path, std::vector<std::uint8_t>& bytes);
+
 // Writes a text: `encoding` 2 is UTF-16 big-endian with mark, 3 the same without, 4 little-endian with mark,
 // anything else the ANSI code page. With one of the three a text that holds NUL characters is taken for the
 // bytes themselves. Missing folders are made, a hidden file is replaced and stays hidden. `path` comes back
@@ -43,6 +52,12 @@ Text GetFileContentsW(TextView path, bool decode, TextView requiredText = {}, Lo
 // "/" as "\", "?" as "_". 0 = written; -1 = failure, and what the file held before is still there.
 // `showError` tells the user, unless the path is on drive m:.
 Long WriteFileContents(Text& path, TextView text, bool append, Long encoding, bool showError);
+
+// Fills a piece with the next bytes and tells how many; 0 = no more. Throws when there are more that it
+// cannot get.
+using ByteSource = std::function<std::size_t(std::span<std::uint8_t> piece)>;
+// `WriteFileContents` of a byte string, not appending, for content that is not held as text.
+Long WriteFileBytes(Text& path, const ByteSource& next, bool showError);
 
 // Makes a folder with all that is missing above it. 0, 75, or the code of the folder above. A `subName`
 // leaves out the platform's call for whole trees.

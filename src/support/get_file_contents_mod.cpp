@@ -1,5 +1,7 @@
 #include "support/get_file_contents_mod.h"
 
+#include <algorithm>
+
 #include "support/attempt.h"
 #include "support/byte_table.h"
 
@@ -28,11 +30,13 @@ Text packed(TextView byteString, const ByteTable& table, std::size_t low) {
     return text;
 }
 
-// Text in a Western language has mostly zero bytes where the high bytes of big-endian UTF-16 stand.
-bool hasZeroBytes(TextView text) {
+// Text in a Western language has mostly zero bytes where the high bytes of big-endian UTF-16 stand. For a
+// byte string and for its bytes alike: codes up to 8 are the same on every page.
+template <class Codes>
+bool hasZeroBytes(const Codes& text) {
     constexpr std::size_t firstPosition = 5;  // positions count from 1
     constexpr std::size_t lastPosition = 21;
-    constexpr char16_t largestCode = 8;
+    constexpr unsigned largestCode = 8;
     if (text.size() < lastPosition) return false;
     for (std::size_t position = firstPosition; position <= lastPosition; position += 2)
         if (text[position - 1] > largestCode) return false;
@@ -66,6 +70,14 @@ Long ConvertFromUnicodeSub(Text& text) {
         }
     });
     return encoding;
+}
+
+bool isEncodedText(std::span<const std::uint8_t> bytes) {
+    const auto startsWith = [&](std::initializer_list<std::uint8_t> mark) {
+        return bytes.size() >= mark.size() && std::equal(mark.begin(), mark.end(), bytes.begin());
+    };
+    return startsWith({0xFE, 0xFF}) || startsWith({0xFF, 0xFE}) || startsWith({0xEF, 0xBB, 0xBF}) ||
+           hasZeroBytes(bytes);
 }
 
 }  // namespace ovno2::GetFileContentsMod

@@ -3,6 +3,9 @@
 // Keeps no state. The file readers call it for every file they decode. Nothing here throws.
 #pragma once
 
+#include <cstdint>
+#include <span>
+
 #include "platform/types.h"
 
 namespace ovno2::GetFileContentsMod {
@@ -17,5 +20,8 @@ inline constexpr Long littleEndianWithMark = 4;
 // text without a mark is UTF-16 when the characters 5, 7 ... 21 have codes of 8 or less. An odd last byte of
 // UTF-16 is dropped. When there is no memory for the result, the text stays as it is.
 Long ConvertFromUnicodeSub(Text& text);
+
+// Whether it would change the byte string of these bytes; what it leaves alone need not become a text.
+bool isEncodedText(std::span<const std::uint8_t> bytes);
 
 }  // namespace ovno2::GetFileContentsMod
