@@ -74,7 +74,48 @@ class ComDriver : public PhoneDriver {
         return static_cast<Long>(result);
     }
 
+    Long listFolder(const ListedPhone& phone, const Text& folder,
+                    std::vector<FolderEntry>& entries) override {
+        TextVariable model(phone.model);
+        const Bstr path(folder);
+        OwnedSafeArray items;
+        LONG result = -1;
+        module_->GetDirContents(model.address(), items.address(), path.get(), &result);
+        entries.clear();
+        for (const tDirItem& item : slotsOf<tDirItem>(items))
+            entries.push_back({textOf(item.DisplayName), textOf(item.Name), static_cast<Long>(item.Size),
+                               textOf(item.DateText), static_cast<Long>(item.Flags)});
+        return static_cast<Long>(result);
+    }
+    Long getFile(const Text& phonePath, const std::string& localFolder) override {
+        return withTexts(&_covNo2::GetFile, phonePath, fromUtf8(localFolder + '\\'));
+    }
+    Long putFile(const std::string& localFile, const Text& phoneFolder) override {
+        return withTexts(&_covNo2::PutFile, fromUtf8(localFile), phoneFolder);
+    }
+    Long renameFile(const Text& phonePath, const Text& newName) override {
+        return withTexts(&_covNo2::RenameFile, phonePath, newName);
+    }
+    Long deleteFile(const Text& phonePath) override { return withTexts(&_covNo2::DeleteFile, phonePath); }
+    Long renameFolder(const Text& phonePath, const Text& newName) override {
+        return withTexts(&_covNo2::RenameFolder, phonePath, newName);
+    }
+    Long createFolder(const Text& phonePath) override { return withTexts(&_covNo2::CreateFolder, phonePath); }
+    Long deleteFolder(const Text& phonePath) override { return withTexts(&_covNo2::DeleteFolder, phonePath); }
+    void endFiles() override {
+        LONG result = 0;
+        module_->EndFS(&result);
+    }
+
   private:
+    // Calls a member that takes texts by reference and returns a number.
+    template <class Member, class... Texts>
+    Long withTexts(Member member, const Texts&... texts) {
+        LONG result = -1;
+        (module_.operator->()->*member)(TextVariable(texts).address()..., &result);
+        return static_cast<Long>(result);
+    }
+
     std::string connectivityFolder_;
     ComPointer<_covNo2> module_;
 };

@@ -17,6 +17,8 @@ constexpr const char* examples = R"(Examples:
   ovphone list --format json                   the attached phones, for a program
   ovphone contacts --phone "Nokia N95"         one phone's phone book
   ovphone contacts --pictures photos > book    ... in full, with the pictures in a folder
+  ovphone files tree E:                        what lies on a drive of the phone
+  ovphone files get -r E:/Images photos        the phone's pictures into a folder
 
 Exit status: 0 done, 1 failed, 2 wrong usage.)";
 
@@ -45,6 +47,69 @@ void addPhoneOption(CLI::App& command, Options& options) {
         .add_option("--phone", options.phone,
                     "model, name or serial number, or a part of it (default: the first)")
         ->type_name("NAME|SERIAL");
+}
+
+constexpr const char* filesHelp =
+    R"(Phone paths begin with a drive or its label: E:/Images, "Memory card/Images"; / is the phone itself. In every
+part of a path * stands for any characters and ? for one; quote them, so that the shell leaves them alone.)";
+
+void addFilesCommand(CLI::App& app, Options& options, std::string& format) {
+    CLI::App* files = app.add_subcommand(
+        "files", "Browse the files of a phone, copy and change them; alone it shows the drives");
+    files->require_subcommand(0, 1);
+    files->callback([&options] { options.command = Command::files; });
+    files->footer(filesHelp);
+    FilesOptions& wanted = options.files;
+    const auto add = [&](const char* name, const char* description, FilesAction action) {
+        CLI::App* added = files->add_subcommand(name, description);
+        added->callback([&options, action] {
+            options.command = Command::files;
+            options.files.action = action;
+        });
+        added->footer(filesHelp);
+        addCommonOptions(*added, options, format);
+        addPhoneOption(*added, options);
+        return added;
+    };
+    const auto addPaths = [&](CLI::App* action, const char* name, const char* description, int fewest) {
+        CLI::Option* paths = action->add_option(name, wanted.paths, description);
+        paths->expected(fewest, CLI::detail::expected_max_vector_size);
+        if (fewest > 0) paths->required();
+    };
+    const auto addRecursive = [&](CLI::App* action, const char* description) {
+        action->add_flag("-r,--recursive", wanted.recursive, description);
+    };
+    const auto addForce = [&](CLI::App* action) {
+        action->add_flag("-f,--force", wanted.force, "overwrite files that are there and differ");
+    };
+
+    CLI::App* list = add("ls", "List folders and files", FilesAction::list);
+    addPaths(list, "PATH", "what to list (default: the drives)", 0);
+    addRecursive(list, "with all that is in the folders");
+    addPaths(add("tree", "Draw the tree of folders and files", FilesAction::tree), "PATH",
+             "where to begin (default: the phone itself)", 0);
+    CLI::App* get =
+        add("get", "Copy files from the phone; what is there already is skipped", FilesAction::get);
+    addPaths(get, "PATH... FOLDER",
+             "what to get, and the folder that it goes to, which is made when it is missing (with a single\n"
+             "path it may be left out: the current folder)",
+             1);
+    addRecursive(get, "folders with all that is in them");
+    addForce(get);
+    CLI::App* put = add("put", "Copy files to the phone; what is there already is skipped", FilesAction::put);
+    addPaths(put, "FILE... PATH", "what to put, and the phone's folder that it goes to", 2);
+    addRecursive(put, "folders with all that is in them");
+    addForce(put);
+    CLI::App* rename = add("mv", "Give a file or folder another name", FilesAction::rename);
+    addPaths(rename, "PATH NAME", "what to rename, and its new name in the same folder", 2);
+    CLI::App* remove = add("rm", "Delete files", FilesAction::remove);
+    addPaths(remove, "PATH", "what to delete", 1);
+    addRecursive(remove, "folders with all that is in them");
+    CLI::App* makeFolder = add("mkdir", "Make folders", FilesAction::makeFolder);
+    addPaths(makeFolder, "PATH", "the new folders", 1);
+    makeFolder->add_flag("-p,--parents", wanted.parents,
+                         "make the folders above, too; a folder that is there is no failure");
+    addPaths(add("rmdir", "Delete empty folders", FilesAction::removeFolder), "PATH", "what to delete", 1);
 }
 
 void addLogCommand(CLI::App& app, Options& options) {
@@ -106,6 +171,7 @@ std::optional<Options> parseCommandLine(const std::vector<std::string>& argument
                      "write the contacts' pictures to this folder, which is made when it is missing")
         ->type_name("DIR");
 
+    addFilesCommand(app, options, format);
     addCommand("doctor", "Say what is installed to reach phones with, what is missing and what to do",
                Command::doctor);
     addLogCommand(app, options);

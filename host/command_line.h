@@ -12,6 +12,7 @@ enum class Command {
     overview,
     list,
     contacts,
+    files,
     doctor,
     logState,
     logOn,
@@ -22,6 +23,16 @@ enum class Command {
 };
 enum class Format { table, json };
 
+enum class FilesAction { list, tree, get, put, rename, remove, makeFolder, removeFolder };
+
+struct FilesOptions {
+    FilesAction action = FilesAction::list;
+    std::vector<std::string> paths;  // in the order of the line
+    bool recursive = false;
+    bool force = false;
+    bool parents = false;  // a new folder's missing folders are made, too
+};
+
 struct Options {
     Command command = Command::overview;
     Format format = Format::table;
@@ -29,6 +40,7 @@ struct Options {
     std::string pictures;      // folder; empty = no pictures are kept
     std::string connectivity;  // folder or name of a provider of the connectivity library
     std::string phones;        // folder of phone images for the simulator
+    FilesOptions files;
     std::string logFile;
     int logLevel = 0;
     bool logTimestamps = false;

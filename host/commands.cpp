@@ -5,13 +5,15 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "host/attached_phones.h"
+#include "host/command_output.h"
 #include "host/console.h"
 #include "host/contact_output.h"
 #include "host/doctor.h"
 #include "host/exit_status.h"
 #include "host/field_table.h"
+#include "host/files/files_command.h"
 #include "host/log_switch.h"
-#include "host/phone_choice.h"
 #include "host/phone_output.h"
 #include "host/progress.h"
 #include "host/result_messages.h"
@@ -22,23 +24,6 @@ namespace ovno2::host {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Ends the command with an exit status; the message, unless it is empty, goes to the user.
-struct CommandFailure {
-    int status;
-    std::string message;
-};
-
-// The folder that --connectivity means: a folder, or the name of one beside the program.
-std::string connectivityFolder(const std::string& given) {
-    if (given.empty()) return {};
-    const fs::path program = console::programFolder();
-    for (const fs::path& folder : {fs::path(console::pathOf(given)), program / console::pathOf(given),
-                                   program / ".." / console::pathOf(given)})
-        if (fs::is_directory(folder)) return console::textOf(fs::canonical(folder));
-    throw CommandFailure{wrongUsage, "--connectivity: there is no folder \"" + given +
-                                         "\", neither as it stands nor beside this program."};
-}
 
 // Where pictures go: the folder that the user names, or one that is removed afterwards, since the phone's
 // pictures come with the contacts in any case.
@@ -71,53 +56,22 @@ class PictureFolder {
     fs::path path_;
 };
 
-void write(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-}
-
-void note(const std::string& text) {
-    std::fflush(stdout);
-    std::fputs((text + "\n").c_str(), stderr);
-}
-
-constexpr const char* moreInAFile = "a wider terminal, a file or --format json";
-
-// `width` counts where there is no terminal, 0 = in full; `where` tells what shows the columns that found no
-// room.
-void writeTable(const Table& table, std::size_t width = 0, const char* where = moreInAFile) {
-    std::size_t leftOut = 0;
-    write(table.render(console::outputIsTerminal() ? console::terminalWidth() : width, &leftOut));
-    if (leftOut != 0)
-        note("(" + std::to_string(leftOut) + " more " + (leftOut == 1 ? "column does" : "columns do") +
-             " not fit; " + where + " shows everything.)");
-}
-
-std::unique_ptr<PhoneDriver> openDriver(const Options& options) {
-    if (!options.phones.empty())
-        console::setEnvironment("OVNO2_PHONES",
-                                console::textOf(fs::absolute(console::pathOf(options.phones))));
-    return makePhoneDriver({connectivityFolder(options.connectivity)});
-}
-
 // The commands on attached phones.
 class Session {
   public:
-    explicit Session(const Options& options) : options_(options), driver_(openDriver(options)) {
-        const Long result = driver_->listPhones(phones_);
-        if (result < 0) throw CommandFailure{failed, resultMessage(Operation::listPhones, result)};
-    }
+    explicit Session(const Options& options) : options_(options), phones_(options) {}
 
     void list() {
         if (options_.format == Format::json)
-            write(phonesAsJson(phones_));
-        else if (phones_.empty())
+            write(phonesAsJson(phones_.all()));
+        else if (phones_.all().empty())
             note("No phone is attached.");
         else
-            writeTable(phonesAsTable(phones_));
+            writeTable(phonesAsTable(phones_.all()));
     }
 
     void contacts() {
-        const std::vector<Contact> book = readContacts(chosenPhone());
+        const std::vector<Contact> book = readContacts(phones_.chosen());
         const bool pictures = !options_.pictures.empty();
         if (options_.format == Format::json)
             write(contactsAsJson(book, pictures));
@@ -128,14 +82,14 @@ class Session {
     }
 
     void overview() {
-        const ListedPhone& phone = chosenPhone();
+        const ListedPhone& phone = phones_.chosen();
         if (options_.format == Format::table) {
             write("Attached phones\n\n");
             list();
         }
         const std::vector<Contact> book = readContacts(phone);
         if (options_.format == Format::json) {
-            write("{\"phones\": " + phonesAsJson(phones_) +
+            write("{\"phones\": " + phonesAsJson(phones_.all()) +
                   ",\n\"contacts\": " + contactsAsJson(book, false) + "}\n");
             return;
         }
@@ -147,23 +101,13 @@ class Session {
     }
 
   private:
-    const ListedPhone& chosenPhone() const {
-        const PhoneChoice choice = choosePhone(phones_, fromUtf8(options_.phone));
-        if (!choice.phone) throw CommandFailure{failed, choice.message};
-        return *choice.phone;
-    }
-
-    static std::string titleOf(const ListedPhone& phone) {
-        return toUtf8(phone.model.empty() ? phone.serial : phone.model);
-    }
-
     std::vector<Contact> readContacts(const ListedPhone& phone) {
         const PictureFolder pictures(options_.pictures);
         std::vector<Contact> contacts;
         Long result = 0;
         {
             ProgressBar progress("the contacts of " + titleOf(phone), console::errorIsTerminal());
-            result = driver_->readContacts(
+            result = phones_.driver().readContacts(
                 phone, fieldDefinitions(), pictures.path(), [&](Long value) { progress.advanceTo(value); },
                 contacts);
         }
@@ -173,8 +117,7 @@ class Session {
     }
 
     const Options& options_;
-    std::unique_ptr<PhoneDriver> driver_;
-    std::vector<ListedPhone> phones_;
+    AttachedPhones phones_;
 };
 
 void doctor(const Options& options) {
@@ -264,6 +207,9 @@ void run(const Options& options) {
             break;
         case Command::contacts:
             Session(options).contacts();
+            break;
+        case Command::files:
+            runFilesCommand(options);
             break;
         case Command::doctor:
             doctor(options);

@@ -31,6 +31,15 @@ struct Contact {
     Text uid;     // pairs of upper-case hexadecimal digits
 };
 
+// An entry of a phone's folder.
+struct FolderEntry {
+    Text shownName;  // a folder's label or name in square brackets, a file's name
+    Text name;
+    Long size = 0;   // of a file, in bytes; what passes 31 bits is negative
+    Text dateText;   // of a file: local time in the user's form, midnight omitted
+    Long flags = 0;  // see phonefs/dir_item.h
+};
+
 struct SoftwareReport {
     bool newEnough = false;     // the desktop software is there, and not too old
     Single suiteVersion = 0;    // 0 = none found
@@ -56,6 +65,25 @@ class PhoneDriver {
     virtual Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
                               const std::function<void(Long value)>& progress,
                               std::vector<Contact>& contacts) = 0;
+
+    // The phone's files. Phone paths are "E:\Images"; an empty one is the phone itself, whose folders are the
+    // drives. Listing opens the session with the phone, and the other operations work on the phone that was
+    // listed last.
+
+    // `entries` gets the folders, then the files; also those that were listed before a failure.
+    virtual Long listFolder(const ListedPhone& phone, const Text& folder,
+                            std::vector<FolderEntry>& entries) = 0;
+    // `localFolder` is an absolute path; the file arrives there under the name it has on the phone. 0 does
+    // not say that it could be written.
+    virtual Long getFile(const Text& phonePath, const std::string& localFolder) = 0;
+    virtual Long putFile(const std::string& localFile, const Text& phoneFolder) = 0;
+    virtual Long renameFile(const Text& phonePath, const Text& newName) = 0;
+    virtual Long deleteFile(const Text& phonePath) = 0;  // 1 = deleted
+    virtual Long renameFolder(const Text& phonePath, const Text& newName) = 0;
+    virtual Long createFolder(
+        const Text& phonePath) = 0;  // what follows the last "." of its name is left out
+    virtual Long deleteFolder(const Text& phonePath) = 0;  // 1 = deleted
+    virtual void endFiles() = 0;                           // closes the session
 };
 
 // The driver cannot be had at all; `what` says why and what to do, in UTF-8.

@@ -5,40 +5,14 @@
 #include "host/driver.h"
 #include "platform/portable/libraries.h"
 #include "support/current_platform.h"
+#include "support/progress_object.h"
 #include "support/utf8.h"
-#include "support/values.h"
 
 namespace ovno2::host {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// The progress control: one number that the module raises.
-class ProgressControl : public platform::AutomationObject {
-  public:
-    explicit ProgressControl(const std::function<void(Long)>& changed) : changed_(changed) {}
-
-    Variant get(TextView property, std::span<const Variant>) override {
-        if (!equalsIgnoringCase(property, u"value")) throw RuntimeFailure(memberNotSupported);
-        return value_;
-    }
-    void put(TextView property, const Variant& value, std::span<const Variant>) override {
-        if (!equalsIgnoringCase(property, u"value")) throw RuntimeFailure(memberNotSupported);
-        if (const Long* number = std::get_if<Long>(&value))
-            value_ = *number;
-        else if (const double* fraction = std::get_if<double>(&value))
-            value_ = roundHalfToEven(*fraction);
-        else
-            throw RuntimeFailure(typeMismatch);
-        changed_(value_);
-    }
-    Variant call(TextView, std::span<const Variant>) override { throw RuntimeFailure(memberNotSupported); }
-
-  private:
-    const std::function<void(Long)>& changed_;
-    Long value_ = 0;
-};
 
 class NativeDriver : public PhoneDriver {
   public:
@@ -76,7 +50,7 @@ class NativeDriver : public PhoneDriver {
         HostArray<AdrItem> items;
         const Long result = module_.NokiaGetAddressBookItems(model, serial, phonebook, items, fields, groups,
                                                              fromUtf8(pictures + '/'),
-                                                             std::make_shared<ProgressControl>(progress));
+                                                             std::make_shared<ProgressObject>(progress));
         contacts.clear();
         // The first contact stands at index 1 of an array that had no elements.
         for (std::size_t i = 1; i < items.size(); ++i) {
@@ -85,6 +59,52 @@ class NativeDriver : public PhoneDriver {
         }
         return result;
     }
+
+    Long listFolder(const ListedPhone& phone, const Text& folder,
+                    std::vector<FolderEntry>& entries) override {
+        Text model = phone.model;
+        HostArray<DirItem> items;
+        const Long result = module_.GetDirContents(model, items, folder);
+        entries.clear();
+        entries.reserve(items.size());
+        for (DirItem& item : items.elements())
+            entries.push_back({std::move(item.DisplayName), std::move(item.Name), item.Size,
+                               std::move(item.DateText), item.Flags});
+        return result;
+    }
+    Long getFile(const Text& phonePath, const std::string& localFolder) override {
+        Text path = phonePath;
+        Text folder = fromUtf8(localFolder + '/');
+        return module_.GetFile(path, folder);
+    }
+    Long putFile(const std::string& localFile, const Text& phoneFolder) override {
+        Text path = fromUtf8(localFile);
+        Text folder = phoneFolder;
+        return module_.PutFile(path, folder);
+    }
+    Long renameFile(const Text& phonePath, const Text& newName) override {
+        Text path = phonePath;
+        Text name = newName;
+        return module_.RenameFile(path, name);
+    }
+    Long deleteFile(const Text& phonePath) override {
+        Text path = phonePath;
+        return module_.DeleteFile(path);
+    }
+    Long renameFolder(const Text& phonePath, const Text& newName) override {
+        Text path = phonePath;
+        Text name = newName;
+        return module_.RenameFolder(path, name);
+    }
+    Long createFolder(const Text& phonePath) override {
+        Text path = phonePath;
+        return module_.CreateFolder(path);
+    }
+    Long deleteFolder(const Text& phonePath) override {
+        Text path = phonePath;
+        return module_.DeleteFolder(path);
+    }
+    void endFiles() override { module_.EndFS(); }
 
   private:
     std::string connectivityFolder_;

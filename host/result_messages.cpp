@@ -12,7 +12,7 @@ namespace {
 struct ResultMessage {
     std::optional<Operation> operation;  // none = the code means the same everywhere
     std::uint32_t result;
-    const char* text;  // "%" stands for the phone
+    const char* text;  // "%" stands for the phone, "$" for the file or folder
 };
 
 constexpr std::uint32_t step(Long number) {
@@ -45,6 +45,35 @@ constexpr ResultMessage messages[] = {
     {Operation::readContacts, step(-5),
      "% is busy: another program is working with it. Close that program, or wait until it is done, and "
      "retry."},
+    {Operation::openFiles, step(-1),
+     "% did not open its files. It may be locked, busy with another program, attached as a USB drive, or no "
+     "longer "
+     "attached; see to that and retry."},
+    {Operation::listFolder, step(-1),
+     "% did not list $. The connection may be lost: check the cable or the reception and retry."},
+    {Operation::getFile, step(-1), "% did not open its files. Attach it again and retry."},
+    {Operation::getFile, step(-2),
+     "% did not hand out $. Another program on the phone may have it open, or it was removed meanwhile."},
+    {Operation::putFile, step(-1), "% did not open its files. Attach it again and retry."},
+    {Operation::putFile, step(-2), "% has no such folder any more."},
+    {Operation::putFile, step(-3),
+     "% did not take $. Its memory may be full, or the name too long or with characters that the phone does "
+     "not "
+     "take."},
+    {Operation::renameEntry, step(-1), "% did not find the folder of $ any more."},
+    {Operation::renameEntry, step(-2),
+     "% did not rename $. It may be read-only or in use, or the new name too long or with characters that "
+     "the phone "
+     "does not take."},
+    {Operation::deleteFile, step(-1), "% did not find the folder of $ any more."},
+    {Operation::deleteFile, step(-2), "% did not delete $. It may be read-only or in use."},
+    {Operation::createFolder, step(-1), "% did not find the folder above $."},
+    {Operation::createFolder, step(-2),
+     "% did not make $. Its memory may be full or read-only, or the name too long or with characters that "
+     "the phone "
+     "does not take."},
+    {Operation::deleteFolder, step(-1), "% did not find the folder above $ any more."},
+    {Operation::deleteFolder, step(-2), "% did not delete $. It may be read-only or in use."},
     {{}, 0x80100004, "The connection to % was closed. Attach the phone again and retry."},
     {{},
      0x80100014,
@@ -69,7 +98,9 @@ constexpr ResultMessage messages[] = {
      "The connectivity service failed, three times over. Start the connectivity software again and retry."},
 };
 
-std::string filled(std::string text, const std::string& phone) {
+std::string filled(std::string text, const std::string& phone, const std::string& subject) {
+    const std::size_t subjectPlace = text.find('$');
+    if (subjectPlace != std::string::npos) text.replace(subjectPlace, 1, subject);
     const std::size_t place = text.find('%');
     const char* unnamed = place == 0 ? "The phone" : "the phone";
     if (place != std::string::npos) text.replace(place, 1, phone.empty() ? unnamed : phone);
@@ -78,11 +109,12 @@ std::string filled(std::string text, const std::string& phone) {
 
 }  // namespace
 
-std::string resultMessage(Operation operation, Long result, const std::string& phone) {
+std::string resultMessage(Operation operation, Long result, const std::string& phone,
+                          const std::string& subject) {
     const auto code = static_cast<std::uint32_t>(result);
     for (const ResultMessage& message : messages)
         if (message.result == code && (!message.operation || *message.operation == operation))
-            return filled(message.text, phone);
+            return filled(message.text, phone, subject);
     if (result > -1000) return "The operation failed with result " + std::to_string(result) + ".";
     return "The connectivity library reported error 0x" + toUtf8(hexText(code)) + ".";
 }

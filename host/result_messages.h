@@ -7,10 +7,22 @@
 
 namespace ovno2::host {
 
-enum class Operation { listPhones, readContacts };
+enum class Operation {
+    listPhones,
+    readContacts,
+    openFiles,
+    listFolder,
+    getFile,
+    putFile,
+    renameEntry,
+    deleteFile,
+    createFolder,
+    deleteFolder
+};
 
-// For a result below 0; `phone` names the phone in messages about one. UTF-8, without a line break at the
-// end.
-std::string resultMessage(Operation operation, Long result, const std::string& phone = {});
+// For a result below 0; `phone` names the phone in messages about one, `subject` the file or folder in
+// messages about one. UTF-8, without a line break at the end.
+std::string resultMessage(Operation operation, Long result, const std::string& phone = {},
+                          const std::string& subject = {});
 
 }  // namespace ovno2::host

@@ -1,0 +1,48 @@
+#include "host/files/file_report.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "host/command_output.h"
+
+namespace ovno2::host {
+
+void FileReport::add(FileResult result) {
+    if (result.outcome == Outcome::failure) say(result.message);
+    results_.push_back(std::move(result));
+}
+
+void FileReport::say(const std::string& message) {
+    if (progress_) progress_->hide();
+    note("ovphone: " + message);
+}
+
+std::size_t FileReport::count(Outcome outcome) const {
+    return static_cast<std::size_t>(std::ranges::count(results_, outcome, &FileResult::outcome));
+}
+
+std::string FileReport::asJson(const char* verb) const {
+    std::string text = "[";
+    for (const FileResult& result : results_) {
+        nlohmann::ordered_json object;
+        object["path"] = result.path;
+        if (!result.local.empty()) object["local"] = result.local;
+        object["result"] = result.outcome == Outcome::success ? verb
+                           : result.outcome == Outcome::equal ? "equal"
+                                                              : "failed";
+        if (result.outcome == Outcome::success && result.bytes != 0) object["bytes"] = result.bytes;
+        if (!result.message.empty()) object["message"] = result.message;
+        text += (text.size() == 1 ? "\n" : ",\n") +
+                object.dump(/*indent=*/-1, /*indent_char=*/' ', /*ensure_ascii=*/false,
+                            nlohmann::ordered_json::error_handler_t::replace);
+    }
+    return text + (results_.empty() ? "]\n" : "\n]\n");
+}
+
+void requireConnection(const PhoneFiles& phone, const Text& folder) {
+    if (phone.tryToList(folder)) return;
+    throw ConnectionLost{"The connection to " + phone.phoneTitle() +
+                         " was lost. Attach it again and repeat the command."};
+}
+
+}  // namespace ovno2::host

@@ -1,0 +1,378 @@
+#include "host/files/files_command.h"
+
+#include <algorithm>
+#include <set>
+
+#include "host/attached_phones.h"
+#include "host/command_output.h"
+#include "host/console.h"
+#include "host/exit_status.h"
+#include "host/files/download.h"
+#include "host/files/files_output.h"
+#include "host/files/phone_path.h"
+#include "host/files/upload.h"
+#include "host/result_messages.h"
+#include "support/utf8.h"
+#include "support/values.h"
+
+namespace ovno2::host {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string counted(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " file" : " files");
+}
+
+// The local files and folders that a word of the line means. A shell has expanded wildcards already; where it
+// does not, the last part of the path may have some.
+std::vector<fs::path> localPaths(const std::string& typed) {
+    fs::path path = fs::absolute(console::pathOf(typed)).lexically_normal();
+    if (!path.has_filename()) path = path.parent_path();
+    if (fs::exists(path)) return {path};
+    std::vector<fs::path> found;
+    const Text pattern = fromUtf8(console::textOf(path.filename()));
+    if (hasWildcard(pattern) && fs::is_directory(path.parent_path()))
+        for (const auto& entry : fs::directory_iterator(path.parent_path()))
+            if (matchesWildcard(pattern, fromUtf8(console::textOf(entry.path().filename()))))
+                found.push_back(entry.path());
+    if (found.empty()) throw CommandFailure{failed, "There is no file or folder \"" + typed + "\"."};
+    std::ranges::sort(found);
+    return found;
+}
+
+class FilesCommand {
+  public:
+    explicit FilesCommand(const Options& options)
+        : options_(options),
+          wanted_(options.files),
+          phones_(options),
+          phone_(phones_.driver(), phones_.all(), phones_.chosen()) {}
+
+    void run() {
+        switch (wanted_.action) {
+            case FilesAction::list:
+                list();
+                break;
+            case FilesAction::tree:
+                tree();
+                break;
+            case FilesAction::get:
+                get();
+                break;
+            case FilesAction::put:
+                put();
+                break;
+            case FilesAction::rename:
+                rename();
+                break;
+            case FilesAction::remove:
+                change("deleted", &FilesCommand::remove);
+                break;
+            case FilesAction::makeFolder:
+                change("made", &FilesCommand::makeFolder);
+                break;
+            case FilesAction::removeFolder:
+                change("deleted", &FilesCommand::removeFolder);
+                break;
+        }
+    }
+
+  private:
+    bool asJson() const { return options_.format == Format::json; }
+
+    std::vector<std::string> pathsOr(const char* none) const {
+        return wanted_.paths.empty() ? std::vector<std::string>{none} : wanted_.paths;
+    }
+
+    void list() {
+        std::vector<PhoneEntry> all;
+        Text from;
+        bool wholePaths = pathsOr("/").size() > 1;
+        for (const std::string& typed : pathsOr("/")) {
+            const std::vector<PhoneEntry> found = phone_.find(typed);
+            const bool goesIn = found.size() == 1 && found[0].isFolder;
+            wholePaths = wholePaths || !goesIn;
+            for (const PhoneEntry& entry : found) {
+                if (!goesIn) all.push_back(entry);
+                if (!entry.isFolder || (!goesIn && !wanted_.recursive)) continue;
+                from = entry.path;
+                if (wanted_.recursive)
+                    phone_.walk(entry,
+                                [&](const PhoneEntry& below, std::size_t, bool) { all.push_back(below); });
+                else
+                    std::ranges::move(phone_.list(entry.path), std::back_inserter(all));
+            }
+        }
+        if (asJson())
+            write(entriesAsJson(all));
+        else if (all.empty())
+            note("The folder is empty.");
+        else
+            writeTable(entriesAsTable(all, from, wholePaths));
+    }
+
+    void tree() {
+        std::string text;
+        for (const std::string& typed : pathsOr("/"))
+            for (const PhoneEntry& top : phone_.find(typed))
+                if (asJson())
+                    text += (text.empty() ? "" : ",\n") + treeAsJson(phone_, top);
+                else
+                    text += (text.empty() ? "" : "\n") + treeAsText(phone_, top);
+        write(asJson() && wanted_.paths.size() > 1 ? "[" + text + "]\n" : text);
+    }
+
+    void get() {
+        std::vector<std::string> sources = wanted_.paths;
+        std::string target = ".";
+        if (sources.size() > 1) {
+            target = sources.back();
+            sources.pop_back();
+        }
+        std::vector<PhoneEntry> entries;
+        for (const std::string& typed : sources)
+            std::ranges::move(phone_.find(typed), std::back_inserter(entries));
+        requireRecursive(entries, "gets");
+        Download download(phone_, fs::absolute(console::pathOf(target)).lexically_normal(), wanted_.force);
+        for (const PhoneEntry& entry : entries)
+            download.add(entry);
+        transfer(download);
+    }
+
+    void put() {
+        const PhoneEntry target = phone_.findOne(wanted_.paths.back());
+        if (!target.isFolder)
+            throw CommandFailure{failed,
+                                 toUtf8(target.path) + " is a file; name the folder that the files go to."};
+        if (target.isPhone())
+            throw CommandFailure{
+                failed, "Files go to a drive or a folder on it; \"ovphone files ls\" shows the drives."};
+        Upload upload(phone_, target, wanted_.force);
+        for (std::size_t i = 0; i + 1 < wanted_.paths.size(); ++i)
+            for (const fs::path& local : localPaths(wanted_.paths[i])) {
+                if (fs::is_directory(local) && !wanted_.recursive)
+                    throw CommandFailure{failed, "\"" + console::textOf(local) +
+                                                     "\" is a folder; -r puts it with all that is in it."};
+                upload.add(local);
+            }
+        transfer(upload);
+    }
+
+    void requireRecursive(const std::vector<PhoneEntry>& entries, const char* does) const {
+        for (const PhoneEntry& entry : entries)
+            if (entry.isFolder && !wanted_.recursive)
+                throw CommandFailure{failed, (entry.isPhone() ? phone_.phoneTitle() : toUtf8(entry.path)) +
+                                                 " is a folder; -r " + does + " it with all that is in it."};
+    }
+
+    template <class Transfer>
+    void transfer(Transfer& files) {
+        std::string lost;
+        TransferProgress progress(files.totalBytes(), console::errorIsTerminal());
+        FileReport report(&progress);
+        try {
+            files.run(report, progress);
+        } catch (const ConnectionLost& failure) {
+            lost = failure.message;
+        }
+        progress.hide();
+        const double seconds = progress.seconds();
+        const std::uint64_t bytes = progress.bytesCopied();
+        if (asJson()) {
+            write(report.asJson("copied"));
+        } else {
+            std::string text = counted(report.count(Outcome::success)) + " copied (" + sizeText(bytes);
+            if (bytes != 0 && seconds > 0)
+                text +=
+                    ", " + sizeText(static_cast<std::uint64_t>(static_cast<double>(bytes) / seconds)) + "/s";
+            text += ")";
+            if (const std::size_t equal = report.count(Outcome::equal))
+                text += ", " + std::to_string(equal) + " already there";
+            if (const std::size_t wrong = report.count(Outcome::failure))
+                text += ", " + std::to_string(wrong) + " failed";
+            write(text + ".\n");
+        }
+        if (!lost.empty()) throw CommandFailure{failed, lost};
+        if (report.count(Outcome::failure) != 0) throw CommandFailure{failed, {}};
+    }
+
+    // Carries out one change for every path of the line.
+    void change(const char* verb, void (FilesCommand::*carryOut)(const std::string&, FileReport&)) {
+        FileReport report;
+        std::string lost;
+        try {
+            for (const std::string& typed : wanted_.paths) {
+                try {
+                    (this->*carryOut)(typed, report);
+                } catch (const CommandFailure& failure) {
+                    if (failure.status != failed) throw;
+                    report.add({typed, {}, Outcome::failure, 0, failure.message});
+                }
+            }
+        } catch (const ConnectionLost& failure) {
+            lost = failure.message;
+        }
+        if (asJson()) write(report.asJson(verb));
+        if (!lost.empty()) throw CommandFailure{failed, lost};
+        if (report.count(Outcome::failure) != 0) throw CommandFailure{failed, {}};
+    }
+
+    // Adds what became of an entry to the report.
+    void tell(const PhoneEntry& entry, Operation operation, Long result, FileReport& report) {
+        const std::string path = toUtf8(entry.path);
+        if (result >= 0) {
+            report.add({path, {}, Outcome::success, 0, {}});
+            return;
+        }
+        requireConnection(phone_, folderOf(entry.path));
+        report.add(
+            {path, {}, Outcome::failure, 0, resultMessage(operation, result, phone_.phoneTitle(), path)});
+    }
+
+    void removeEntry(const PhoneEntry& entry, FileReport& report) {
+        if (!canStandInAPath(entry.name))
+            report.add(
+                {toUtf8(entry.path), {}, Outcome::failure, 0, toUtf8(entry.path) + ": no path can name it."});
+        else if (entry.isReadOnly)
+            report.add({toUtf8(entry.path),
+                        {},
+                        Outcome::failure,
+                        0,
+                        toUtf8(entry.path) + " is read-only on the phone and stays."});
+        else if (entry.isFolder)
+            tell(entry, Operation::deleteFolder, phone_.driver().deleteFolder(modulePath(entry.path)),
+                 report);
+        else
+            tell(entry, Operation::deleteFile, phone_.driver().deleteFile(modulePath(entry.path)), report);
+    }
+
+    void requireNoDrive(const PhoneEntry& entry) const {
+        if (entry.isPhone() || entry.isDrive())
+            throw CommandFailure{failed, (entry.isPhone() ? phone_.phoneTitle() : toUtf8(entry.path)) +
+                                             " is a drive and stays as it is."};
+    }
+
+    void remove(const std::string& typed, FileReport& report) {
+        const std::vector<PhoneEntry> found = phone_.find(typed);
+        requireRecursive(found, "deletes");
+        for (const PhoneEntry& entry : found) {
+            requireNoDrive(entry);
+            if (!removed_.insert(entry.path).second) continue;
+            std::vector<PhoneEntry> all{entry};
+            if (entry.isFolder)
+                phone_.walk(entry, [&](const PhoneEntry& below, std::size_t, bool) { all.push_back(below); });
+            // What is in a folder goes before it; a folder in which something stays does, too.
+            std::set<Text> staying;
+            for (auto one = all.rbegin(); one != all.rend(); ++one) {
+                const std::size_t before = report.count(Outcome::failure);
+                if (staying.contains(one->path))
+                    report.add({toUtf8(one->path),
+                                {},
+                                Outcome::failure,
+                                0,
+                                toUtf8(one->path) + " is not empty and stays."});
+                else
+                    removeEntry(*one, report);
+                if (report.count(Outcome::failure) != before) staying.insert(folderOf(one->path));
+            }
+        }
+    }
+
+    void removeFolder(const std::string& typed, FileReport& report) {
+        for (const PhoneEntry& entry : phone_.find(typed)) {
+            requireNoDrive(entry);
+            const std::string path = toUtf8(entry.path);
+            if (!entry.isFolder)
+                report.add({path, {}, Outcome::failure, 0, path + " is a file; rm deletes it."});
+            else if (!phone_.list(entry.path).empty())
+                report.add({path,
+                            {},
+                            Outcome::failure,
+                            0,
+                            path + " is not empty; rm -r deletes it with all that is in it."});
+            else
+                removeEntry(entry, report);
+        }
+    }
+
+    void makeFolder(const std::string& typed, FileReport& report) {
+        const std::vector<Text> parts = partsOfPhonePath(typed);
+        if (parts.size() < 2)
+            throw CommandFailure{
+                failed, "\"" + typed + "\": new folders are made on a drive, as in \"E:/" + typed + "\"."};
+        PhoneEntry folder = phone_.findOne(toUtf8(parts.front()));
+        for (std::size_t i = 1; i < parts.size(); ++i) {
+            const std::vector<PhoneEntry> entries = phone_.list(folder.path);
+            const auto there = std::ranges::find_if(
+                entries, [&](const PhoneEntry& entry) { return equalsIgnoringCase(entry.name, parts[i]); });
+            const bool isLast = i + 1 == parts.size();
+            if (there != entries.end()) {
+                if (!there->isFolder || (isLast && !wanted_.parents))
+                    throw CommandFailure{failed, toUtf8(there->path) + " is there already" +
+                                                     (there->isFolder ? "." : ", as a file.")};
+                folder = *there;
+                continue;
+            }
+            if (!isLast && !wanted_.parents)
+                throw CommandFailure{failed, "There is no folder " + toUtf8(folder.path + u"/" + parts[i]) +
+                                                 "; -p makes it, too."};
+            PhoneEntry made;
+            made.path = folder.path + u"/" + parts[i];
+            made.name = parts[i];
+            made.isFolder = true;
+            // The driver leaves out what follows the last dot.
+            const Text asked = parts[i].find(u'.') == Text::npos ? made.path : made.path + u".";
+            const Long result = phone_.driver().createFolder(modulePath(asked));
+            tell(made, Operation::createFolder, result, report);
+            if (result < 0) return;
+            folder = made;
+        }
+    }
+
+    void rename() {
+        const PhoneEntry entry = phone_.findOne(wanted_.paths[0]);
+        requireNoDrive(entry);
+        const std::string& typed = wanted_.paths[1];
+        const std::vector<Text> parts = partsOfPhonePath(typed);
+        if (wanted_.paths.size() > 2 || parts.empty())
+            throw CommandFailure{wrongUsage, "mv takes one path and the new name."};
+        const Text& name = parts.back();
+        // A whole path may stand for the name as long as it stays in the folder.
+        if (parts.size() > 1) {
+            const PhoneEntry folder = phone_.findOne(typed.substr(0, typed.find_last_of("/\\")));
+            if (folder.path != folderOf(entry.path))
+                throw CommandFailure{failed,
+                                     "A phone renames within a folder only. Use get, put and rm to move " +
+                                         toUtf8(entry.path) + "."};
+        }
+        for (const PhoneEntry& other : phone_.list(folderOf(entry.path)))
+            if (equalsIgnoringCase(other.name, name) && other.path != entry.path)
+                throw CommandFailure{
+                    failed, toUtf8(other.path) + " is there already. Delete it or choose another name."};
+        const Text path = modulePath(entry.path);
+        Long result = entry.isFolder ? phone_.driver().renameFolder(path, name)
+                                     : phone_.driver().renameFile(path, name);
+        // For a folder the driver passes on the library's own status, which says nothing that a person knows.
+        if (result != 0 && result != -1) result = -2;
+        FileReport report;
+        tell(entry, Operation::renameEntry, result, report);
+        if (asJson()) write(report.asJson("renamed"));
+        if (result < 0) throw CommandFailure{failed, {}};
+    }
+
+    const Options& options_;
+    const FilesOptions& wanted_;
+    AttachedPhones phones_;
+    PhoneFiles phone_;
+    std::set<Text> removed_;
+};
+
+}  // namespace
+
+void runFilesCommand(const Options& options) {
+    FilesCommand(options).run();
+}
+
+}  // namespace ovno2::host

@@ -1,0 +1,136 @@
+#include "host/files/files_output.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "host/display_width.h"
+#include "host/files/transfer_progress.h"
+#include "support/utf8.h"
+
+namespace ovno2::host {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string isoTime(std::chrono::sys_seconds time) {
+    const auto day = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(time - day);
+    std::array<char, 40> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
+    return text.data();
+}
+
+Json asJson(const PhoneEntry& entry) {
+    Json object;
+    object["path"] = toUtf8(entry.path);
+    object["name"] = toUtf8(entry.name);
+    object["kind"] = entry.isDrive() ? "drive" : entry.isFolder ? "folder" : "file";
+    if (!entry.label.empty()) object["label"] = toUtf8(entry.label);
+    if (!entry.isFolder) object["size"] = entry.size;
+    if (entry.changed) object["changed"] = isoTime(*entry.changed);
+    if (entry.isReadOnly) object["readOnly"] = true;
+    if (entry.isSpecial) object["special"] = true;
+    return object;
+}
+
+Text notesOn(const PhoneEntry& entry) {
+    Text notes = entry.label;
+    if (entry.isReadOnly) notes += notes.empty() ? u"read-only" : u", read-only";
+    if (entry.isSpecial) notes += notes.empty() ? u"system" : u", system";
+    return notes;
+}
+
+std::string counted(std::size_t count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::string titleOf(const PhoneFiles& phone, const PhoneEntry& top) {
+    std::string title = top.isPhone() ? phone.phoneTitle() : toUtf8(singleLine(top.path));
+    if (!top.label.empty()) title += " (" + toUtf8(singleLine(top.label)) + ")";
+    return title;
+}
+
+}  // namespace
+
+std::string entriesAsJson(std::span<const PhoneEntry> entries) {
+    std::string text = "[";
+    for (const PhoneEntry& entry : entries)
+        text += (text.size() == 1 ? "\n" : ",\n") + asJson(entry).dump();
+    return text + (entries.empty() ? "]\n" : "\n]\n");
+}
+
+Table entriesAsTable(std::span<const PhoneEntry> entries, const Text& namedFrom, bool wholePaths) {
+    std::size_t digits = 0;
+    for (const PhoneEntry& entry : entries)
+        digits = std::max(digits, std::to_string(entry.size).size());
+    Table table({u"Name", Text(digits > 4 ? digits - 4 : 0, u' ') + u"Size", u"Changed", u"Notes"});
+    digits = std::max<std::size_t>(digits, 4);
+    for (const PhoneEntry& entry : entries) {
+        Text name = entry.path;
+        if (!wholePaths && !namedFrom.empty()) name.erase(0, namedFrom.size() + 1);
+        const Text size = entry.isFolder ? Text() : fromUtf8(std::to_string(entry.size));
+        table.addRow({entry.isFolder && !entry.isDrive() ? name + u"/" : name,
+                      entry.isFolder ? Text() : Text(digits - size.size(), u' ') + size, entry.changedText,
+                      notesOn(entry)});
+    }
+    return table;
+}
+
+std::string treeAsText(const PhoneFiles& phone, const PhoneEntry& top) {
+    std::string text = titleOf(phone, top) + "\n";
+    std::vector<bool> goesOn;  // whether a line leads on to another entry, by depth
+    std::size_t folders = 0, files = 0;
+    std::uint64_t bytes = top.size;
+    if (!top.isFolder) return text;
+    phone.walk(top, [&](const PhoneEntry& entry, std::size_t depth, bool isLast) {
+        goesOn.resize(depth + 1);
+        goesOn[depth] = !isLast;
+        for (std::size_t i = 0; i < depth; ++i)
+            text += goesOn[i] ? "│   " : "    ";
+        text += (isLast ? "└── " : "├── ") + toUtf8(singleLine(entry.name));
+        if (!entry.label.empty()) text += " (" + toUtf8(singleLine(entry.label)) + ")";
+        if (!entry.isFolder) text += "  " + sizeText(entry.size);
+        text += "\n";
+        entry.isFolder ? ++folders : ++files;
+        bytes += entry.size;
+    });
+    return text + "\n" + counted(folders, "folder", "folders") + ", " + counted(files, "file", "files") +
+           ", " + sizeText(bytes) + "\n";
+}
+
+std::string treeAsJson(const PhoneFiles& phone, const PhoneEntry& top) {
+    Json tree = asJson(top);
+    if (top.isPhone()) tree = {{"phone", phone.phoneTitle()}};
+    if (!top.isFolder) return tree.dump(2) + "\n";
+    std::vector<Json> open;  // the folders that are not complete, from the top down
+    open.push_back(std::move(tree));
+    open.back()["entries"] = Json::array();
+    const auto closeTo = [&](std::size_t depth) {
+        while (open.size() > depth) {
+            Json folder = std::move(open.back());
+            open.pop_back();
+            open.back()["entries"].push_back(std::move(folder));
+        }
+    };
+    phone.walk(top, [&](const PhoneEntry& entry, std::size_t depth, bool) {
+        closeTo(depth + 1);
+        Json object = asJson(entry);
+        if (!entry.isFolder) {
+            open.back()["entries"].push_back(std::move(object));
+            return;
+        }
+        object["entries"] = Json::array();
+        open.push_back(std::move(object));
+    });
+    closeTo(1);
+    return open.front().dump(2) + "\n";
+}
+
+}  // namespace ovno2::host

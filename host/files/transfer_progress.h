@@ -1,0 +1,53 @@
+// The progress of a copy, on one line of standard error that is taken away again at the end: how much is
+// done, how fast, and how long the rest will take.
+//
+// A phone takes and gives files whole, so the line moves on with every file. Nothing is shown for a copy that
+// ends at once.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "platform/types.h"
+
+namespace ovno2::host {
+
+// "3.4 MB", "999 bytes".
+std::string sizeText(std::uint64_t bytes);
+
+struct TransferState {
+    std::uint64_t done = 0;   // bytes
+    std::uint64_t total = 0;  // bytes
+    double seconds = 0;       // since the beginning
+    Text name;                // of the file under way
+};
+// The line, cut to `width` cells.
+std::string transferLine(const TransferState& state, std::size_t width);
+
+class TransferProgress {
+  public:
+    // With `shown` false nothing is ever written.
+    TransferProgress(std::uint64_t totalBytes, bool shown);
+    ~TransferProgress() { hide(); }
+    TransferProgress(const TransferProgress&) = delete;
+    TransferProgress& operator=(const TransferProgress&) = delete;
+
+    void begin(const Text& name);  // a file
+    void copied(std::uint64_t bytes) { state_.done += bytes; }
+    void left(std::uint64_t bytes);  // a file that is not copied after all
+    void hide();                     // before something else is written
+
+    std::uint64_t bytesCopied() const { return state_.done; }
+    double seconds() const;
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    TransferState state_;
+    bool shown_;
+    bool visible_ = false;
+    Clock::time_point start_ = Clock::now();
+    Clock::time_point nextDrawing_;
+};
+
+}  // namespace ovno2::host
