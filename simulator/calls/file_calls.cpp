@@ -25,6 +25,15 @@ void holdInstead(World& world, Session& session, char* block) {
     if (block != nullptr) session.held.push_back(block);
 }
 
+// Carries so many bytes of a file; how many of them arrive when the connection goes meanwhile.
+std::optional<std::uint64_t> cutAfter(World& world, FileSession& session, std::uint64_t bytes) {
+    const std::optional<Drop> drop = world.plan.dropWithin(session.phone->serialNumber.value_or(u""), bytes);
+    if (!drop) return std::nullopt;
+    session.phone->gone = session.phone->gone || drop->gone;
+    world.breakSessions(*session.phone, drop->status);
+    return bytes;
+}
+
 // Serves the next entry of one kind of a search: `which` are the entries, `next` the one that is due.
 template <typename Fill>
 Status findNext(const char* name, Handle handle, void* record, bool folders, Fill fill) {
@@ -150,6 +159,7 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAReadFile(Handle session, FileRecor
         const std::uint64_t rest = facts.size - offset;
         const std::uint64_t bytes = length == 0 ? rest : std::min<std::uint64_t>(length, rest);
         holdInstead(world, files, nullptr);
+        if (cutAfter(world, files, bytes)) return files.broken;
         char* block = nullptr;
         if (bytes != 0) {
             block = takeMemory(world, static_cast<std::size_t>(bytes), BlockKind::held);
@@ -178,13 +188,18 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAWriteFile(Handle session, FileReco
         text.number("handle", session);
         if (file != nullptr) text.text(atAddress<const char16_t>(file->name)).number("size", file->size);
     };
-    return serve({"CONAWriteFile", session}, arguments, [&](World& world) {
+    return serve({"CONAWriteFile", session}, arguments, [&](World& world) -> Status {
         FileSession& files = requireFiles(world, session);
         requireGiven(file, atAddress<const char16_t>(file == nullptr ? 0 : file->name));
         if (file->size != 0) requireGiven(data);
-        files.store.write(files.current, atAddress<const char16_t>(file->name),
-                          {static_cast<const char*>(data), file->size});
-        return statusOk;
+        const std::optional<std::uint64_t> arrived = cutAfter(world, files, file->size);
+        try {
+            files.store.write(files.current, atAddress<const char16_t>(file->name),
+                              {static_cast<const char*>(data), file->size}, arrived);
+        } catch (const Refused&) {
+            if (!arrived) throw;
+        }
+        return arrived ? files.broken : statusOk;
     });
 }
 

@@ -1,5 +1,6 @@
 #include "simulator/images/files_image.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -64,26 +65,48 @@ void readDrive(const JsonNode& node, Drive& drive) {
     }
 }
 
+std::filesystem::path pathBelow(const std::string& path, const FileSettings& settings) {
+    return settings.root / std::filesystem::path(std::u8string(path.begin(), path.end()));
+}
+
+bool staysInside(const std::string& path) {
+    const std::filesystem::path relative(std::u8string(path.begin(), path.end()));
+    return !path.empty() && !relative.has_root_path() &&
+           std::none_of(relative.begin(), relative.end(), [](const auto& part) { return part == ".."; });
+}
+
 // The path of an entry that must exist.
 std::string readEntry(const JsonNode& node, const std::string& path, const FileSettings& settings) {
-    const std::filesystem::path relative(std::u8string(path.begin(), path.end()));
-    bool inside = !path.empty() && !relative.has_root_path();
-    for (const auto& part : relative)
-        inside = inside && part != "..";
     std::error_code ignored;
-    if (!inside || !std::filesystem::exists(settings.root / relative, ignored)) {
+    if (!staysInside(path) || !std::filesystem::exists(pathBelow(path, settings), ignored)) {
         node.fail("the path of an entry, such as \"C/Images/beach.jpg\"");
     }
     return path;
 }
 
+// A folder that a copy of the image may have lost, since not everything that carries files carries empty
+// folders. An image that nobody may write to stays without it.
+std::string readEmptyFolder(const JsonNode& node, const FileSettings& settings) {
+    const std::string path = node.utf8();
+    const bool onDrive = path.size() > 2 && path[1] == '/' && settings.drives.contains(path.substr(0, 1));
+    if (!staysInside(path) || !onDrive) node.fail("the path of a folder on a drive, such as \"C/Games\"");
+    std::error_code ignored;
+    std::filesystem::create_directories(pathBelow(path, settings), ignored);
+    return path;
+}
+
 void readSettings(const JsonNode& root, FileSettings& settings) {
     root.expectFormat();
-    root.expectMembers({"format", "drives", "readOnly", "attributes", "times", "nameLength"});
+    root.expectMembers({"format", "drives", "emptyFolders", "readOnly", "attributes", "times", "nameLength"});
     if (const auto drives = root.optionalMember("drives")) {
         drives->forEachMember([&](const std::string& letter, const JsonNode& node) {
             if (!settings.drives.contains(letter)) node.fail("the letter of a folder in \"files\"");
             readDrive(node, settings.drives[letter]);
+        });
+    }
+    if (const auto folders = root.optionalMember("emptyFolders")) {
+        folders->forEachElement([&](const JsonNode& node, std::size_t) {
+            settings.emptyFolders.insert(readEmptyFolder(node, settings));
         });
     }
     if (const auto readOnly = root.optionalMember("readOnly")) {
@@ -139,6 +162,8 @@ void writeFilesJson(const std::filesystem::path& image, const FileSettings& sett
         if (drive.memoryType) node["memoryType"] = toUtf8(*drive.memoryType);
         if (drive.capacity) node["capacity"] = *drive.capacity;
     }
+    for (const std::string& path : settings.emptyFolders)
+        root["emptyFolders"].push_back(path);
     for (const std::string& path : settings.readOnly)
         root["readOnly"].push_back(path);
     for (const auto& [path, bits] : settings.attributes)

@@ -118,9 +118,10 @@ json planFault(World& world, const JsonNode& command) {
 }
 
 json planDrop(World& world, const JsonNode& command) {
-    command.expectMembers({"command", "after", "status", "serial", "gone"});
+    command.expectMembers({"command", "after", "bytes", "status", "serial", "gone"});
     Drop drop;
     drop.after = command.word("after", 0);
+    if (const auto bytes = command.optionalMember("bytes")) drop.bytes = bytes->word();
     if (const auto status = command.optionalMember("status")) drop.status = readStatus(*status);
     drop.serial = command.optionalText("serial");
     drop.gone = flagOf(command, "gone", false);

@@ -46,7 +46,7 @@ std::optional<Fault> Plan::arrive(std::string_view call) {
 std::optional<Drop> Plan::dropOn(const std::u16string& serial) {
     std::optional<Drop> met;
     for (auto drop = drops.begin(); drop != drops.end();) {
-        const bool meant = !drop->serial || *drop->serial == serial;
+        const bool meant = !drop->bytes && (!drop->serial || *drop->serial == serial);
         if (meant && drop->after == 0) {
             met = *drop;
             drop = drops.erase(drop);
@@ -56,6 +56,21 @@ std::optional<Drop> Plan::dropOn(const std::u16string& serial) {
         ++drop;
     }
     return met;
+}
+
+std::optional<Drop> Plan::dropWithin(const std::u16string& serial, std::uint64_t& bytes) {
+    for (auto drop = drops.begin(); drop != drops.end(); ++drop) {
+        if (!drop->bytes || (drop->serial && *drop->serial != serial)) continue;
+        if (*drop->bytes >= bytes) {
+            *drop->bytes -= bytes;
+            continue;
+        }
+        const Drop met = *drop;
+        bytes = *met.bytes;
+        drops.erase(drop);
+        return met;
+    }
+    return std::nullopt;
 }
 
 std::vector<const Poke*> Plan::pokesOf(std::string_view call, const std::string* uid) {

@@ -43,7 +43,8 @@ struct Fault {
 };
 
 struct Drop {
-    std::uint64_t after = 0;  // calls that still go through
+    std::uint64_t after = 0;             // calls that still go through
+    std::optional<std::uint64_t> bytes;  // instead: bytes of files that are still carried
     Status status = library::connectionLost;
     std::optional<std::u16string> serial;  // of any phone without
     bool gone = false;                     // the phone stays away; else it can be opened again
@@ -96,6 +97,9 @@ class Plan {
 
     // The drops that this call on the phone's session sets off; each is handed out once.
     std::optional<Drop> dropOn(const std::u16string& serial);
+
+    // The drop that happens while a call carries `bytes` of a file; `bytes` becomes how many of them arrive.
+    std::optional<Drop> dropWithin(const std::u16string& serial, std::uint64_t& bytes);
 
     // For a call that has built its records: which pokes it meets.
     std::vector<const Poke*> pokesOf(std::string_view call, const std::string* uid);

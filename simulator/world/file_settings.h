@@ -42,8 +42,9 @@ struct FileSettings {
     std::map<std::string, Drive> drives;  // by letter
     std::set<std::string, IgnoringCase> readOnly;
     ByPath<Word> attributes;
-    ByPath<std::uint64_t> times;   // file times, UTC
-    std::size_t nameLength = 255;  // UTF-16 units
+    ByPath<std::uint64_t> times;                       // file times, UTC
+    std::set<std::string, IgnoringCase> emptyFolders;  // made when the image is read
+    std::size_t nameLength = 255;                      // UTF-16 units
 };
 
 }  // namespace ovno2::simulator

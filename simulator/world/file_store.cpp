@@ -33,6 +33,12 @@ bool sameName(std::u16string_view left, std::u16string_view right) {
                       [&](char16_t a, char16_t b) { return upper(a) == upper(b); });
 }
 
+std::string upperName(std::u16string_view name) {
+    std::string upper = toUtf8(name);
+    std::ranges::transform(upper, upper.begin(), IgnoringCase::upper);
+    return upper;
+}
+
 bool isFolder(const fs::path& disk) {
     std::error_code ignored;
     return fs::symlink_status(disk, ignored).type() == fs::file_type::directory;
@@ -59,13 +65,21 @@ bool isAtOrBelow(const std::string& path, const std::string& folder) {
            (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
-// The entries of a map at or below a path, taken out of it.
-template <typename Map>
-Map takeBelow(Map& map, const std::string& path) {
-    Map taken;
-    for (auto entry = map.begin(); entry != map.end();) {
+const std::string& pathOf(const std::string& path) {
+    return path;
+}
+template <typename Value>
+const std::string& pathOf(const std::pair<const std::string, Value>& entry) {
+    return entry.first;
+}
+
+// What a map or set says about a path and all below it, taken out of it.
+template <typename Paths>
+Paths takeBelow(Paths& paths, const std::string& path) {
+    Paths taken;
+    for (auto entry = paths.begin(); entry != paths.end();) {
         auto next = std::next(entry);
-        if (isAtOrBelow(entry->first, path)) taken.insert(map.extract(entry));
+        if (isAtOrBelow(pathOf(*entry), path)) taken.insert(paths.extract(entry));
         entry = next;
     }
     return taken;
@@ -75,6 +89,13 @@ template <typename Map>
 void putBelow(Map& map, const Map& taken, const std::string& from, const std::string& to) {
     for (const auto& [path, value] : taken)
         map[to + path.substr(from.size())] = value;
+}
+
+template <typename Order>
+void putBelow(std::set<std::string, Order>& paths, const std::set<std::string, Order>& taken,
+              const std::string& from, const std::string& to) {
+    for (const std::string& path : taken)
+        paths.insert(to + path.substr(from.size()));
 }
 
 }  // namespace
@@ -100,14 +121,32 @@ FileStore::Entry FileStore::child(const Entry& parent, std::u16string_view name)
     const std::string prefix = parent.path + "/";
     const fs::path exact = parent.disk / diskName(name);
     if (isFolder(exact) || isFile(exact)) return {prefix + toUtf8(name), exact};
+    const auto& names = indexOf(parent).names;
+    const auto other = names.find(upperName(name));
+    if (other == names.end()) return {};
+    const fs::path disk = parent.disk / diskName(toUtf16(other->second));
+    if (!isFolder(disk) && !isFile(disk)) return {};
+    return {prefix + other->second, disk};
+}
+
+const FileStore::NameIndex& FileStore::indexOf(const Entry& folder) const {
     std::error_code failed;
-    for (const auto& entry : fs::directory_iterator(parent.disk, failed)) {
+    const fs::file_time_type time = fs::last_write_time(folder.disk, failed);
+    if (!failed && index.folder == folder.disk && index.time == time) return index;
+    index = {folder.disk, time, {}};
+    for (const auto& entry : fs::directory_iterator(folder.disk, failed)) {
         const std::u16string shown = shownName(entry.path());
-        if (sameName(shown, name) && (isFolder(entry.path()) || isFile(entry.path()))) {
-            return {prefix + toUtf8(shown), entry.path()};
-        }
+        index.names.emplace(upperName(shown), toUtf8(shown));
     }
-    return {};
+    return index;
+}
+
+void FileStore::learn(const Entry& folder, std::u16string_view name) {
+    if (index.folder != folder.disk) return;
+    index.names.emplace(upperName(name), toUtf8(name));
+    std::error_code failed;
+    index.time = fs::last_write_time(folder.disk, failed);
+    if (failed) index = {};
 }
 
 FileStore::Entry FileStore::folder(const Entry& current, std::u16string_view path) const {
@@ -213,7 +252,8 @@ std::uint64_t& FileStore::usedOn(const Entry& entry) {
     return *drive.used;
 }
 
-void FileStore::write(const Entry& current, std::u16string_view name, std::span<const char> bytes) {
+void FileStore::write(const Entry& current, std::u16string_view name, std::span<const char> bytes,
+                      std::optional<std::size_t> cutAfter) {
     requireName(name);
     if (current.isRoot()) throw Refused{status::readOnly};
     Entry target = child(current, name);
@@ -230,16 +270,19 @@ void FileStore::write(const Entry& current, std::u16string_view name, std::span<
     const std::uint64_t needed = used - std::min(used, replaced) + bytes.size();
     if (capacity && needed > *capacity) throw Refused{status::storeFull};
     const fs::path incoming = image / (".incoming-file-" + std::to_string(system::processId()));
+    const bool isNew = !fs::exists(target.disk);
     try {
-        system::writeDurably(incoming, bytes);
+        system::writeDurably(incoming, bytes.first(std::min(cutAfter.value_or(bytes.size()), bytes.size())));
+        if (cutAfter) throw Refused{library::connectionLost};
         if (forgetTime(target.path)) writeFilesJson(image, *settings);
         system::replaceDurably(incoming, target.disk);
-    } catch (const std::exception&) {
+    } catch (...) {
         std::error_code ignored;
         fs::remove(incoming, ignored);
         throw;
     }
     used = needed;
+    if (isNew) learn(current, name);
 }
 
 void FileStore::rename(const Entry& entry, std::u16string_view newName) {
@@ -254,13 +297,10 @@ void FileStore::rename(const Entry& entry, std::u16string_view newName) {
     // file may only name entries that exist.
     auto attributes = takeBelow(settings->attributes, entry.path);
     auto times = takeBelow(settings->times, entry.path);
-    std::vector<std::string> readOnly;
-    for (const std::string& path : settings->readOnly) {
-        if (isAtOrBelow(path, entry.path)) readOnly.push_back(path);
-    }
-    for (const std::string& path : readOnly)
-        settings->readOnly.erase(path);
-    const bool described = !attributes.empty() || !times.empty() || !readOnly.empty();
+    auto readOnly = takeBelow(settings->readOnly, entry.path);
+    auto emptyFolders = takeBelow(settings->emptyFolders, entry.path);
+    const bool described =
+        !attributes.empty() || !times.empty() || !readOnly.empty() || !emptyFolders.empty();
     if (described) writeFilesJson(image, *settings);
     const bool moved = [&] {
         try {
@@ -273,9 +313,10 @@ void FileStore::rename(const Entry& entry, std::u16string_view newName) {
     const std::string& path = moved ? newPath : entry.path;
     putBelow(settings->attributes, attributes, entry.path, path);
     putBelow(settings->times, times, entry.path, path);
-    for (const std::string& one : readOnly)
-        settings->readOnly.insert(path + one.substr(entry.path.size()));
+    putBelow(settings->readOnly, readOnly, entry.path, path);
+    putBelow(settings->emptyFolders, emptyFolders, entry.path, path);
     if (described) writeFilesJson(image, *settings);
+    index = {};
     if (!moved) throw Refused{status::storeFailed};
 }
 
@@ -294,6 +335,7 @@ void FileStore::createFolder(const Entry& current, std::u16string_view name) {
     if (current.isRoot()) throw Refused{status::readOnly};
     if (!child(current, name).disk.empty()) throw Refused{status::alreadyExists};
     system::createFolderDurably(current.disk / diskName(name));
+    learn(current, name);
 }
 
 void FileStore::requireRemovable(const Entry& folder) const {
@@ -303,7 +345,8 @@ void FileStore::requireRemovable(const Entry& folder) const {
 
 void FileStore::removeFolder(const Entry& folder) {
     requireRemovable(folder);
-    const bool described = forgetTime(folder.path) | (settings->attributes.erase(folder.path) != 0);
+    const bool described = forgetTime(folder.path) | (settings->attributes.erase(folder.path) != 0) |
+                           (settings->emptyFolders.erase(folder.path) != 0);
     if (described) writeFilesJson(image, *settings);
     system::removeDurably(folder.disk);
 }

@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "simulator/world/file_settings.h"
@@ -47,7 +48,10 @@ class FileStore {
     const Drive* drive(const Entry& entry) const;  // null unless the entry is a drive
     static std::u16string name(const Entry& entry);
 
-    void write(const Entry& current, std::u16string_view name, std::span<const char> bytes);
+    // With `cutAfter` the connection goes when so many bytes have arrived: nothing of them stays, and the
+    // write is refused with connectionLost.
+    void write(const Entry& current, std::u16string_view name, std::span<const char> bytes,
+               std::optional<std::size_t> cutAfter = {});
     void rename(const Entry& entry, std::u16string_view newName);
     void removeFile(const Entry& file);
     void createFolder(const Entry& current, std::u16string_view name);
@@ -62,8 +66,19 @@ class FileStore {
     bool forgetTime(const std::string& path);
     std::uint64_t& usedOn(const Entry& entry);
 
+    // The entries of the folder that was searched last, by their names in upper case. A change of the folder
+    // that is not this store's own shows in its time.
+    struct NameIndex {
+        std::filesystem::path folder;
+        std::filesystem::file_time_type time;
+        std::unordered_map<std::string, std::string> names;
+    };
+    const NameIndex& indexOf(const Entry& folder) const;
+    void learn(const Entry& folder, std::u16string_view name);  // made by this store
+
     std::filesystem::path image;
     std::shared_ptr<FileSettings> settings;
+    mutable NameIndex index;
 };
 
 }  // namespace ovno2::simulator

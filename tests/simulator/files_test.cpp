@@ -170,6 +170,63 @@ TEST_F(Files, ATransferThatIsCutOffLeavesNoHalfFile) {
     EXPECT_EQ(go(u"\\\\C:"), connectionLost);
     reopen();
     EXPECT_THAT(list(u"\\\\C:"), ElementsAre(u"[Images]", u"[System]", u"note.txt 4"));
+
+    // In the middle of a file: what has arrived goes.
+    ASSERT_EQ(go(u"\\\\C:"), statusOk);
+    control.runText(R"({"command": "drop", "bytes": 7})");
+    EXPECT_EQ(write(u"note.txt", "whole"), statusOk);
+    EXPECT_EQ(write(u"note.txt", "half"), connectionLost);
+    std::string content;
+    EXPECT_EQ(read(u"note.txt", content), connectionLost);
+    control.reset();
+    open();
+    ASSERT_EQ(go(u"\\\\C:"), statusOk);
+    ASSERT_EQ(read(u"note.txt", content), statusOk);
+    EXPECT_EQ(content, "whole");
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path / "one"))
+        EXPECT_THAT(entry.path().filename().string(), ::testing::Not(::testing::StartsWith(".incoming")));
+    control.runText(R"({"command": "drop", "bytes": 4})");
+    EXPECT_EQ(read(u"note.txt", content), connectionLost);
+    EXPECT_EQ(content, "whole") << "nothing was handed out";
+}
+
+TEST_F(Files, EmptyFoldersAreMadeAndFollowTheirFolder) {
+    Json described = settings();
+    described["emptyFolders"] = {"C/Games/Old", "E/Empty"};
+    folder.write("one/files.json", described.dump());
+    reopen();
+    EXPECT_THAT(list(u"\\\\C:\\Games"), ElementsAre(u"[Old]"));
+    ASSERT_EQ(go(u"\\\\C:"), statusOk);
+    ASSERT_EQ(CONNAPI(CONARenameFolder)(session, u"Games", u"Play", 0), statusOk);
+    ASSERT_EQ(go(u"\\\\E:"), statusOk);
+    ASSERT_EQ(CONNAPI(CONADeleteFolder)(session, u"Empty", 0), statusOk);
+    EXPECT_EQ(settings()["emptyFolders"], Json::parse(R"(["C/Play/Old"])"));
+    reopen();
+    EXPECT_THAT(list(u"\\\\E:"), ElementsAre(u"empty.bin 0"));
+}
+
+TEST_F(Files, AFolderOfTenThousandFilesIsFilledAndListedInOrder) {
+    constexpr int count = 10000;
+    char name[16];
+    for (int i = 0; i < count; ++i) {
+        std::snprintf(name, sizeof name, "f%05d.jpg", i);
+        folder.write(std::string("one/files/E/many/") + name, name);
+    }
+    const std::vector<std::u16string> names = list(u"\\\\E:\\many");
+    ASSERT_EQ(names.size(), std::size_t{count});
+    EXPECT_EQ(names.front(), u"f00000.jpg 10");
+    EXPECT_EQ(names.back(), u"f09999.jpg 10");
+    ASSERT_EQ(go(u"\\\\E:\\many"), statusOk);
+    std::string content;
+    ASSERT_EQ(read(u"F05000.JPG", content), statusOk);
+    EXPECT_EQ(content, "f05000.jpg");
+    // What this phone writes itself is found under every spelling.
+    ASSERT_EQ(write(u"New.jpg", "1"), statusOk);
+    ASSERT_EQ(write(u"NEW.JPG", "22"), statusOk);
+    ASSERT_EQ(CONNAPI(CONARenameFile)(session, u"new.jpg", u"Other.jpg", 0), statusOk);
+    EXPECT_EQ(CONNAPI(CONADeleteFile)(session, u"new.jpg", 0), noSuchFile);
+    ASSERT_EQ(CONNAPI(CONADeleteFile)(session, u"OTHER.jpg", 0), statusOk);
+    EXPECT_THAT(list(u"\\\\E:\\many"), SizeIs(count));
 }
 
 }  // namespace
