@@ -17,6 +17,7 @@ namespace {
 // Where low pages are looked for: above what a program loaded at a fixed place uses, below the sign bit.
 constexpr std::uintptr_t lowest = 0x10000000;
 constexpr std::uintptr_t highest = 0x7FF00000;
+constexpr std::size_t hugePage = 1 << 21;
 
 [[noreturn]] void raise(const std::filesystem::path& file) {
     throw std::system_error(errno, std::generic_category(), file.string());
@@ -73,6 +74,7 @@ void* takePages(std::size_t bytes) {
                                    MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE, -1, 0);
         if (pages == wanted) {
             cursor += bytes;
+            if (bytes >= hugePage) ::madvise(pages, bytes, MADV_HUGEPAGE);  // a file is filled in one go
             return pages;
         }
         if (pages != MAP_FAILED) ::munmap(pages, bytes);

@@ -72,18 +72,16 @@ Files::ByteSource bytesAt(Address data, std::size_t size) {
     };
 }
 
-// What goes to the phone: a text file's text in the code page, everything else as it is.
-ConvertArray::ByteArray bytesToSend(std::vector<std::uint8_t> bytes) {
-    if (!GetFileContentsMod::isEncodedText(bytes)) return ConvertArray::ByteArray(std::move(bytes));
+// A file that is a text in UTF-16, or has a mark, goes to the phone as its text in the code page.
+ConvertArray::ByteArray codePageBytes(const Files::FileBytes& content) {
     Text text;
-    text.reserve(bytes.size());
-    ByteTable().append(text, bytes.data(), bytes.size());
-    bytes = {};
+    text.reserve(content.size);
+    ByteTable().append(text, content.bytes.get(), content.size);
     GetFileContentsMod::ConvertFromUnicodeSub(text);
-    ConvertArray::ByteArray sent;
-    ConvertArray::ConvertStringToByteArray(text, sent);
-    if (!text.empty() && !sent.hasElements()) throw RuntimeFailure(outOfMemory);
-    return sent;
+    ConvertArray::ByteArray bytes;
+    ConvertArray::ConvertStringToByteArray(text, bytes);
+    if (!text.empty() && !bytes.hasElements()) throw RuntimeFailure(outOfMemory);
+    return bytes;
 }
 
 // Status of one deletion in either of the library's two forms; true when the library expects another number
@@ -150,17 +148,21 @@ Long PutFile(const Text& Filename, Text& destdir) {
     DebugWrite(destdir);
     if (!openSession()) return -1;
     if (ChangeDir(destdir) != 0) return -2;
-    ConvertArray::ByteArray bytes;
-    std::vector<std::uint8_t> content;
+    Files::FileBytes content;
     if (!Files::GetFileBytes(Filename, content)) return -3;
-    // Nothing goes to the phone in place of a text that there is no memory to convert.
-    if (attempt([&] { bytes = bytesToSend(std::move(content)); }) != noFailure) return -3;
+    std::span<const std::uint8_t> bytes = content.all();
+    ConvertArray::ByteArray converted;
+    if (GetFileContentsMod::isEncodedText(bytes)) {
+        // Nothing goes to the phone in place of a text that there is no memory to convert.
+        if (attempt([&] { converted = codePageBytes(content); }) != noFailure) return -3;
+        bytes = converted.elements();
+    }
     const Status status = withName(Files::FileNamePart(Filename), [&](const char16_t* wide) {
         FileRecord record = fileNamed(wide);
         record.size = static_cast<Word>(bytes.size());
         DebugWrite(u"PutFile", 1);
         DebugWrite(u"PutFile", 2);
-        const Status written = library::CONAWriteFile(session(), &record, bytes.elements().data(), 0);
+        const Status written = library::CONAWriteFile(session(), &record, bytes.data(), 0);
         DebugWrite(u"PutFile", 3);
         DebugWrite(u"PutFile", 4);
         return written;

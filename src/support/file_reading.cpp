@@ -134,25 +134,24 @@ Text GetFileContents(TextView path, bool decode) {
     return GetFileContents(path, decode, encoding);
 }
 
-bool GetFileBytes(TextView path, std::vector<std::uint8_t>& bytes) {
+bool GetFileBytes(TextView path, FileBytes& content) {
     const RoutineLog log(u"GetFileContents");
     const bool exists = FileExistsW_(path);
     bool read = false;
-    if (exists)
-        attempt([&] {
-            const std::unique_ptr<platform::OpenFile> file = openByWidePath(path);
-            if (!file) throw RuntimeFailure(fileNotFound);
-            std::uint64_t size = 0;
-            require(file->size(size));
-            constexpr std::uint64_t mostBytes = 0x7FFFFFFF;  // a library counts them in 31 bits
-            if (size > mostBytes) throw RuntimeFailure(outOfMemory);
-            std::vector<std::uint8_t> content(static_cast<std::size_t>(size));
-            std::size_t got = 0;
-            require(file->read(content.data(), content.size(), got));
-            content.resize(got);
-            bytes = std::move(content);
-            read = true;
-        });
+    attempt([&] {
+        if (!exists) return;
+        const std::unique_ptr<platform::OpenFile> file = openByWidePath(path);
+        if (!file) throw RuntimeFailure(fileNotFound);
+        std::uint64_t size = 0;
+        require(file->size(size));
+        constexpr std::uint64_t mostBytes = 0x7FFFFFFF;  // a library counts them in 31 bits
+        if (size > mostBytes) throw RuntimeFailure(outOfMemory);
+        FileBytes found;
+        found.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(size));
+        require(file->read(found.bytes.get(), static_cast<std::size_t>(size), found.size));
+        content = std::move(found);
+        read = true;
+    });
     if (!exists) DebugLine(u"File not found:", path);
     return read;
 }

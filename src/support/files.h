@@ -9,8 +9,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
-#include <vector>
 
 #include "platform/automation.h"
 #include "platform/files.h"
@@ -41,9 +41,14 @@ Text GetFileContents(TextView path, bool decode);
 // that hold `requiredText` (empty = all). `maximumBytes` above 0 reads one chunk of at most that size.
 Text GetFileContentsW(TextView path, bool decode, TextView requiredText = {}, Long maximumBytes = 0);
 
+struct FileBytes {
+    std::unique_ptr<std::uint8_t[]> bytes;
+    std::size_t size = 0;
+    std::span<const std::uint8_t> all() const { return {bytes.get(), size}; }
+};
 // The whole file as it is, in one piece: what `GetFileContents` reads, for files too large to be held as
-// text. False, with `bytes` as they were, when there is no such file, or it cannot be read or held.
-bool GetFileBytes(TextView path, std::vector<std::uint8_t>& bytes);
+// text. False, with `content` as it was, when there is no such file, or it cannot be read or held.
+bool GetFileBytes(TextView path, FileBytes& content);
 
 // Writes a text: `encoding` 2 is UTF-16 big-endian with mark, 3 the same without, 4 little-endian with mark,
 // anything else the ANSI code page. With one of the three a text that holds NUL characters is taken for the
