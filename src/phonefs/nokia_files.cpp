@@ -18,7 +18,7 @@ constexpr Status noStatus = 0xFFFFFFFF;  // no call has been made yet
 constexpr library::Word fileSystemVersion = 30;
 constexpr library::Word attributeLocked = 0x200;
 constexpr library::Word attributeSpecial = 0x2000;
-constexpr Long entryLimit = 1000000;  // a search that goes on beyond this never ends
+constexpr Long entryLimit = 100000;  // a search that goes on beyond this never ends: cards stop at 65,536
 
 // A search in a phone folder; closing it is the last thing that happens to it on every way out.
 class FolderSearch {

@@ -59,6 +59,40 @@ TEST_F(FileOperationsTest, NothingIsWrittenWithoutALocalFileARoomyDriveOrAFolder
     EXPECT_EQ(-2, GetFile(u"C:/Data/none.txt", pcText("")));
 }
 
+TEST_F(FileOperationsTest, ALocalFileStaysAsItWasUntilAllIsThere) {
+    open();
+    write(pc("a.txt"), "before");
+    const Text target = pcText("");
+    struct Case {
+        std::string poke;
+        Long result;
+        std::string content;
+    };
+    for (const Case& c : {Case{R"("record": "data", "word": 0, "value": "unmapped")", -2, "before"},
+                          Case{R"("record": "file", "word": 4, "value": "0x7FFFFFFF")", -2, "before"},
+                          Case{R"("record": "file", "word": 4, "value": 3)", 0, "hel"},
+                          Case{R"("record": "file", "word": 4, "value": "0x80000000")", 0, ""},
+                          Case{R"("record": "data", "word": 0, "value": 0)", 0, ""}}) {
+        simulator.clearPlan();
+        simulator.runText(R"({"command": "poke", "call": "CONAReadFile", )" + c.poke + "}");
+        EXPECT_EQ(c.result, GetFile(u"C:/Data/a.txt", target)) << c.poke;
+        EXPECT_EQ(c.content, contentOf(pc("a.txt"))) << c.poke;
+    }
+}
+
+TEST_F(FileOperationsTest, AFileThatIsCutOffLeavesTheOldOneOnThePhone) {
+    open();
+    write(pc("a.txt"), std::string(1000, 'x'));
+    simulator.runText(R"({"command": "drop", "bytes": 500})");
+    Text destination = u"C:/Data";
+    EXPECT_EQ(-3, PutFile(pcText("a.txt"), destination));
+    EXPECT_EQ(-2, PutFile(pcText("a.txt"), destination));
+    EXPECT_EQ("hello", contentOf(disk("C/Data/a.txt")));
+    CloseFS();
+    EXPECT_EQ(0, PutFile(pcText("a.txt"), destination));
+    EXPECT_EQ(1000u, contentOf(disk("C/Data/a.txt")).size());
+}
+
 TEST_F(FileOperationsTest, OnlyTransfersAndRenamesOpenTheSession) {
     Text model = u"Nokia N95";
     OpenFS(model, {});

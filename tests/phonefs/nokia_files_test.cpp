@@ -5,7 +5,15 @@
 namespace ovno2::NokiaFiles {
 namespace {
 
-using NokiaFilesTest = PhoneFilesTest;
+class NokiaFilesTest : public PhoneFilesTest {
+  protected:
+    void setEastEuropeanTime() {
+        setRegistryNumber(platform::localMachine, u"SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation",
+                          u"ActiveTimeBias", static_cast<std::uint32_t>(-120));
+        setRegistryText(platform::currentUser, u"Control Panel\\International", u"sShortDate", u"dd.MM.yyyy");
+        setRegistryText(platform::currentUser, u"Control Panel\\International", u"sTimeFormat", u"HH:mm:ss");
+    }
+};
 
 TEST_F(NokiaFilesTest, TheRootShowsDrivesByTheirLabels) {
     for (const Text path : {u"", u"/", u"\\\\"}) {
@@ -21,10 +29,7 @@ TEST_F(NokiaFilesTest, TheRootShowsDrivesByTheirLabels) {
 }
 
 TEST_F(NokiaFilesTest, AFolderIsListedUnderEveryFormOfItsPath) {
-    setRegistryNumber(platform::localMachine, u"SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation",
-                      u"ActiveTimeBias", static_cast<std::uint32_t>(-120));
-    setRegistryText(platform::currentUser, u"Control Panel\\International", u"sShortDate", u"dd.MM.yyyy");
-    setRegistryText(platform::currentUser, u"Control Panel\\International", u"sTimeFormat", u"HH:mm:ss");
+    setEastEuropeanTime();
     HostArray<DirItem> root;
     list(root, u"");
     for (const Text path : {u"C:/Data", u"C:\\Data", u"\\\\C:\\Data", u"Phone memory/Data"}) {
@@ -59,6 +64,62 @@ TEST_F(NokiaFilesTest, AStaleSessionIsReopenedOnceAndTheSearchRepeated) {
     EXPECT_EQ(0, list(items, u"C:/Data"));
     simulator.fail("CONAFindBegin", 0x80100004, 1, /*onwards=*/true);
     EXPECT_EQ(-1, list(items, u"C:/Data"));
+}
+
+TEST_F(NokiaFilesTest, TheRepeatedSearchIsTheOnlyCallThatAStaleSessionAdds) {
+    open();
+    simulator.fail("CONAFindBegin", 0x80100004);
+    simulator.readJournal();
+    HostArray<DirItem> items;
+    EXPECT_EQ(0, list(items, u"E:/empty"));
+    std::vector<std::string> calls;
+    for (const std::string& line : simulator.readJournal())
+        if (!line.starts_with("CONAGet") && !line.starts_with("CONAFreeDevice"))
+            calls.push_back(line.substr(0, line.find('(')));
+    EXPECT_THAT(calls, ::testing::ElementsAre(
+                           "CONAAllocString", "CONAFindBegin", "FSAPI_GetAPIVersion", "FSAPI_Initialize",
+                           "CONAAllocString", "CONAOpenFS", "CONAFreeString", "CONAFindBegin",
+                           "CONAFreeString", "CONAFindNextFolder", "CONAFindEnd", "CONAAllocString",
+                           "CONAFindBegin", "CONAFreeString", "CONAFindNextFile", "CONAFindEnd"));
+}
+
+TEST_F(NokiaFilesTest, WildRecordsCostTheirOwnFieldsOnly) {
+    setEastEuropeanTime();
+    struct Case {
+        std::string poke;  // of the first file
+        Text name;
+        Text date;
+    };
+    for (const Case& c : {Case{R"("word": 0, "value": "unmapped")", u"", u"19.07.2008 18:04:11"},
+                          Case{R"("word": 0, "value": "unterminated")", u"", u"19.07.2008 18:04:11"},
+                          Case{R"("word": 0, "value": 0)", u"", u"19.07.2008 18:04:11"},
+                          Case{R"("word": 3, "value": "0x7FFFFFFF")", u"a.txt", u"00:00:00"},
+                          Case{R"("word": 3, "value": "0xFFFFFFFF")", u"a.txt", u"00:00:00"}}) {
+        simulator.clearPlan();
+        simulator.runText(R"({"command": "poke", "call": "CONAFindNextFile", "onwards": false,
+                              "record": "file", )" +
+                          c.poke + "}");
+        HostArray<DirItem> items;
+        EXPECT_EQ(0, list(items, u"C:/Data"));
+        ASSERT_EQ(2, items.upperBound()) << c.poke;
+        EXPECT_EQ(c.name, items.at(1).Name) << c.poke;
+        EXPECT_EQ(u"C:\\Data\\" + c.name, items.at(1).FullName);
+        EXPECT_EQ(c.date, items.at(1).DateText) << c.poke;
+        EXPECT_EQ(5, items.at(1).Size);
+        EXPECT_EQ(dirItemChangeable, items.at(1).Flags);
+        EXPECT_EQ(u"locked.txt", items.at(2).Name);
+    }
+}
+
+TEST_F(NokiaFilesTest, ASearchThatNeverEndsIsGivenUp) {
+    simulator.runText(
+        R"({"command": "fault", "call": "CONAFindNextFile", "nth": 2, "onwards": true, "repeat": true})");
+    HostArray<DirItem> items;
+    EXPECT_EQ(-1, list(items, u"C:/Data"));
+    EXPECT_EQ(u"a.txt", items.at(items.upperBound()).Name);
+    simulator.clearPlan();
+    EXPECT_EQ(0, list(items, u"C:/Data"));
+    EXPECT_EQ(2, items.upperBound());
 }
 
 TEST_F(NokiaFilesTest, EveryFailedStepHasItsResultAndLeavesNothingOpen) {
