@@ -136,9 +136,7 @@ void Download::place(const PhoneEntry& entry, const fs::path& folder, LocalNames
 }
 
 void Download::add(const PhoneEntry& entry) {
-    const bool known =
-        std::ranges::any_of(items_, [&](const Item& item) { return item.entry.path == entry.path; });
-    if (known) return;
+    if (!added_.insert(entry.path).second) return;
     if (entry.isPhone()) {
         addChildren(entry, target_);
         return;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 
 #include "host/files/file_report.h"
 #include "host/files/local_name.h"
@@ -44,6 +45,7 @@ class Download {
     const PhoneFiles& phone_;
     std::filesystem::path target_;
     bool overwrite_;
+    std::set<Text> added_;  // paths
     LocalNames topNames_;
     std::vector<Item> items_;             // folders before what is in them
     std::unique_ptr<Incoming> incoming_;  // null until a file is fetched

@@ -77,6 +77,7 @@ class FilesCommand {
                 change("deleted", &FilesCommand::removeFolder);
                 break;
         }
+        if (phone_.isIncomplete()) throw CommandFailure{failed, {}};
     }
 
   private:

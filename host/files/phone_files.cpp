@@ -184,17 +184,22 @@ PhoneEntry PhoneFiles::findOne(const std::string& typed) const {
 }
 
 void PhoneFiles::walk(const PhoneEntry& top, const Visitor& visit) const {
-    const auto goInto = [&](const auto& self, const PhoneEntry& folder, std::size_t depth) -> void {
-        if (depth > deepestFolder)
-            throw CommandFailure{failed,
-                                 "The folders of " + phoneTitle() + " do not end: " + toUtf8(folder.path)};
-        const std::vector<PhoneEntry> entries = list(folder.path);
+    const auto goInto = [&](const auto& self, const std::vector<PhoneEntry>& entries,
+                            std::size_t depth) -> void {
         for (const PhoneEntry& entry : entries) {
             visit(entry, depth, &entry == &entries.back());
-            if (entry.isFolder && canStandInAPath(entry.name)) self(self, entry, depth + 1);
+            if (!entry.isFolder || !canStandInAPath(entry.name)) continue;
+            const auto below = depth < deepestFolder ? tryToList(entry.path) : std::nullopt;
+            if (below) {
+                self(self, *below, depth + 1);
+                continue;
+            }
+            list({});  // throws when the phone does not answer at all
+            incomplete_ = true;
+            note("ovphone: " + phoneTitle() + " did not list " + toUtf8(entry.path) + "; it is left out.");
         }
     };
-    goInto(goInto, top, 0);
+    goInto(goInto, list(top.path), 0);
 }
 
 }  // namespace ovno2::host

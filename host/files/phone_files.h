@@ -56,6 +56,7 @@ class PhoneFiles {
     // it. `depth` counts from 0 in the folder itself. Entries that no path can name are not gone into.
     using Visitor = std::function<void(const PhoneEntry& entry, std::size_t depth, bool isLast)>;
     void walk(const PhoneEntry& folder, const Visitor& visit) const;
+    bool isIncomplete() const { return incomplete_; }
 
   private:
     std::vector<PhoneEntry> matching(const PhoneEntry& folder, const Text& part,
@@ -63,6 +64,7 @@ class PhoneFiles {
 
     PhoneDriver& driver_;
     const ListedPhone& phone_;
+    mutable bool incomplete_ = false;
 };
 
 }  // namespace ovno2::host

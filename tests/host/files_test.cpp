@@ -175,14 +175,26 @@ TEST_F(OvphoneFiles, NoNameLeadsOutOfTheTargetFolder) {
     EXPECT_EQ("hello", contentOf(pc("linked/Data/a.txt")));
 }
 
-TEST_F(OvphoneFiles, FoldersThatNeverEndAreGivenUp) {
-    const Outcome outcome =
-        runPlanned("files get -r C:/Data here",
-                   R"([{"command": "poke", "call": "CONAFindNextFolder", "nth": 4, "record": "folder",
-                                            "word": 0, "value": {"text": ".."}}])");
-    EXPECT_EQ(1, outcome.status);
-    EXPECT_THAT(outcome.errors, HasSubstr("no path can name the folder"));
-    EXPECT_EQ("hello", contentOf(pc("here/Data/a.txt")));
+TEST_F(OvphoneFiles, AFolderThatCannotBeListedIsLeftOut) {
+    struct {
+        const char* name;
+        const char* message;
+    } const cases[] = {{"..", "no path can name the folder"},
+                       {"C:", "did not list C:/Data/C:; it is left out"}};
+    for (const auto& c : cases) {
+        const Outcome outcome = runPlanned(
+            "files get -f -r C:/Data here",
+            R"({"command": "poke", "call": "CONAFindNextFolder", "nth": 4, "record": "folder", "word": 0,
+                "value": {"text": ")" +
+                std::string(c.name) + R"("}})");
+        EXPECT_EQ(1, outcome.status);
+        EXPECT_THAT(outcome.errors, HasSubstr(c.message));
+        EXPECT_EQ("hello", contentOf(pc("here/Data/a.txt")));
+    }
+    EXPECT_EQ(
+        1, runPlanned("files tree", R"({"command": "fault", "call": "CONAFindBegin", "status": "0x80100001",
+                                              "nth": 5})")
+               .status);
 }
 
 TEST_F(OvphoneFiles, ChangesThePhonesFiles) {
