@@ -74,6 +74,7 @@ void addFilesCommand(CLI::App& app, Options& options, std::string& format) {
     const auto addPaths = [&](CLI::App* action, const char* name, const char* description, int fewest) {
         CLI::Option* paths = action->add_option(name, wanted.paths, description);
         paths->expected(fewest, CLI::detail::expected_max_vector_size);
+        paths->type_name("");
         if (fewest > 0) paths->required();
     };
     const auto addRecursive = [&](CLI::App* action, const char* description) {
@@ -90,18 +91,19 @@ void addFilesCommand(CLI::App& app, Options& options, std::string& format) {
              "where to begin (default: the phone itself)", 0);
     CLI::App* get =
         add("get", "Copy files from the phone; what is there already is skipped", FilesAction::get);
-    addPaths(get, "PATH... FOLDER",
-             "what to get, and the folder that it goes to, which is made when it is missing (with a single\n"
-             "path it may be left out: the current folder)",
+    addPaths(get, "PATH",
+             "what to get; the last of several is the folder here that it goes to, which is made when it is\n"
+             "missing (default: the current folder)",
              1);
     addRecursive(get, "folders with all that is in them");
     addForce(get);
     CLI::App* put = add("put", "Copy files to the phone; what is there already is skipped", FilesAction::put);
-    addPaths(put, "FILE... PATH", "what to put, and the phone's folder that it goes to", 2);
+    addPaths(put, "FILE", "what to put; the last is the path of the phone's folder that it goes to", 2);
     addRecursive(put, "folders with all that is in them");
     addForce(put);
     CLI::App* rename = add("mv", "Give a file or folder another name", FilesAction::rename);
-    addPaths(rename, "PATH NAME", "what to rename, and its new name in the same folder", 2);
+    rename->add_option("PATH", wanted.renamed, "what to rename")->type_name("")->required();
+    rename->add_option("NAME", wanted.newName, "its new name in the same folder")->type_name("")->required();
     CLI::App* remove = add("rm", "Delete files", FilesAction::remove);
     addPaths(remove, "PATH", "what to delete", 1);
     addRecursive(remove, "folders with all that is in them");

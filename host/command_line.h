@@ -28,6 +28,8 @@ enum class FilesAction { list, tree, get, put, rename, remove, makeFolder, remov
 struct FilesOptions {
     FilesAction action = FilesAction::list;
     std::vector<std::string> paths;  // in the order of the line
+    std::string renamed;             // a path, and what it is called from now on
+    std::string newName;
     bool recursive = false;
     bool force = false;
     bool parents = false;  // a new folder's missing folders are made, too

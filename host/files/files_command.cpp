@@ -333,12 +333,11 @@ class FilesCommand {
     }
 
     void rename() {
-        const PhoneEntry entry = phone_.findOne(wanted_.paths[0]);
+        const PhoneEntry entry = phone_.findOne(wanted_.renamed);
         requireNoDrive(entry);
-        const std::string& typed = wanted_.paths[1];
+        const std::string& typed = wanted_.newName;
         const std::vector<Text> parts = partsOfPhonePath(typed);
-        if (wanted_.paths.size() > 2 || parts.empty())
-            throw CommandFailure{wrongUsage, "mv takes one path and the new name."};
+        if (parts.empty()) throw CommandFailure{wrongUsage, "The new name is empty."};
         const Text& name = parts.back();
         // A whole path may stand for the name as long as it stays in the folder.
         if (parts.size() > 1) {

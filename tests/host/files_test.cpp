@@ -309,7 +309,7 @@ TEST_F(OvphoneFiles, ALineThatCannotBeMeantIsWrongUsage) {
         {"files get C:Data", 2, "as in \"C:/Data\""},
         {"files get", 2, "required"},
         {"files put a.txt", 2, "required"},
-        {"files mv C:/Data a b", 2, "one path and the new name"},
+        {"files mv C:/Data a b", 2, "b"},
         {"files copy", 2, "copy"},
         {"files get C:/Data", 1, "C:/Data is a folder; -r gets it"},
         {"files get C:/Data/a.txt/b", 1, "C:/Data/a.txt is a file"},
