@@ -9,14 +9,13 @@
 #include <fstream>
 #include <unistd.h>
 
+#include "bench_machine.h"
 #include "connectivity/library_memory.h"
 #include "connectivity/session.h"
 #include "phonefs/file_operations.h"
 #include "phonefs/nokia_files.h"
 #include "platform/portable/libraries.h"
-#include "platform/portable/machine.h"
 #include "simulator/control.h"
-#include "support/current_platform.h"
 
 namespace ovno2 {
 namespace {
@@ -51,35 +50,28 @@ class PeakMemory {
 };
 
 // A machine of its own with one phone that has files.
-class Bench {
+class Bench : public BenchMachine {
   public:
-    Bench() : folder_(makeFolder()), machine_(folder_) {
-        resetThreadState();
-        usePlatform(machine_);
-        static_cast<platform::portable::PortableLibraries&>(machine_.libraries())
+    Bench() {
+        static_cast<platform::portable::PortableLibraries&>(machine.libraries())
             .searchOnlyIn(OVNO2_SIMULATOR_FOLDER);
         fs::create_directories(phoneFolder());
-        fs::create_directories(folder_ / "pc");
-        std::ofstream(folder_ / "phones/one/phone.json")
+        fs::create_directories(pcFolder());
+        std::ofstream(folder / "phones/one/phone.json")
             << R"({"format": 1, "serialNumber": "1", "typeName": "Nokia N95",
                    "connections": [{"deviceNumber": 1, "medium": "usb", "deviceName": "Nokia N95"}]})";
         simulator.reset();
-        simulator.load(folder_ / "phones");
+        simulator.load(folder / "phones");
         Text model = u"Nokia N95";
         NokiaFiles::OpenFS(model, {});
     }
     ~Bench() {
         NokiaFiles::CloseFS();
         Session::DMApiTerminate();
-        resetThreadState();
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
     }
-    Bench(const Bench&) = delete;
-    Bench& operator=(const Bench&) = delete;
 
-    fs::path phoneFolder() const { return folder_ / "phones/one/files/E"; }
-    fs::path pcFolder() const { return folder_ / "pc"; }
+    fs::path phoneFolder() const { return folder / "phones/one/files/E"; }
+    fs::path pcFolder() const { return folder / "pc"; }
     static void makeLargeFile(const fs::path& path) {
         std::string bytes(largeFile, '\0');
         std::uint32_t next = 1;
@@ -93,15 +85,6 @@ class Bench {
     }
 
     simulator::Control simulator;
-
-  private:
-    static fs::path makeFolder() {
-        std::string pattern = (fs::temp_directory_path() / "ovno2-bench-XXXXXX").string();
-        return mkdtemp(pattern.data());
-    }
-
-    fs::path folder_;
-    platform::portable::Machine machine_;
 };
 
 void copyPlainly(const fs::path& from, const fs::path& to, bool forced) {

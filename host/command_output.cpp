@@ -6,7 +6,7 @@
 
 namespace ovno2::host {
 
-void write(const std::string& text) {
+void write(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 

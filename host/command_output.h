@@ -1,7 +1,7 @@
 // How the commands write and how they fail: results to standard output, everything else to standard error.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include "host/table.h"
 
@@ -13,7 +13,7 @@ struct CommandFailure {
     std::string message;
 };
 
-void write(const std::string& text);
+void write(std::string_view text);
 void note(const std::string& text);  // a line of its own
 
 inline constexpr const char* moreInAFile = "a wider terminal, a file or --format json";

@@ -74,7 +74,7 @@ class Session {
         const std::vector<Contact> book = readContacts(phones_.chosen());
         const bool pictures = !options_.pictures.empty();
         if (options_.format == Format::json)
-            write(contactsAsJson(book, pictures));
+            writeContactsAsJson(book, pictures, write);
         else if (book.empty())
             note("The phone book is empty.");
         else
@@ -89,8 +89,9 @@ class Session {
         }
         const std::vector<Contact> book = readContacts(phone);
         if (options_.format == Format::json) {
-            write("{\"phones\": " + phonesAsJson(phones_.all()) +
-                  ",\n\"contacts\": " + contactsAsJson(book, false) + "}\n");
+            write("{\"phones\": " + phonesAsJson(phones_.all()) + ",\n\"contacts\": ");
+            writeContactsAsJson(book, /*pictures=*/false, write);
+            write("}\n");
             return;
         }
         write("\nPhone book of " + titleOf(phone) + ": " + std::to_string(book.size()) + " contacts\n\n");

@@ -23,23 +23,33 @@ Text valueAsText(Long code, const Text& value) {
     return list;
 }
 
-// What a value shows; empty = it is left out.
-Text shownValue(Long code, TextView value, bool pictures) {
-    if (value.empty() || (code == code::picture && !pictures)) return {};
-    Text text = decodedValue(code, value);
-    return code == code::picture ? fromUtf8(console::textOf(console::pathOfModuleText(text))) : text;
+// What a value shows, in `text` where it is not the value as it stands; empty = it is left out.
+TextView shownValue(Long code, TextView value, bool pictures, Text& text) {
+    if (code != code::picture) {
+        if (value.find(u"\\t") == TextView::npos) return value;
+        text = decodedValue(code, value);
+    } else {
+        text.clear();
+        if (pictures && !value.empty())
+            text = fromUtf8(console::textOf(console::pathOfModuleText(decodedValue(code, value))));
+    }
+    return text;
 }
 
-// Writes one contact after the other into one text.
+// Writes one contact after the other.
 class ContactWriter {
   public:
-    void write(const Contact& contact, bool pictures) {
+    ContactWriter(bool pictures, const std::function<void(std::string_view)>& write)
+        : pictures_(pictures), write_(write) {}
+
+    void add(const Contact& contact) {
         writer_.Reset(output_);
         writer_.StartObject();
         const std::vector<TextView> values = splitValues(contact.values);
         for (std::size_t i = 0; i < values.size(); ++i) {
+            if (values[i].empty()) continue;
             const FieldRow& row = fieldRows()[i];
-            const Text text = shownValue(row.code, values[i], pictures);
+            const TextView text = shownValue(row.code, values[i], pictures_, text_);
             if (isCollection(row.code))
                 member(row.key, splitCollected(row.code, text));
             else if (!text.empty())
@@ -49,8 +59,15 @@ class ContactWriter {
         member("uid", contact.uid);
         writer_.EndObject();
     }
-    void put(std::string_view text) { std::copy(text.begin(), text.end(), output_.Push(text.size())); }
-    std::string take() { return {output_.GetString(), output_.GetSize()}; }
+    void add(std::string_view text) {
+        constexpr std::size_t pieceSize = 65536;
+        if (output_.GetSize() >= pieceSize) flush();
+        std::copy(text.begin(), text.end(), output_.Push(text.size()));
+    }
+    void flush() {
+        write_({output_.GetString(), output_.GetSize()});
+        output_.Clear();
+    }
 
   private:
     void value(TextView text) {
@@ -71,8 +88,11 @@ class ContactWriter {
         writer_.EndArray();
     }
 
+    const bool pictures_;
+    const std::function<void(std::string_view)>& write_;
     rapidjson::StringBuffer output_;
     rapidjson::Writer<rapidjson::StringBuffer> writer_;
+    Text text_;
     std::string bytes_;
 };
 
@@ -88,15 +108,16 @@ Text fullName(const std::vector<Text>& values) {
 
 }  // namespace
 
-std::string contactsAsJson(std::span<const Contact> contacts, bool pictures) {
-    ContactWriter writer;
-    writer.put("[");
+void writeContactsAsJson(std::span<const Contact> contacts, bool pictures,
+                         const std::function<void(std::string_view)>& write) {
+    ContactWriter writer(pictures, write);
+    writer.add("[");
     for (const Contact& contact : contacts) {
-        writer.put(&contact == contacts.data() ? "\n" : ",\n");
-        writer.write(contact, pictures);
+        writer.add(&contact == contacts.data() ? "\n" : ",\n");
+        writer.add(contact);
     }
-    writer.put(contacts.empty() ? "]\n" : "\n]\n");
-    return writer.take();
+    writer.add(contacts.empty() ? "]\n" : "\n]\n");
+    writer.flush();
 }
 
 Table contactsAsTable(std::span<const Contact> contacts, bool pictures) {
@@ -105,8 +126,9 @@ Table contactsAsTable(std::span<const Contact> contacts, bool pictures) {
     for (const Contact& contact : contacts) {
         std::vector<Text> values;
         values.reserve(used.size() + 1);
+        Text text;
         for (const TextView value : splitValues(contact.values))
-            values.push_back(shownValue(fieldRows()[values.size()].code, value, pictures));
+            values.emplace_back(shownValue(fieldRows()[values.size()].code, value, pictures, text));
         const Text name = fullName(values);
         // What already stands in the name column is not said twice.
         if (values[rowOf(code::formalName)] == name) values[rowOf(code::formalName)].clear();

@@ -12,19 +12,23 @@ bool continues(std::string_view text, std::size_t at) {
 }
 
 // The code point at `at`, which moves behind it.
-char32_t nextFromUtf8(std::string_view text, std::size_t& at) {
+char32_t nextFromUtf8(std::string_view text, std::size_t& at, bool& valid) {
     const auto lead = static_cast<unsigned char>(text[at++]);
     if (lead < 0x80) return lead;
+    const auto broken = [&valid] {
+        valid = false;
+        return replacement;
+    };
     const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-    if (lead < 0xC2 || lead > 0xF4) return replacement;
+    if (lead < 0xC2 || lead > 0xF4) return broken();
     char32_t point = lead & (0x3F >> more);
     for (int i = 0; i < more; ++i) {
-        if (!continues(text, at)) return replacement;
+        if (!continues(text, at)) return broken();
         point = point << 6 | (static_cast<unsigned char>(text[at++]) & 0x3F);
     }
     const bool tooShort = (more == 2 && point < 0x800) || (more == 3 && point < 0x10000);
     const bool surrogate = point >= 0xD800 && point < 0xE000;
-    return tooShort || surrogate || point > 0x10FFFF ? replacement : point;
+    return tooShort || surrogate || point > 0x10FFFF ? broken() : point;
 }
 
 void appendUtf8(std::string& text, char32_t point) {
@@ -41,12 +45,13 @@ void appendUtf8(std::string& text, char32_t point) {
 
 }  // namespace
 
-void appendUtf16(std::u16string& text, std::string_view utf8) {
+bool appendUtf16(std::u16string& text, std::string_view utf8) {
+    bool valid = true;
     const std::size_t start = text.size();
     text.resize(start + utf8.size());  // a character has at least as many bytes as units
     char16_t* out = text.data() + start;
     for (std::size_t at = 0; at < utf8.size();) {
-        const char32_t point = nextFromUtf8(utf8, at);
+        const char32_t point = nextFromUtf8(utf8, at, valid);
         if (point < 0x10000) {
             *out++ = static_cast<char16_t>(point);
         } else {
@@ -55,6 +60,7 @@ void appendUtf16(std::u16string& text, std::string_view utf8) {
         }
     }
     text.resize(static_cast<std::size_t>(out - text.data()));
+    return valid;
 }
 
 std::u16string toUtf16(std::string_view utf8) {

@@ -9,7 +9,7 @@
 namespace ovno2::simulator {
 
 std::u16string toUtf16(std::string_view utf8);
-void appendUtf16(std::u16string& text, std::string_view utf8);
+bool appendUtf16(std::u16string& text, std::string_view utf8);  // false when something was replaced
 std::string toUtf8(std::u16string_view utf16);
 
 // Upper-case hexadecimal digits, two a byte; and back. A text that is not such digits gives false.

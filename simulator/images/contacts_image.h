@@ -24,7 +24,7 @@ void refreshContacts(Phone& phone);
 void replaceContacts(Phone& phone, std::shared_ptr<ContactStore> store);
 
 // A phone book from text; `file` is only named in errors, `image` is where the pictures are.
-std::shared_ptr<ContactStore> parseContacts(std::string_view json, const std::filesystem::path& file,
+std::shared_ptr<ContactStore> parseContacts(const std::string& json, const std::filesystem::path& file,
                                             const std::filesystem::path& image);
 
 // The text of contacts.json for this store. Pictures must be in files.

@@ -1,8 +1,6 @@
 // The stream reader of contacts.json: the parser's events straight into contacts, with the place kept for
 // errors.
 #include <algorithm>
-#include <rapidjson/encodedstream.h>
-#include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
 #include "simulator/images/contacts_image.h"
@@ -122,13 +120,17 @@ class ContactsReader {
     ContactsReader(const std::filesystem::path& fileName, std::filesystem::path imageFolder)
         : file(fileName), image(std::move(imageFolder)), store(std::make_shared<ContactStore>()) {}
 
-    void read(std::string_view text) {
-        using Utf8 = rapidjson::UTF8<>;
-        rapidjson::MemoryStream bytes(text.data(), text.size());
-        rapidjson::EncodedInputStream<Utf8, rapidjson::MemoryStream> stream(bytes);
-        const rapidjson::ParseResult result =
-            rapidjson::Reader().Parse<rapidjson::kParseValidateEncodingFlag>(stream, *this);
-        if (result.IsError()) throw ImageError(file, lineAndColumn(text, result.Offset()), "JSON text");
+    // Texts are checked for UTF-8 where they are taken.
+    void read(const std::string& text) {
+        static constexpr std::string_view mark = "\xEF\xBB\xBF";
+        const std::size_t start = text.starts_with(mark) ? mark.size() : 0;
+        rapidjson::StringStream stream(text.c_str() + start);
+        const rapidjson::ParseResult result = rapidjson::Reader().Parse(stream, *this);
+        const std::size_t end = start + (result.IsError() ? result.Offset() : stream.Tell());
+        // The parser takes a NUL for the end.
+        if (result.IsError() || end != text.size()) {
+            throw ImageError(file, lineAndColumn(text, end), "JSON text");
+        }
     }
 
     std::shared_ptr<ContactStore> take() {
@@ -343,9 +345,15 @@ class ContactsReader {
         return true;
     }
 
+    std::u16string utf16(std::string_view text) const {
+        std::u16string result;
+        if (!appendUtf16(result, text)) fail("UTF-8 text");
+        return result;
+    }
+
     Contact::TextPlace addText(std::string_view text) {
         const auto start = static_cast<Contact::TextPlace>(contact->texts.size());
-        appendUtf16(contact->texts, text.substr(0, text.find('\0')));
+        if (!appendUtf16(contact->texts, text.substr(0, text.find('\0')))) fail("UTF-8 text");
         contact->texts += u'\0';
         return start;
     }
@@ -388,10 +396,10 @@ class ContactsReader {
                 }
                 break;
             case Member::folderName:
-                folders.back().name = toUtf16(*text);
+                folders.back().name = utf16(*text);
                 break;
             case Member::folderPath:
-                folders.back().path = toUtf16(*text);
+                folders.back().path = utf16(*text);
                 break;
             default:
                 fail(expectedHere());
@@ -400,7 +408,7 @@ class ContactsReader {
     }
 
     void acceptPictureFile(std::string_view text) {
-        const std::filesystem::path name(std::u8string(text.begin(), text.end()));
+        const std::filesystem::path name(utf16(text));
         const bool escapes =
             text.empty() || name.has_root_path() || std::find(name.begin(), name.end(), "..") != name.end();
         std::error_code ignored;
@@ -491,7 +499,7 @@ class ContactsReader {
 
 }  // namespace
 
-std::shared_ptr<ContactStore> parseContacts(std::string_view text, const std::filesystem::path& file,
+std::shared_ptr<ContactStore> parseContacts(const std::string& text, const std::filesystem::path& file,
                                             const std::filesystem::path& image) {
     ContactsReader reader(file, image);
     reader.read(text);

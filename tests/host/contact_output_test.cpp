@@ -59,6 +59,12 @@ TEST(FieldTable, SplitsCollectedValuesAndDropsEmptyOnes) {
     EXPECT_TRUE(splitCollected(code::other, u"").empty());
 }
 
+std::string contactsAsJson(std::span<const Contact> contacts, bool pictures) {
+    std::string text;
+    writeContactsAsJson(contacts, pictures, [&](std::string_view piece) { text += piece; });
+    return text;
+}
+
 TEST(ContactsAsJson, NamesTheValuesInTheTablesOrderAndLeavesOutEmptyOnes) {
     const Contact contacts[] = {contactOf({{15, u"line\nhas\\ttab \"quoted\""},
                                            {1, u"Anna"},
