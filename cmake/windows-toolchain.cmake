@@ -1,5 +1,5 @@
-# 32-bit Windows with MinGW-w64, the thread model that <thread> and thread_local need. scripts/windows-tools.sh installs
-# what this file names; scripts/wine.sh provides the Wine that runs what it builds.
+# 32-bit Windows with MinGW-w64, the thread model that <thread> and thread_local need. scripts/install.sh
+# installs what this file names; scripts/wine.sh provides the Wine that runs what it builds.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_CXX_COMPILER i686-w64-mingw32-g++-posix)
@@ -19,7 +19,7 @@ list(APPEND CMAKE_MODULE_PATH ${CMAKE_CURRENT_LIST_DIR}/windows)
 set(OVNO2_WIDL i686-w64-mingw32-widl)
 file(GLOB ovno2_stdole2 /usr/lib/*/wine/*/stdole2.tlb)
 if(NOT ovno2_stdole2)
-  message(FATAL_ERROR "The Windows tools are not installed: run scripts/windows-tools.sh")
+  message(FATAL_ERROR "The Windows tools are not installed: run scripts/install.sh windows")
 endif()
 list(GET ovno2_stdole2 0 ovno2_stdole2)
 cmake_path(GET ovno2_stdole2 PARENT_PATH ovno2_stdole2)

@@ -1,6 +1,7 @@
 #!/bin/bash
 # install.sh GROUP...: what the project needs from the distribution, by group: "build" to build and run it, "test" for
-# the tests and checks on top, "bench" and "fuzz" for what these presets add.
+# the tests and checks on top, "windows" to build it and its tests for 32-bit Windows, "bench" and "fuzz" for what these
+# presets add.
 #
 # Installs the packages that are missing, as root or with sudo, and says so; when all is there it says nothing and does
 # nothing.
@@ -8,19 +9,24 @@ set -u
 
 # "group path package": the package is wanted when the path is missing.
 wanted='
-build /usr/bin/g++                        g++
-build /usr/bin/cmake                      cmake
-build /usr/bin/ninja                      ninja-build
-build /usr/include/nlohmann/json.hpp      nlohmann-json3-dev
-build /usr/include/rapidjson/reader.h     rapidjson-dev
-build /usr/include/CLI/CLI.hpp            libcli11-dev
-test  /usr/include/gtest/gtest.h          libgtest-dev
-test  /usr/include/gmock/gmock.h          libgmock-dev
-test  /usr/bin/clang-format               clang-format
-test  /usr/bin/clang-tidy                 clang-tidy
-bench /usr/include/benchmark/benchmark.h  libbenchmark-dev
-fuzz  /usr/bin/clang++                    clang
-fuzz  /usr/lib/clang/14/lib/linux         libclang-rt-14-dev
+build   /usr/bin/g++                             g++
+build   /usr/bin/cmake                           cmake
+build   /usr/bin/ninja                           ninja-build
+build   /usr/include/nlohmann/json.hpp           nlohmann-json3-dev
+build   /usr/include/rapidjson/reader.h          rapidjson-dev
+build   /usr/include/CLI/CLI.hpp                 libcli11-dev
+test    /usr/include/gtest/gtest.h               libgtest-dev
+test    /usr/include/gmock/gmock.h               libgmock-dev
+test    /usr/bin/clang-format                    clang-format
+test    /usr/bin/clang-tidy                      clang-tidy
+windows /usr/bin/i686-w64-mingw32-g++-posix      g++-mingw-w64-i686-posix
+windows /usr/bin/i686-w64-mingw32-windres        binutils-mingw-w64-i686
+windows /usr/bin/i686-w64-mingw32-widl           mingw-w64-tools
+windows /usr/include/wine/wine/windows/oaidl.idl libwine-dev
+windows /usr/src/googletest/CMakeLists.txt       googletest
+bench   /usr/include/benchmark/benchmark.h       libbenchmark-dev
+fuzz    /usr/bin/clang++                         clang
+fuzz    /usr/lib/clang/14/lib/linux              libclang-rt-14-dev
 '
 
 missing=()

@@ -12,7 +12,7 @@ scripts=$root/scripts
 build=$root/build/windows
 dist=$build/dist
 
-"$scripts/windows-tools.sh"
+"$scripts/install.sh" build windows
 "$scripts/wine.sh" ensure
 "$scripts/build.sh" windows dist
 

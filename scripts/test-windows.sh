@@ -7,7 +7,7 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 scripts=$root/scripts
 build=$root/build/windows
 
-"$scripts/windows-tools.sh"
+"$scripts/install.sh" build windows
 "$scripts/wine.sh" ensure
 "$scripts/build.sh" windows
 

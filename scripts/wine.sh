@@ -48,7 +48,7 @@ system_wine_stamp() {
 # Compiles a 32-bit program and runs it under the system's Wine.
 probe_system_wine() {
     local work status=1
-    "$here/windows-tools.sh" || return 1
+    "$here/install.sh" windows || return 1
     work=$(mktemp -d) || return 1
     echo 'int main(void) { return sizeof(void*) == 4 ? 42 : 1; }' >"$work/probe.c"
     if i686-w64-mingw32-gcc-posix -o "$work/probe.exe" "$work/probe.c"; then

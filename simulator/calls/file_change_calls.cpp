@@ -76,14 +76,19 @@ struct Deletion {
     Word argumentWords;  // how many the library expects
 };
 
+bool deletionTakesFour() {
+    World& world = theWorld();
+    const std::lock_guard guard(world.lock);
+    return world.plan.shape.deleteFolderTakesFour;
+}
+
 Deletion deleteFolder(Handle handle, signature::WideText name, Word flagOrZero) {
-    bool takesFour = false;
+    const bool takesFour = deletionTakesFour();
     const auto arguments = [&](ArgumentText& text) {
         text.number("handle", handle).text(name);
-        if (theWorld().plan.shape.deleteFolderTakesFour) text.number("flag", flagOrZero);
+        if (takesFour) text.number("flag", flagOrZero);
     };
     const Status status = serve({"CONADeleteFolder", handle}, arguments, [&](World& world) -> Status {
-        takesFour = world.plan.shape.deleteFolderTakesFour;
         FileSession& session = requireFiles(world, handle);
         requireGiven(name);
         if (takesFour) return deleteInTwoSteps(session, name, flagOrZero);

@@ -16,6 +16,8 @@
 
 #include "common/windows_machine.h"
 #else
+#include <sys/mman.h>
+
 #include "platform/portable/machine.h"
 #include "platform/portable/registry.h"
 #endif
@@ -55,6 +57,14 @@ using TestMachine = WindowsMachine;
 inline void makeQuick(TestMachine&) {}
 #else
 using TestMachine = platform::portable::Machine;
+// A page of 4096 readable bytes with nothing readable behind it. It stays until the program ends.
+inline void* pageBeforeNothing() {
+    constexpr std::size_t page = 4096;
+    void* const pages =
+        mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, /*fd=*/-1, /*offset=*/0);
+    mprotect(static_cast<char*>(pages) + page, page, PROT_NONE);
+    return pages;
+}
 inline void makeQuick(TestMachine& machine) {
     static_cast<platform::portable::PortableRegistry&>(machine.registry()).waitsForDisk = false;
 }

@@ -24,7 +24,13 @@ constexpr wchar_t classKey[] = L"Software\\Classes\\CLSID\\{1234C60C-EE2D-4622-A
 
 class RegistrationTest : public ::testing::Test {
   protected:
-    RegistrationTest() { unregister(); }
+    RegistrationTest() {
+        // Every user's registry has this key; a new Wine prefix has not.
+        HKEY key = nullptr;
+        RegCreateKeyW(HKEY_CURRENT_USER, L"Software\\Classes", &key);
+        RegCloseKey(key);
+        unregister();
+    }
     // The other tests need it.
     ~RegistrationTest() override {
         unregister();
