@@ -155,6 +155,7 @@ std::optional<Options> parseCommandLine(const std::vector<std::string>& argument
     std::string format = "table";
     CLI::App app("Shows the attached phones and what they hold.", "ovphone");
     app.footer(examples);
+    app.allow_windows_style_options(false);  // a path may begin with "/"
     app.require_subcommand(0, 1);
     addCommonOptions(app, options, format);
     addPhoneOption(app, options);

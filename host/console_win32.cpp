@@ -27,6 +27,7 @@ std::vector<std::string> arguments(int argc, char** argv) {
     SetConsoleOutputCP(CP_UTF8);
     // Lines end as everywhere else; the console takes that as well.
     _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
     int count = 0;
     wchar_t** texts = CommandLineToArgvW(GetCommandLineW(), &count);
     if (!texts) return {argv, argv + argc};

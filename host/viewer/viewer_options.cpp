@@ -26,6 +26,7 @@ std::optional<ViewerOptions> parseViewerOptions(const std::vector<std::string>& 
     std::string mode = "shared";
     CLI::App app("Shows the module's diagnostic log live, and switches it on meanwhile.", "ovviewer");
     app.footer(examples);
+    app.allow_windows_style_options(false);  // a path may begin with "/"
     app.add_option("--routine", options.routine,
                    "only lines while this routine is open, with those of the routines it calls")
         ->type_name("NAME");
