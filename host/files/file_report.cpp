@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 
 #include "host/command_output.h"
+#include "host/display_width.h"
+#include "support/utf8.h"
 
 namespace ovno2::host {
 
@@ -14,7 +16,7 @@ void FileReport::add(FileResult result) {
 
 void FileReport::say(const std::string& message) {
     if (progress_) progress_->hide();
-    note("ovphone: " + message);
+    note("ovphone: " + safeMessage(message));
 }
 
 std::size_t FileReport::count(Outcome outcome) const {
@@ -37,6 +39,10 @@ std::string FileReport::asJson(const char* verb) const {
                             nlohmann::ordered_json::error_handler_t::replace);
     }
     return text + (results_.empty() ? "]\n" : "\n]\n");
+}
+
+std::string safeMessage(const std::string& message) {
+    return toUtf8(singleLine(fromUtf8(message)));
 }
 
 void requireConnection(const PhoneFiles& phone, const Text& folder) {

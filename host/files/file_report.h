@@ -38,6 +38,9 @@ class FileReport {
     std::vector<FileResult> results_;
 };
 
+// A message about entries whose names the phone has made up: safe to show in a terminal.
+std::string safeMessage(const std::string& message);
+
 // Ends a command: the phone does not answer any more.
 struct ConnectionLost {
     std::string message;

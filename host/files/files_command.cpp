@@ -372,7 +372,12 @@ class FilesCommand {
 }  // namespace
 
 void runFilesCommand(const Options& options) {
-    FilesCommand(options).run();
+    FilesCommand command(options);
+    try {
+        command.run();
+    } catch (const CommandFailure& failure) {
+        throw CommandFailure{failure.status, safeMessage(failure.message)};
+    }
 }
 
 }  // namespace ovno2::host

@@ -7,6 +7,7 @@
 #include "frame/registry/registry_access.h"
 #include "host/attached_phones.h"
 #include "host/command_output.h"
+#include "host/display_width.h"
 #include "host/exit_status.h"
 #include "host/files/phone_path.h"
 #include "host/phone_choice.h"
@@ -196,7 +197,8 @@ void PhoneFiles::walk(const PhoneEntry& top, const Visitor& visit) const {
             }
             list({});  // throws when the phone does not answer at all
             incomplete_ = true;
-            note("ovphone: " + phoneTitle() + " did not list " + toUtf8(entry.path) + "; it is left out.");
+            note("ovphone: " + phoneTitle() + " did not list " + toUtf8(singleLine(entry.path)) +
+                 "; it is left out.");
         }
     };
     goInto(goInto, list(top.path), 0);

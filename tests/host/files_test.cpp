@@ -153,6 +153,7 @@ TEST_F(OvphoneFiles, NoNameLeadsOutOfTheTargetFolder) {
                                                   {"odd/what_", "what?"}}),
               tree(pc("in here")));
     EXPECT_THAT(odd.errors, HasSubstr("no path can name it"));
+    EXPECT_THAT(odd.errors, AllOf(HasSubstr("tab bell␇ is stored as"), Not(HasSubstr("\a"))));
 
     for (const char* name : {R"(..\\..\\evil)", "../../evil", "/evil", "..", "x/../../evil"}) {
         const Outcome outcome =
