@@ -111,7 +111,7 @@ void PlainCopyFromThePhone(benchmark::State& state) {
         copyPlainly(bench.phoneFolder() / "film.avi", bench.pcFolder() / "film.avi", /*forced=*/false);
     finish(state, peak);
 }
-BENCHMARK(PlainCopyFromThePhone)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(PlainCopyFromThePhone)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 // What the library does for a transfer; the file's bytes stay in one piece.
 library::FileRecord namedRecord(const library::LibraryString& name) {
@@ -137,7 +137,7 @@ void LibraryCopyFromThePhone(benchmark::State& state) {
     }
     finish(state, peak);
 }
-BENCHMARK(LibraryCopyFromThePhone)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(LibraryCopyFromThePhone)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void GetFile(benchmark::State& state) {
     Bench bench;
@@ -149,7 +149,7 @@ void GetFile(benchmark::State& state) {
     finish(state, peak);
     if (fs::file_size(bench.pcFolder() / "film.avi") != largeFile) state.SkipWithError("not whole");
 }
-BENCHMARK(GetFile)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(GetFile)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void PlainCopyToThePhone(benchmark::State& state) {
     Bench bench;
@@ -159,7 +159,7 @@ void PlainCopyToThePhone(benchmark::State& state) {
         copyPlainly(bench.pcFolder() / "film.avi", bench.phoneFolder() / "film.avi", /*forced=*/true);
     finish(state, peak);
 }
-BENCHMARK(PlainCopyToThePhone)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(PlainCopyToThePhone)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void LibraryCopyToThePhone(benchmark::State& state) {
     Bench bench;
@@ -178,7 +178,7 @@ void LibraryCopyToThePhone(benchmark::State& state) {
     }
     finish(state, peak);
 }
-BENCHMARK(LibraryCopyToThePhone)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(LibraryCopyToThePhone)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void PutFile(benchmark::State& state) {
     Bench bench;
@@ -192,7 +192,7 @@ void PutFile(benchmark::State& state) {
     finish(state, peak);
     if (fs::file_size(bench.phoneFolder() / "film.avi") != largeFile) state.SkipWithError("not whole");
 }
-BENCHMARK(PutFile)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(PutFile)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 
 void ListFolder(benchmark::State& state) {
     Bench bench;

@@ -86,15 +86,15 @@ Text folderOf(TextView path) {
 PhoneFiles::PhoneFiles(PhoneDriver& driver, const std::vector<ListedPhone>& phones, const ListedPhone& phone)
     : driver_(driver), phone_(phone) {
     // The module finds the phone by its model, and takes the first.
-    const auto first = std::find_if(phones.begin(), phones.end(), [&](const ListedPhone& other) {
-        return equalsIgnoringCase(other.model, phone.model);
+    const auto first = std::ranges::find_if(phones, [&](const ListedPhone& other) {
+        return phone.model.empty() || equalsIgnoringCase(other.model, phone.model);
     });
-    if (first != phones.end() && first->serial != phone.serial)
-        throw CommandFailure{failed,
-                             "Two phones are called \"" + toUtf8(phone.model) +
-                                 "\", and files can only be reached on the first of them. Detach the one "
-                                 "with the serial number " +
-                                 toUtf8(first->serial) + " and retry."};
+    if (first == phones.end() || first->serial == phone.serial) return;
+    throw CommandFailure{failed, "Files can only be reached on the first phone " +
+                                     (phone.model.empty() ? "when one tells no model"
+                                                          : "of the model \"" + toUtf8(phone.model) + "\"") +
+                                     ". Detach the one with the serial number " + toUtf8(first->serial) +
+                                     " and retry."};
 }
 
 std::string PhoneFiles::phoneTitle() const {

@@ -330,7 +330,7 @@ TEST_F(OvphoneFiles, ALineThatCannotBeMeantIsWrongUsage) {
     EXPECT_EQ(0, run("files ls --phone 356").status);
     const Outcome twin = run("files ls --phone 357");
     EXPECT_EQ(1, twin.status);
-    EXPECT_THAT(twin.errors, HasSubstr("Two phones are called"));
+    EXPECT_THAT(twin.errors, HasSubstr("Detach the one with the serial number 356"));
 }
 
 }  // namespace
