@@ -86,6 +86,31 @@ TEST_F(LifetimeTest, AHostMayReleaseItsLastReferenceInsideACall) {
     EXPECT_EQ("", simulator.leaks());
 }
 
+TEST_F(LifetimeTest, WhatAHostKeepsOutlivesTheObjectAndTheDll) {
+    addTwoContacts();
+    OwnedSafeArray items;
+    ComPointer<ITypeInfo> type;
+    ComPointer<IDispatch> progress;
+    *progress.out() = new host::ProgressControl([](Long) {});
+    {
+        const ComPointer<_covNo2> object = create();
+        EXPECT_EQ(2, readContacts(*object.get(), items, progress.get()));
+        EXPECT_EQ(S_OK, object->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.out()));
+    }
+    CoFreeUnusedLibrariesEx(/*dwUnloadDelay=*/0, 0);
+    CoFreeUnusedLibrariesEx(/*dwUnloadDelay=*/0, 0);
+    EXPECT_EQ(nullptr, GetModuleHandleW(L"ovNo2.dll"));
+
+    EXPECT_EQ(u"0A02", textOf(slotsOf<tAdrItem>(items)[2].Uid));
+    LPOLESTR name = const_cast<LPOLESTR>(L"Connect");
+    MEMBERID member = MEMBERID_NIL;
+    EXPECT_EQ(S_OK, type->GetIDsOfNames(&name, 1, &member));
+    EXPECT_EQ(20, member);
+    progress->AddRef();
+    EXPECT_EQ(1u, progress->Release()) << "references that the module kept";
+    EXPECT_EQ("", simulator.leaks());
+}
+
 // What a thread with an apartment of its own saw.
 struct Seen {
     std::array<LONG, 20> results = {};
