@@ -154,6 +154,47 @@ TEST_F(LifetimeTest, TwoThreadsInTwoApartmentsShareNothing) {
     EXPECT_EQ(first.version, second.version);
 }
 
+// The object stays on the thread that made it, which answers while it waits for messages.
+TEST_F(LifetimeTest, AnotherApartmentReachesTheObjectThroughAProxy) {
+    addTwoContacts();
+    const ComPointer<_covNo2> object = create();
+    ComPointer<IStream> stream;
+    ASSERT_EQ(S_OK, CoMarshalInterThreadInterfaceInStream(__uuidof(_covNo2), object.get(), stream.out()));
+    LONG phones = -100;
+    std::vector<Text> serials;
+    float version = 0;
+    HANDLE const done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    std::thread other([&, given = stream.get()] {
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        {
+            ComPointer<_covNo2> proxy;
+            EXPECT_EQ(S_OK, CoUnmarshalInterface(given, __uuidof(_covNo2), proxy.outAny()));
+            EXPECT_NE(object.get(), proxy.get());
+            OwnedSafeArray arrays[6];
+            if (proxy) {
+                EXPECT_EQ(S_OK,
+                          proxy->GetConnectedDevices(arrays[0].address(), arrays[1].address(),
+                                                     arrays[2].address(), arrays[3].address(),
+                                                     arrays[4].address(), arrays[5].address(), -1, &phones));
+                EXPECT_EQ(S_OK, proxy->GetApiVersion(&version));
+            }
+            serials = textsOf(arrays[2]);
+        }
+        CoUninitialize();
+        SetEvent(done);
+    });
+    while (MsgWaitForMultipleObjects(1, &done, FALSE, 30000, QS_ALLINPUT) == WAIT_OBJECT_0 + 1) {
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageW(&message);
+    }
+    other.join();
+    CloseHandle(done);
+    EXPECT_EQ(1, phones);
+    EXPECT_EQ(std::vector<Text>{u"356300010000017"}, serials);
+    EXPECT_GT(version, 0);
+}
+
 // The blocks in use of the heaps of this process.
 std::size_t blocksInUse() {
     HANDLE heaps[64];
