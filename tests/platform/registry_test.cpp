@@ -117,7 +117,7 @@ TEST_F(RegistrySeam, AProfileFileGivesTheFirstMatchTrimmedAndWithoutQuotes) {
         "late=not seen\r\n"
         "[long]\r\n"
         "v=";
-    file += std::string(600, 'x') + "\r\nshort=" + std::string(511, 'y');
+    file.append(600, 'x').append("\r\nshort=").append(511, 'y');
     writeFile("defaults.ini", file);
     const auto value = [&](TextView section, TextView name, std::size_t capacity = 512) {
         return registry().profileString(section, name, pathOf("defaults.ini"), capacity);
