@@ -197,11 +197,11 @@ std::string Download::fetch(const Item& item) {
 
 FileResult Download::copy(const Item& item, TransferProgress& progress) {
     const PhoneEntry& entry = item.entry;
-    FileResult result{toUtf8(entry.path), console::textOf(item.local), Outcome::success, entry.size, {}};
+    FileResult result{toUtf8(entry.path), console::textOf(item.local), FileOutcome::success, entry.size, {}};
     std::error_code error;
     const fs::file_status there = fs::symlink_status(item.local, error);
     if (fs::is_regular_file(there) && isEqual(entry, item.local)) {
-        result.outcome = Outcome::equal;
+        result.outcome = FileOutcome::equal;
     } else if (fs::is_directory(there)) {
         result.message = quoted(item.local) + " is a folder; " + result.path + " cannot take its place.";
     } else if (fs::exists(there) && !overwrite_) {
@@ -221,7 +221,7 @@ FileResult Download::copy(const Item& item, TransferProgress& progress) {
         }
     }
     progress.left(entry.size);
-    if (result.outcome != Outcome::equal) result.outcome = Outcome::failure;
+    if (result.outcome != FileOutcome::equal) result.outcome = FileOutcome::failure;
     return result;
 }
 
@@ -232,7 +232,7 @@ void Download::run(FileReport& report, TransferProgress& progress) {
             item.local.native().starts_with(missing.back().native() + fs::path::preferred_separator)) {
             progress.left(item.entry.size);
             if (!item.entry.isFolder)
-                report.add({toUtf8(item.entry.path), console::textOf(item.local), Outcome::failure, 0,
+                report.add({toUtf8(item.entry.path), console::textOf(item.local), FileOutcome::failure, 0,
                             toUtf8(item.entry.path) + " was left out with its folder."});
             continue;
         }
@@ -240,15 +240,15 @@ void Download::run(FileReport& report, TransferProgress& progress) {
             if (const std::string wrong = makeFolder(item.local); !wrong.empty()) {
                 missing.push_back(item.local);
                 report.add(
-                    {toUtf8(item.entry.path), console::textOf(item.local), Outcome::failure, 0, wrong});
+                    {toUtf8(item.entry.path), console::textOf(item.local), FileOutcome::failure, 0, wrong});
             }
             if (!canStandInAPath(item.entry.name))
-                report.add({toUtf8(item.entry.path), console::textOf(item.local), Outcome::failure, 0,
+                report.add({toUtf8(item.entry.path), console::textOf(item.local), FileOutcome::failure, 0,
                             toUtf8(item.entry.path) + " cannot be copied: no path can name the folder."});
             continue;
         }
         FileResult result = copy(item, progress);
-        if (item.madeUp && result.outcome == Outcome::success)
+        if (item.madeUp && result.outcome == FileOutcome::success)
             report.say(result.path + " is stored as \"" + console::textOf(item.local.filename()) + "\".");
         report.add(std::move(result));
     }

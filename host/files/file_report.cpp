@@ -10,7 +10,7 @@
 namespace ovno2::host {
 
 void FileReport::add(FileResult result) {
-    if (result.outcome == Outcome::failure) say(result.message);
+    if (result.outcome == FileOutcome::failure) say(result.message);
     results_.push_back(std::move(result));
 }
 
@@ -19,7 +19,7 @@ void FileReport::say(const std::string& message) {
     note("ovphone: " + safeMessage(message));
 }
 
-std::size_t FileReport::count(Outcome outcome) const {
+std::size_t FileReport::count(FileOutcome outcome) const {
     return static_cast<std::size_t>(std::ranges::count(results_, outcome, &FileResult::outcome));
 }
 
@@ -29,10 +29,10 @@ std::string FileReport::asJson(const char* verb) const {
         nlohmann::ordered_json object;
         object["path"] = result.path;
         if (!result.local.empty()) object["local"] = result.local;
-        object["result"] = result.outcome == Outcome::success ? verb
-                           : result.outcome == Outcome::equal ? "equal"
-                                                              : "failed";
-        if (result.outcome == Outcome::success && result.bytes != 0) object["bytes"] = result.bytes;
+        object["result"] = result.outcome == FileOutcome::success ? verb
+                           : result.outcome == FileOutcome::equal ? "equal"
+                                                                  : "failed";
+        if (result.outcome == FileOutcome::success && result.bytes != 0) object["bytes"] = result.bytes;
         if (!result.message.empty()) object["message"] = result.message;
         text += (text.size() == 1 ? "\n" : ",\n") +
                 object.dump(/*indent=*/-1, /*indent_char=*/' ', /*ensure_ascii=*/false,

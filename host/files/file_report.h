@@ -9,12 +9,12 @@
 
 namespace ovno2::host {
 
-enum class Outcome { success, equal, failure };
+enum class FileOutcome { success, equal, failure };
 
 struct FileResult {
     std::string path;   // on the phone; UTF-8
     std::string local;  // on this computer; empty when that plays no part
-    Outcome outcome = Outcome::success;
+    FileOutcome outcome = FileOutcome::success;
     std::uint64_t bytes = 0;
     std::string message;
 };
@@ -28,7 +28,7 @@ class FileReport {
     void say(const std::string& message);  // no failure, yet worth knowing
 
     const std::vector<FileResult>& results() const { return results_; }
-    std::size_t count(Outcome outcome) const;
+    std::size_t count(FileOutcome outcome) const;
 
     // An array with one object a file.
     std::string asJson(const char* verb) const;

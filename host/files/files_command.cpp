@@ -184,19 +184,19 @@ class FilesCommand {
         if (asJson()) {
             write(report.asJson("copied"));
         } else {
-            std::string text = counted(report.count(Outcome::success)) + " copied (" + sizeText(bytes);
+            std::string text = counted(report.count(FileOutcome::success)) + " copied (" + sizeText(bytes);
             if (bytes != 0 && seconds > 0)
                 text +=
                     ", " + sizeText(static_cast<std::uint64_t>(static_cast<double>(bytes) / seconds)) + "/s";
             text += ")";
-            if (const std::size_t equal = report.count(Outcome::equal))
+            if (const std::size_t equal = report.count(FileOutcome::equal))
                 text += ", " + std::to_string(equal) + " already there";
-            if (const std::size_t wrong = report.count(Outcome::failure))
+            if (const std::size_t wrong = report.count(FileOutcome::failure))
                 text += ", " + std::to_string(wrong) + " failed";
             write(text + ".\n");
         }
         if (!lost.empty()) throw CommandFailure{failed, lost};
-        if (report.count(Outcome::failure) != 0) throw CommandFailure{failed, {}};
+        if (report.count(FileOutcome::failure) != 0) throw CommandFailure{failed, {}};
     }
 
     // Carries out one change for every path of the line.
@@ -209,7 +209,7 @@ class FilesCommand {
                     (this->*carryOut)(typed, report);
                 } catch (const CommandFailure& failure) {
                     if (failure.status != failed) throw;
-                    report.add({typed, {}, Outcome::failure, 0, failure.message});
+                    report.add({typed, {}, FileOutcome::failure, 0, failure.message});
                 }
             }
         } catch (const ConnectionLost& failure) {
@@ -217,29 +217,32 @@ class FilesCommand {
         }
         if (asJson()) write(report.asJson(verb));
         if (!lost.empty()) throw CommandFailure{failed, lost};
-        if (report.count(Outcome::failure) != 0) throw CommandFailure{failed, {}};
+        if (report.count(FileOutcome::failure) != 0) throw CommandFailure{failed, {}};
     }
 
     // Adds what became of an entry to the report.
     void tell(const PhoneEntry& entry, Operation operation, Long result, FileReport& report) {
         const std::string path = toUtf8(entry.path);
         if (result >= 0) {
-            report.add({path, {}, Outcome::success, 0, {}});
+            report.add({path, {}, FileOutcome::success, 0, {}});
             return;
         }
         requireConnection(phone_, folderOf(entry.path));
         report.add(
-            {path, {}, Outcome::failure, 0, resultMessage(operation, result, phone_.phoneTitle(), path)});
+            {path, {}, FileOutcome::failure, 0, resultMessage(operation, result, phone_.phoneTitle(), path)});
     }
 
     void removeEntry(const PhoneEntry& entry, FileReport& report) {
         if (!canStandInAPath(entry.name))
-            report.add(
-                {toUtf8(entry.path), {}, Outcome::failure, 0, toUtf8(entry.path) + ": no path can name it."});
+            report.add({toUtf8(entry.path),
+                        {},
+                        FileOutcome::failure,
+                        0,
+                        toUtf8(entry.path) + ": no path can name it."});
         else if (entry.isReadOnly)
             report.add({toUtf8(entry.path),
                         {},
-                        Outcome::failure,
+                        FileOutcome::failure,
                         0,
                         toUtf8(entry.path) + " is read-only on the phone and stays."});
         else if (entry.isFolder)
@@ -267,16 +270,16 @@ class FilesCommand {
             // What is in a folder goes before it; a folder in which something stays does, too.
             std::set<Text> staying;
             for (auto one = all.rbegin(); one != all.rend(); ++one) {
-                const std::size_t before = report.count(Outcome::failure);
+                const std::size_t before = report.count(FileOutcome::failure);
                 if (staying.contains(one->path))
                     report.add({toUtf8(one->path),
                                 {},
-                                Outcome::failure,
+                                FileOutcome::failure,
                                 0,
                                 toUtf8(one->path) + " is not empty and stays."});
                 else
                     removeEntry(*one, report);
-                if (report.count(Outcome::failure) != before) staying.insert(folderOf(one->path));
+                if (report.count(FileOutcome::failure) != before) staying.insert(folderOf(one->path));
             }
         }
     }
@@ -286,11 +289,11 @@ class FilesCommand {
             requireNoDrive(entry);
             const std::string path = toUtf8(entry.path);
             if (!entry.isFolder)
-                report.add({path, {}, Outcome::failure, 0, path + " is a file; rm deletes it."});
+                report.add({path, {}, FileOutcome::failure, 0, path + " is a file; rm deletes it."});
             else if (!phone_.list(entry.path).empty())
                 report.add({path,
                             {},
-                            Outcome::failure,
+                            FileOutcome::failure,
                             0,
                             path + " is not empty; rm -r deletes it with all that is in it."});
             else

@@ -34,6 +34,8 @@ std::chrono::minutes timeBias() {
 std::optional<std::chrono::sys_seconds> timeOf(const Text& text, std::chrono::minutes bias) {
     const std::optional<DateFields> fields = readDateFields(text);
     if (!fields || *fields == DateFields{}) return std::nullopt;
+    constexpr Long firstYear = 1900, lastYear = 2400;  // what the clocks of file systems count to
+    if (fields->year < firstYear || fields->year > lastYear) return std::nullopt;
     using namespace std::chrono;
     const year_month_day date{year(static_cast<int>(fields->year)),
                               month(static_cast<unsigned>(fields->month)),

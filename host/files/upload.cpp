@@ -120,7 +120,7 @@ void Upload::copyFolder(const Folder& folder, const Text& path, bool isNew) {
     }
     if (!sent.empty()) check(path, sent);
     for (const fs::path& other : folder.others)
-        report_->add({toUtf8(path), console::textOf(other), Outcome::failure, 0,
+        report_->add({toUtf8(path), console::textOf(other), FileOutcome::failure, 0,
                       "\"" + console::textOf(other) + "\" is neither a file nor a folder."});
     for (const auto& [local, below] : folder.folders) {
         const std::size_t known = there.size();
@@ -157,14 +157,14 @@ bool Upload::makeFolder(const fs::path& local, const Text& path, Entries& there,
         requireConnection(phone_, path);
         wrong = resultMessage(Operation::createFolder, result, phone_.phoneTitle(), toUtf8(actual));
     }
-    report_->add({toUtf8(actual), console::textOf(local), Outcome::failure, 0, wrong});
+    report_->add({toUtf8(actual), console::textOf(local), FileOutcome::failure, 0, wrong});
     return false;
 }
 
 void Upload::leaveOut(const Folder& folder, const Text& path) {
     for (const fs::path& local : folder.files) {
         progress_->left(sizeOf(local));
-        report_->add({toUtf8(joined(path, nameOf(local))), console::textOf(local), Outcome::failure, 0,
+        report_->add({toUtf8(joined(path, nameOf(local))), console::textOf(local), FileOutcome::failure, 0,
                       "\"" + console::textOf(local) + "\" was left out with its folder."});
     }
     for (const auto& [local, below] : folder.folders)
@@ -175,7 +175,7 @@ FileResult Upload::copyFile(const fs::path& local, const Text& folder, Entries& 
     const Text name = nameOf(local);
     const std::string path = toUtf8(joined(folder, name));
     const std::uint64_t size = sizeOf(local);
-    FileResult result{path, console::textOf(local), Outcome::failure, size, {}};
+    FileResult result{path, console::textOf(local), FileOutcome::failure, size, {}};
     const auto known = there.find(lowerCase(name));
     if (name.find_first_of(u"\\\"") != Text::npos) {
         result.message = "\"" + result.local + "\" cannot be copied: no phone takes such a name. Rename it.";
@@ -186,7 +186,7 @@ FileResult Upload::copyFile(const fs::path& local, const Text& folder, Entries& 
                          "\": another file of that name was copied just now; phones know no "
                          "difference between upper and lower case.";
     } else if (known != there.end() && isEqual(local, known->second, /*exactly=*/overwrite_)) {
-        result.outcome = Outcome::equal;
+        result.outcome = FileOutcome::equal;
     } else if (known != there.end() && known->second.isReadOnly) {
         result.message = path + " is read-only on the phone and stays as it is.";
     } else if (known != there.end() && !overwrite_) {
@@ -202,7 +202,7 @@ FileResult Upload::copyFile(const fs::path& local, const Text& folder, Entries& 
         const Long status = phone_.driver().putFile(result.local, modulePath(folder));
         if (status >= 0) {
             sent = true;
-            result.outcome = Outcome::success;
+            result.outcome = FileOutcome::success;
             progress_->copied(size);
             there[lowerCase(name)] = {};  // without a path: it came just now
             return result;
@@ -230,7 +230,7 @@ void Upload::check(const Text& folder, std::vector<FileResult>& sent) {
         const auto found = there.find(lowerCase(nameOf(local)));
         const bool asText = goesAsText(local);
         if (found == there.end() || (found->second.size != result.bytes && !asText)) {
-            result.outcome = Outcome::failure;
+            result.outcome = FileOutcome::failure;
             result.message = result.path + " did not arrive whole; retry.";
         } else if (asText) {
             result.message = result.path + " went to the phone as text in the system's code page.";

@@ -140,6 +140,19 @@ TEST_F(OvphoneFiles, WhatIsThereIsSkippedAndOnlyForceOverwrites) {
     EXPECT_EQ("newer", contentOf(disk("C/Data/b.txt")));
 }
 
+TEST_F(OvphoneFiles, ATimeThatNoFileCanHaveIsLeftOut) {
+    for (const char* high : {"0x00000000", "0x0F000000", "0x7FFFFFFF"}) {
+        const std::string plan =
+            R"({"command": "poke", "call": "CONAFindNextFile", "record": "file", "word": 3,
+                                     "value": ")" +
+            std::string(high) + R"("})";
+        const Outcome listed = runPlanned("files ls C:/Data/a.txt --format json", plan);
+        EXPECT_FALSE(json::parse(listed.output)[0].contains("changed")) << listed.output;
+        EXPECT_EQ(0, runPlanned("files get -f C:/Data/a.txt here", plan).status);
+        EXPECT_EQ("hello", contentOf(pc("here/a.txt")));
+    }
+}
+
 TEST_F(OvphoneFiles, NoNameLeadsOutOfTheTargetFolder) {
     for (const char* name : {"con.txt", "a:b", "tab\tbell\a", "dot.", "what?", "a\\b", "quote\""})
         write(disk(std::string("E/odd/") + name), name);
