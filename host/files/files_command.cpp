@@ -115,14 +115,15 @@ class FilesCommand {
     }
 
     void tree() {
-        std::string text;
+        std::vector<std::string> trees;
         for (const std::string& typed : pathsOr("/"))
             for (const PhoneEntry& top : phone_.find(typed))
-                if (asJson())
-                    text += (text.empty() ? "" : ",\n") + treeAsJson(phone_, top);
-                else
-                    text += (text.empty() ? "" : "\n") + treeAsText(phone_, top);
-        write(asJson() && wanted_.paths.size() > 1 ? "[" + text + "]\n" : text);
+                trees.push_back(asJson() ? treeAsJson(phone_, top) : treeAsText(phone_, top));
+        const bool isArray = asJson() && trees.size() > 1;
+        std::string text = isArray ? "[\n" : "";
+        for (std::size_t i = 0; i < trees.size(); ++i)
+            text += (i == 0 ? "" : isArray ? ",\n" : "\n") + trees[i];
+        write(text + (isArray ? "]\n" : ""));
     }
 
     void get() {

@@ -91,6 +91,7 @@ TEST_F(OvphoneFiles, DrawsTheTree) {
     EXPECT_EQ("صورة.png",
               whole["entries"][0]["entries"][0]["entries"][1]["entries"][0]["entries"][0]["name"]);
     EXPECT_EQ(json::array(), whole["entries"][1]["entries"]);
+    EXPECT_EQ("C:/Data/a.txt", runJson("files tree E: 'C:/Data/*'")[3]["path"]);
 }
 
 TEST_F(OvphoneFiles, AFolderGoesThereAndBack) {
