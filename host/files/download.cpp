@@ -181,7 +181,7 @@ std::string Download::fetch(const Item& item) {
     const Long result =
         phone_.driver().getFile(modulePath(item.entry.path), console::textOf(incoming_->path()));
     if (result < 0) {
-        requireConnection(phone_, folderOf(item.entry.path));
+        requireConnection(phone_);
         return resultMessage(Operation::getFile, result, phone_.phoneTitle(), path);
     }
     const fs::path file = incoming_->file();

@@ -45,8 +45,8 @@ std::string safeMessage(const std::string& message) {
     return toUtf8(singleLine(fromUtf8(message)));
 }
 
-void requireConnection(const PhoneFiles& phone, const Text& folder) {
-    if (phone.tryToList(folder)) return;
+void requireConnection(const PhoneFiles& phone) {
+    if (phone.tryToList({})) return;
     throw ConnectionLost{"The connection to " + phone.phoneTitle() +
                          " was lost. Attach it again and repeat the command."};
 }

@@ -46,7 +46,7 @@ struct ConnectionLost {
     std::string message;
 };
 
-// After a failure on an entry of `folder`: throws ConnectionLost when the phone does not answer any more.
-void requireConnection(const PhoneFiles& phone, const Text& folder);
+// After a failure: throws ConnectionLost when the phone does not even list its drives any more.
+void requireConnection(const PhoneFiles& phone);
 
 }  // namespace ovno2::host

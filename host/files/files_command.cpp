@@ -228,7 +228,7 @@ class FilesCommand {
             report.add({path, {}, FileOutcome::success, 0, {}});
             return;
         }
-        requireConnection(phone_, folderOf(entry.path));
+        requireConnection(phone_);
         report.add(
             {path, {}, FileOutcome::failure, 0, resultMessage(operation, result, phone_.phoneTitle(), path)});
     }

@@ -125,7 +125,7 @@ void Upload::copyFolder(const Folder& folder, const Text& path, bool isNew) {
     for (const auto& [local, below] : folder.folders) {
         const std::size_t known = there.size();
         Text actual = joined(path, nameOf(local));
-        if (makeFolder(local, path, there, actual))
+        if (makeFolder(local, there, actual))
             copyFolder(below, actual, there.size() != known);
         else
             leaveOut(below, actual);
@@ -133,7 +133,7 @@ void Upload::copyFolder(const Folder& folder, const Text& path, bool isNew) {
 }
 
 // Sees to it that the folder is there; `actual` becomes its path as the phone has it.
-bool Upload::makeFolder(const fs::path& local, const Text& path, Entries& there, Text& actual) {
+bool Upload::makeFolder(const fs::path& local, Entries& there, Text& actual) {
     const Text name = nameOf(local);
     const auto known = there.find(lowerCase(name));
     std::string wrong;
@@ -154,7 +154,7 @@ bool Upload::makeFolder(const fs::path& local, const Text& path, Entries& there,
             there.emplace(lowerCase(name), made);
             return true;
         }
-        requireConnection(phone_, path);
+        requireConnection(phone_);
         wrong = resultMessage(Operation::createFolder, result, phone_.phoneTitle(), toUtf8(actual));
     }
     report_->add({toUtf8(actual), console::textOf(local), FileOutcome::failure, 0, wrong});
@@ -210,7 +210,7 @@ FileResult Upload::copyFile(const fs::path& local, const Text& folder, Entries& 
         if (!std::ifstream(local)) {
             result.message = "\"" + result.local + "\" cannot be read.";
         } else {
-            requireConnection(phone_, folder);
+            requireConnection(phone_);
             result.message = resultMessage(Operation::putFile, status, phone_.phoneTitle(), path);
         }
     }

@@ -35,7 +35,7 @@ class Upload {
 
     void fill(Folder& folder, const std::filesystem::path& local);
     void copyFolder(const Folder& folder, const Text& path, bool isNew);
-    bool makeFolder(const std::filesystem::path& local, const Text& path, Entries& there, Text& actual);
+    bool makeFolder(const std::filesystem::path& local, Entries& there, Text& actual);
     FileResult copyFile(const std::filesystem::path& local, const Text& folder, Entries& there, bool& sent);
     void check(const Text& folder, std::vector<FileResult>& sent);
     void leaveOut(const Folder& folder, const Text& path);

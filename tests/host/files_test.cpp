@@ -1,4 +1,7 @@
 // `ovphone files` on a phone with files of the test's own.
+#include <chrono>
+#include <map>
+
 #include "host/ovphone_fixture.h"
 
 namespace ovno2::host {
