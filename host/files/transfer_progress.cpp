@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include "host/console.h"
@@ -17,7 +18,7 @@ constexpr std::chrono::milliseconds interval{80};
 constexpr std::size_t barWidth = 20;
 
 std::string timeText(double seconds) {
-    const auto whole = static_cast<long long>(seconds + 0.5);
+    const long long whole = std::llround(seconds);
     std::array<char, 32> text{};
     if (whole < 3600)
         std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);

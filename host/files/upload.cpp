@@ -71,9 +71,9 @@ std::vector<fs::path> sortedEntries(const fs::path& folder) {
 
 void Upload::add(const fs::path& local) {
     if (fs::is_directory(local)) {
-        Folder folder;
-        fill(folder, local);
-        top_.folders.emplace_back(local, std::move(folder));
+        Folder folder{.local = local, .files = {}, .folders = {}, .others = {}};
+        fill(folder);
+        top_.folders.push_back(std::move(folder));
     } else {
         top_.files.push_back(local);
         total_ += sizeOf(local);
@@ -81,12 +81,12 @@ void Upload::add(const fs::path& local) {
 }
 
 // Links to folders are not followed: they may lead in circles.
-void Upload::fill(Folder& folder, const fs::path& local) {
-    for (const fs::path& entry : sortedEntries(local)) {
+void Upload::fill(Folder& folder) {
+    for (const fs::path& entry : sortedEntries(folder.local)) {
         if (fs::is_directory(fs::symlink_status(entry))) {
-            Folder below;
-            fill(below, entry);
-            folder.folders.emplace_back(entry, std::move(below));
+            Folder below{.local = entry, .files = {}, .folders = {}, .others = {}};
+            fill(below);
+            folder.folders.push_back(std::move(below));
         } else if (fs::is_regular_file(entry)) {
             folder.files.push_back(entry);
             total_ += sizeOf(entry);
@@ -122,10 +122,10 @@ void Upload::copyFolder(const Folder& folder, const Text& path, bool isNew) {
     for (const fs::path& other : folder.others)
         report_->add({toUtf8(path), console::textOf(other), FileOutcome::failure, 0,
                       "\"" + console::textOf(other) + "\" is neither a file nor a folder."});
-    for (const auto& [local, below] : folder.folders) {
+    for (const Folder& below : folder.folders) {
         const std::size_t known = there.size();
-        Text actual = joined(path, nameOf(local));
-        if (makeFolder(local, there, actual))
+        Text actual = joined(path, nameOf(below.local));
+        if (makeFolder(below.local, there, actual))
             copyFolder(below, actual, there.size() != known);
         else
             leaveOut(below, actual);
@@ -167,8 +167,8 @@ void Upload::leaveOut(const Folder& folder, const Text& path) {
         report_->add({toUtf8(joined(path, nameOf(local))), console::textOf(local), FileOutcome::failure, 0,
                       "\"" + console::textOf(local) + "\" was left out with its folder."});
     }
-    for (const auto& [local, below] : folder.folders)
-        leaveOut(below, joined(path, nameOf(local)));
+    for (const Folder& below : folder.folders)
+        leaveOut(below, joined(path, nameOf(below.local)));
 }
 
 FileResult Upload::copyFile(const fs::path& local, const Text& folder, Entries& there, bool& sent) {

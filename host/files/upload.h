@@ -27,13 +27,14 @@ class Upload {
 
   private:
     struct Folder {
+        std::filesystem::path local;  // empty for the top, which holds what was added
         std::vector<std::filesystem::path> files;
-        std::vector<std::pair<std::filesystem::path, Folder>> folders;
+        std::vector<Folder> folders;
         std::vector<std::filesystem::path> others;  // neither file nor folder
     };
     using Entries = std::map<Text, PhoneEntry>;  // by name in lower case
 
-    void fill(Folder& folder, const std::filesystem::path& local);
+    void fill(Folder& folder);
     void copyFolder(const Folder& folder, const Text& path, bool isNew);
     bool makeFolder(const std::filesystem::path& local, Entries& there, Text& actual);
     FileResult copyFile(const std::filesystem::path& local, const Text& folder, Entries& there, bool& sent);

@@ -87,7 +87,7 @@ std::string readEntry(const JsonNode& node, const std::string& path, const FileS
 // A folder that a copy of the image may have lost, since not everything that carries files carries empty
 // folders. An image that nobody may write to stays without it.
 std::string readEmptyFolder(const JsonNode& node, const FileSettings& settings) {
-    const std::string path = node.utf8();
+    std::string path = node.utf8();
     const bool onDrive = path.size() > 2 && path[1] == '/' && settings.drives.contains(path.substr(0, 1));
     if (!staysInside(path) || !onDrive) node.fail("the path of a folder on a drive, such as \"C/Games\"");
     std::error_code ignored;
