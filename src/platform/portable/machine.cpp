@@ -64,7 +64,7 @@ Platform& nativePlatform() {
 }
 
 ThreadStorage& threadStorage() {
-    thread_local const portable::ReleaseAtThreadEnd release;
+    if (!portable::currentStorage.value) thread_local const portable::ReleaseAtThreadEnd release;
     return portable::currentStorage;
 }
 
