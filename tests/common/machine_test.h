@@ -18,7 +18,9 @@
 #else
 #include <sys/mman.h>
 
+#include "platform/portable/clock.h"
 #include "platform/portable/machine.h"
+#include "platform/portable/processes.h"
 #include "platform/portable/registry.h"
 #endif
 
@@ -54,9 +56,13 @@ class TemporaryFolder {
 
 #ifdef _WIN32
 using TestMachine = WindowsMachine;
+using TestClock = ChosenClock;
+using TestProcesses = ChosenProcesses;
 inline void makeQuick(TestMachine&) {}
 #else
 using TestMachine = platform::portable::Machine;
+using TestClock = platform::portable::PortableClock;
+using TestProcesses = platform::portable::PortableProcesses;
 // A page of 4096 readable bytes with nothing readable behind it. It stays until the program ends.
 inline void* pageBeforeNothing() {
     constexpr std::size_t page = 4096;
@@ -78,6 +84,9 @@ class MachineTest : public ::testing::Test {
         makeQuick(machine);
     }
     ~MachineTest() override { resetThreadState(); }
+
+    TestClock& clock() { return static_cast<TestClock&>(machine.clock()); }
+    TestProcesses& processes() { return static_cast<TestProcesses&>(machine.processes()); }
 
     // Stores a text value (type 1, with its terminating NUL) in the machine's registry.
     void setRegistryText(Long hive, TextView key, TextView name, TextView text) {

@@ -56,6 +56,45 @@ Text ChosenLibraries::moduleFolder() {
                : std::filesystem::path(moduleFolderOverride).make_preferred().u16string();
 }
 
+platform::SystemTime ChosenClock::localTime() {
+    if (!stoppedAt_) return native_.localTime();
+    const auto day = std::chrono::floor<std::chrono::days>(*stoppedAt_);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(*stoppedAt_ - day);
+    const auto narrow = [](auto number) { return static_cast<std::uint16_t>(number); };
+    return {.year = narrow(static_cast<int>(date.year())),
+            .month = narrow(static_cast<unsigned>(date.month())),
+            .dayOfWeek = narrow(std::chrono::weekday(day).c_encoding()),
+            .day = narrow(static_cast<unsigned>(date.day())),
+            .hour = narrow(time.hours().count()),
+            .minute = narrow(time.minutes().count()),
+            .second = narrow(time.seconds().count()),
+            .millisecond = narrow(time.subseconds().count())};
+}
+
+Single ChosenClock::secondsSinceMidnight() {
+    if (!stoppedAt_) return native_.secondsSinceMidnight();
+    const auto time = *stoppedAt_ - std::chrono::floor<std::chrono::days>(*stoppedAt_);
+    return static_cast<Single>(static_cast<double>(time.count()) / 1000);
+}
+
+void ChosenClock::sleep(std::uint32_t milliseconds) {
+    if (!stoppedAt_) return native_.sleep(milliseconds);
+    sleeps_.push_back(milliseconds);
+    *stoppedAt_ += std::chrono::milliseconds(milliseconds);
+}
+
+void ChosenClock::set(const platform::SystemTime& local) {
+    stoppedAt_ = std::chrono::local_days(std::chrono::year(local.year) / local.month / local.day) +
+                 std::chrono::hours(local.hour) + std::chrono::minutes(local.minute) +
+                 std::chrono::seconds(local.second) + std::chrono::milliseconds(local.millisecond);
+    sleeps_.clear();
+}
+
+void ChosenClock::advance(std::chrono::milliseconds time) {
+    if (stoppedAt_) *stoppedAt_ += time;
+}
+
 WindowsMachine::WindowsMachine(const std::filesystem::path&) {
     removeOwnRegistry();
     for (std::size_t i = 0; i < std::size(portableFormats); ++i) {

@@ -1,10 +1,14 @@
-// What stands for the scripted machine on Windows: the real platform, with a registry of its own and the
-// connectivity libraries as a test wants them.
+// What stands for the scripted machine on Windows: the real platform, with a registry of its own, and with
+// connectivity libraries, clock and programs as a test wants them.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "platform/platform.h"
 
@@ -26,6 +30,65 @@ class ChosenLibraries : public platform::Libraries {
     std::filesystem::path folder_;
 };
 
+// The system's clock, until a test stops it as it stops the portable machine's.
+class ChosenClock : public platform::Clock {
+  public:
+    platform::SystemTime localTime() override;
+    Single secondsSinceMidnight() override;
+    void sleep(std::uint32_t milliseconds) override;
+    bool fileTimeToSystemTime(std::uint64_t fileTime, platform::SystemTime& time) override {
+        return native_.fileTimeToSystemTime(fileTime, time);
+    }
+
+    void set(const platform::SystemTime& local);
+    void advance(std::chrono::milliseconds time);
+    std::vector<std::uint32_t> sleeps() const { return sleeps_; }
+
+  private:
+    platform::Clock& native_ = platform::nativePlatform().clock();
+    std::optional<std::chrono::local_time<std::chrono::milliseconds>> stoppedAt_;
+    std::vector<std::uint32_t> sleeps_;
+};
+
+// The system's programs, but for what a test does in the place of starting one.
+class ChosenProcesses : public platform::Processes {
+  public:
+    FailureNumber start(TextView commandLine, Long show) override {
+        return onStart ? onStart(commandLine, show) : native_.start(commandLine, show);
+    }
+    Long shellExecute(TextView verb, TextView file, TextView parameters, Long show) override {
+        return onShellExecute ? onShellExecute(verb, file, parameters, show)
+                              : native_.shellExecute(verb, file, parameters, show);
+    }
+    std::unique_ptr<platform::CapturedCommand> startCaptured(TextView commandLine) override {
+        return onStartCaptured ? onStartCaptured(commandLine) : native_.startCaptured(commandLine);
+    }
+    Long platformFamily() override { return native_.platformFamily(); }
+    bool listByStatus(std::vector<platform::ProcessEntry>& processes) override {
+        return native_.listByStatus(processes);
+    }
+    bool listBySnapshot(std::vector<platform::ProcessEntry>& processes) override {
+        return native_.listBySnapshot(processes);
+    }
+    void visitThreads(const std::function<bool(const platform::ThreadEntry&)>& visit) override {
+        native_.visitThreads(visit);
+    }
+    Text deviceName(TextView drive) override { return native_.deviceName(drive); }
+    Text specialFolder(Long id) override { return native_.specialFolder(id); }
+    bool fileVersion(TextView path, platform::FileVersion& version) override {
+        return native_.fileVersion(path, version);
+    }
+    Text environment(TextView name) override { return native_.environment(name); }
+    Text temporaryFolder() override { return native_.temporaryFolder(); }
+
+    std::function<FailureNumber(TextView commandLine, Long show)> onStart;
+    std::function<Long(TextView verb, TextView file, TextView parameters, Long show)> onShellExecute;
+    std::function<std::unique_ptr<platform::CapturedCommand>(TextView commandLine)> onStartCaptured;
+
+  private:
+    platform::Processes& native_ = platform::nativePlatform().processes();
+};
+
 class WindowsMachine : public platform::Platform {
   public:
     // As long as it lives, the machine's and the user's part of the registry are empty for this process, and
@@ -38,10 +101,10 @@ class WindowsMachine : public platform::Platform {
     platform::Registry& registry() override { return native_.registry(); }
     platform::Files& files() override { return native_.files(); }
     platform::SharedMemory& sharedMemory() override { return native_.sharedMemory(); }
-    platform::Processes& processes() override { return native_.processes(); }
+    ChosenProcesses& processes() override { return processes_; }
     platform::Windows& windows() override { return native_.windows(); }
     platform::Locale& locale() override { return native_.locale(); }
-    platform::Clock& clock() override { return native_.clock(); }
+    ChosenClock& clock() override { return clock_; }
     platform::CodePages& codePages() override { return native_.codePages(); }
     platform::Memory& memory() override { return native_.memory(); }
     ChosenLibraries& libraries() override { return libraries_; }
@@ -51,6 +114,8 @@ class WindowsMachine : public platform::Platform {
     platform::Platform& native_ = platform::nativePlatform();
     std::wstring formats_[2];  // the user's own
     ChosenLibraries libraries_;
+    ChosenClock clock_;
+    ChosenProcesses processes_;
 };
 
 // A page of 4096 readable bytes with nothing readable behind it. It stays until the program ends.

@@ -2,8 +2,6 @@
 
 #include "connectivity/devices.h"
 #include "contacts/contacts_test.h"
-#include "platform/portable/clock.h"
-#include "platform/portable/processes.h"
 #include "support/progress_object.h"
 
 namespace ovno2::Contacts {
@@ -17,9 +15,6 @@ class ContactsReadTest : public ContactsTest {
   protected:
     ContactsReadTest() { clock().set({.year = 2008, .month = 7, .day = 1, .hour = 12}); }
 
-    platform::portable::PortableClock& clock() {
-        return static_cast<platform::portable::PortableClock&>(machine.clock());
-    }
     // `count` contacts with the uids 01, 02, ... and their number as first name.
     void addContacts(int count) {
         Json contacts = Json::array();
@@ -120,12 +115,11 @@ TEST_F(ContactsReadTest, TriesAgainAsOftenAsTheFailureDeserves) {
     };
     addContacts(1);
     int services = 0;
-    static_cast<platform::portable::PortableProcesses&>(machine.processes()).onStartCaptured =
-        [&](TextView command) {
-            EXPECT_EQ(u"taskkill /F /IM ServiceLayer.exe", command);
-            ++services;
-            return nullptr;
-        };
+    processes().onStartCaptured = [&](TextView command) {
+        EXPECT_EQ(u"taskkill /F /IM ServiceLayer.exe", command);
+        ++services;
+        return nullptr;
+    };
     for (const Case& one : cases) {
         services = 0;
         calls();
@@ -147,9 +141,7 @@ TEST_F(ContactsReadTest, SucceedsWhenAFailureHealsInTime) {
         std::uint32_t failures;
     };
     addContacts(2);
-    static_cast<platform::portable::PortableProcesses&>(machine.processes()).onStartCaptured = [](TextView) {
-        return nullptr;
-    };
+    processes().onStartCaptured = [](TextView) { return nullptr; };
     for (const Case& one : {Case{"DAOpenCA", 0x80200000, 2}, Case{"DAOpenCA", 0x80200008, 4},
                             Case{"CAGetIDList", 0x80100014, 1}, Case{"CAGetIDList", 0x80200010, 2}}) {
         for (std::uint32_t n = 1; n <= one.failures; ++n)
@@ -233,7 +225,7 @@ class ContactPictures : public ContactsReadTest {
     std::filesystem::path image() const { return folder.path() / "phone"; }
     std::filesystem::path pictureFile(const char* name) const { return folder.path() / "pics" / name; }
     void addPicture(const std::string& bytes, Json format = "JPEG", const std::string& uid = "0A0B") {
-        std::ofstream(image() / "pictures" / "p") << bytes;
+        std::ofstream(image() / "pictures" / "p", std::ios::binary) << bytes;
         const Json picture = {{"format", std::move(format)}, {"file", "pictures/p"}};
         const Json contact =
             contactOf(uid, {{{"id", 2}, {"text", "Anna"}}, {{"id", 10}, {"picture", picture}}});
@@ -268,8 +260,9 @@ TEST_F(ContactPictures, AreWrittenOnlyWhenTheyDiffer) {
     addPicture("first");
     read();
     const auto file = pictureFile("0A0B.jpg");
-    const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24);
-    std::filesystem::last_write_time(file, longAgo);
+    std::filesystem::last_write_time(file,
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(24));
+    const auto longAgo = std::filesystem::last_write_time(file);
     read();
     EXPECT_EQ(longAgo, std::filesystem::last_write_time(file));
     for (const char* other : {"other", "longer than first"}) {

@@ -5,8 +5,6 @@
 #include <set>
 
 #include "contacts/contacts_test.h"
-#include "platform/portable/clock.h"
-#include "platform/portable/processes.h"
 
 namespace ovno2::Contacts {
 namespace {
@@ -16,10 +14,8 @@ class FaultSweep : public ContactsTest {
     static constexpr library::Status failure = library::connectionLost;
 
     FaultSweep() {
-        static_cast<platform::portable::PortableClock&>(machine.clock())
-            .set({.year = 2008, .month = 7, .day = 1, .hour = 12});
-        static_cast<platform::portable::PortableProcesses&>(machine.processes()).onStartCaptured =
-            [](TextView) { return nullptr; };
+        clock().set({.year = 2008, .month = 7, .day = 1, .hour = 12});
+        processes().onStartCaptured = [](TextView) { return nullptr; };
         table = tableOf({1, 2, 3, 20, 80, 49});
         pictureFolder = replaceAll(folder.path().u16string(), u"/", u"\\") + u"\\pics\\";
         const auto image = folder.path() / "phone";

@@ -3,8 +3,6 @@
 #include <fstream>
 
 #include "content/content_test.h"
-#include "platform/portable/clock.h"
-#include "platform/portable/processes.h"
 
 namespace ovno2::Content {
 namespace {
@@ -26,9 +24,6 @@ class Sessions : public ContentTest {
     }
 
     using Control = simulator::Control;
-    platform::portable::PortableClock& clock() {
-        return static_cast<platform::portable::PortableClock&>(machine.clock());
-    }
     void waitASecond() { clock().advance(std::chrono::milliseconds(1000)); }
 };
 
@@ -65,7 +60,7 @@ TEST_F(Sessions, WithoutTheLibraryAreRepairedOnceAndReportThatTheyDidNotStart) {
     usePlatform(machine);
     libraries().missingLibraries = {u"DAAPI"};
     int repairs = 0;
-    static_cast<platform::portable::PortableProcesses&>(machine.processes()).onShellExecute = [&](auto&&...) {
+    processes().onShellExecute = [&](auto&&...) {
         ++repairs;
         return 33;
     };
