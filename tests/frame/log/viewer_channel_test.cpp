@@ -4,15 +4,14 @@
 #include <optional>
 
 #include "common/machine_test.h"
+#include "common/test_window.h"
 #include "frame/log/debug_log.h"
-#include "platform/portable/window_endpoint.h"
 #include "support/attempt.h"
 #include "support/utf8.h"
 
 namespace ovno2 {
 namespace {
 
-using platform::portable::WindowEndpoint;
 using testing::ElementsAre;
 
 constexpr TextView hostDebugKey = u"Software\\Marrowind\\Orvanta\\Debug";
@@ -31,16 +30,10 @@ class LogViewer : public MachineTest {
     }
 
     void openViewer() {
-        viewer.emplace(folder.path(), u"Viewer",
-                       WindowEndpoint::Handlers{
-                           .message =
-                               [this](std::uint32_t message, std::uint32_t first, std::uint32_t second) {
-                                   messages.push_back({message, first, second});
-                                   return message == DebugLog::greetingMessage ? greeting : Long{7};
-                               },
-                           .activated = {},
-                           .keys = {}});
-        viewer->serveInBackground();
+        viewer.emplace(u"Viewer", [this](std::uint32_t message, std::uint32_t first, std::uint32_t second) {
+            messages.push_back({message, first, second});
+            return message == DebugLog::greetingMessage ? greeting : Long{7};
+        });
         setRegistryText(platform::currentUser, hostDebugKey, u"hWnd", decimalText(viewer->number()));
     }
     void start(TextView mode, TextView level = u"4") {
@@ -64,7 +57,7 @@ class LogViewer : public MachineTest {
 
     std::vector<Message> messages;
     Long greeting = DebugLog::greetingAnswer;
-    std::optional<WindowEndpoint> viewer;
+    std::optional<TestWindow> viewer;
 };
 
 TEST_F(LogViewer, TheViewerIsAskedAndSwitchesTheLogOn) {
@@ -116,7 +109,7 @@ TEST_F(LogViewer, ModeAndVisibilityDecideTheChannel) {
           Case{u"x", u"3", true, 0}, Case{u"9", u"", true, 29799}, Case{u"2", u"", false, 0}}) {
         resetThreadState();
         usePlatform(machine);
-        viewer->setVisible(c.visible);
+        if (!c.visible) viewer->hide();
         setRegistryText(platform::localMachine, hostDebugKey, u"Mode", c.machineMode);
         start(c.userMode);
         messages.clear();
