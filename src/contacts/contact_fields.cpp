@@ -47,27 +47,27 @@ bool isLongAddressId(Word id) {
     return id >= 256 && id <= 258;
 }
 
-Text phoneText(Address pointer) {
-    Text text = Content::GetStringFromPointer(pointer);
+void readPhoneText(Address pointer, Text& text) {
+    Content::GetStringFromPointer(pointer, text);
     if (text.find(u"=40"sv) != Text::npos) text = replaceAll(text, u"=40"sv, u"@"sv);
-    return text;
 }
 
-// The item's value as text; address records and unknown ids have none.
-Text valueOf(const AdrItem& record, const Content::DataItem& item, const Text& pictureFolder,
-             const Text& uid) {
+// Puts the item's value into the empty `value` as text; address records and unknown ids have none.
+void readValue(const AdrItem& record, const Content::DataItem& item, const Text& pictureFolder,
+               const Text& uid, Text& value) {
     const Word id = item.FieldId;
     if (id == birthdayId) {
         const DateValue date = Content::GetDateFromPointer(item.Value);
-        return date == dateZero ? Text() : shortDateText(date);
+        if (date != dateZero) value = shortDateText(date);
+    } else if (id == pictureId) {
+        value = savePicture(item.Value, record, pictureFolder, uid);
+    } else if (id == numberId) {
+        value = decimalText(static_cast<Long>(item.Value));
+    } else if (!isLongAddressId(id) && id < firstUnknownId) {
+        if (isShortAddressId(id) && Content::deviceManagementVersion() < firstVersionWithLongIds) return;
+        readPhoneText(item.Value, value);
+        if (id == noteId && value.ends_with(u';')) value.pop_back();
     }
-    if (id == pictureId) return savePicture(item.Value, record, pictureFolder, uid);
-    if (isLongAddressId(id) || id >= firstUnknownId) return {};
-    if (isShortAddressId(id) && Content::deviceManagementVersion() < firstVersionWithLongIds) return {};
-    if (id == numberId) return decimalText(static_cast<Long>(item.Value));
-    Text text = phoneText(item.Value);
-    if (id == noteId && text.ends_with(u';')) text.pop_back();
-    return text;
 }
 
 struct FieldCodes {
@@ -109,7 +109,8 @@ FieldCodes codesOfAddressWord(Word id, std::size_t word, const FieldDefinitions&
     return codes[word - firstAddressWord];
 }
 
-void saveAddress(ContactValues& values, const Content::DataItem& item, const FieldDefinitions& table) {
+void saveAddress(ContactValues& values, const Content::DataItem& item, const FieldDefinitions& table,
+                 Text& text) {
     Word size = 0;  // bytes
     library::copyRecord(item.Value, size);
     const std::size_t count = std::min(size / sizeof(Word), lastAddressWord + 1);
@@ -117,7 +118,7 @@ void saveAddress(ContactValues& values, const Content::DataItem& item, const Fie
     for (std::size_t k = firstAddressWord; k < count; ++k) {
         if (record[k] == 0) continue;
         attempt([&] {
-            Text text = phoneText(record[k]);
+            readPhoneText(record[k], text);
             if (text.ends_with(u'\r')) text.pop_back();
             const FieldCodes codes = codesOfAddressWord(item.FieldId, k, table);
             SetField(values.values(), table, codes.code, codes.code2, text);
@@ -128,7 +129,7 @@ void saveAddress(ContactValues& values, const Content::DataItem& item, const Fie
 void saveUncoded(ContactValues& values, const Content::DataItem& item, const FieldDefinitions& table,
                  Text& value) {
     if (isShortAddressId(item.FieldId) || isLongAddressId(item.FieldId)) {
-        if (item.Value != 0) saveAddress(values, item, table);
+        if (item.Value != 0) saveAddress(values, item, table, value);
     } else if (settings().getAllFields != 0) {
         SetField(values.values(), table, everythingElseCode, noCode, value);
     }
@@ -241,8 +242,9 @@ void SaveContactInfo(AdrItem& record, ContactValues& values, const Content::Data
                      const FieldDefinitions& table, bool nameFallback, const Text& pictureFolder,
                      const Text& uid) {
     const RoutineLog log(u"SaveContactInfo"sv);
-    Text value;
-    attempt([&] { value = valueOf(record, item, pictureFolder, uid); });
+    Text& value = values.itemValue();
+    value.clear();
+    if (attempt([&] { readValue(record, item, pictureFolder, uid, value); }) != noFailure) value.clear();
     values.beginItem();
     const Content::FieldTables& fields = Content::state().Fields;
     const FieldCodes codes = {fields.code(item.FieldId), fields.alternativeCode(item.FieldId)};

@@ -43,10 +43,12 @@ class ContactValues {
     void beginItem();
     bool hasValues() const { return started_; }
     std::vector<Text>& values() { return values_; }
+    Text& itemValue() { return itemValue_; }  // of the data item under way; keeps its room
     Text joined() const;
 
   private:
     std::vector<Text> values_;
+    Text itemValue_;
     bool started_ = false;
 };
 

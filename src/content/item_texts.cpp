@@ -23,29 +23,38 @@ Long codePageLength(TextView text) {
 
 }  // namespace
 
-Text GetStringFromPointer(Address pointer) {
+void GetStringFromPointer(Address pointer, Text& text) {
     const RoutineLog log(u"GetStringFromPointer"sv);
+    text.clear();
     const bool logged = logsMoreThan(pointerDetailLevel);
     if (logged) DebugLine(hex{pointer});
-    if (!library::isAddress(pointer) || pointer <= lastReservedAddress) return {};
+    if (!library::isAddress(pointer) || pointer <= lastReservedAddress) return;
     platform::Memory& memory = currentPlatform().memory();
     const auto* source = static_cast<const char16_t*>(library::pointerTo(pointer));
     const Long units = memory.textLength(source, probeLimit);
-    if (units < 0) return {};
+    if (units < 0) return;
     if (units == probeLimit) {
         DebugWrite(u"!!!1");
-        return {};
+        return;
     }
-    Text text(static_cast<std::size_t>(units), u'\0');
-    if (!memory.read(source, text.size() * sizeof(char16_t), text.data())) return {};
+    text.resize(static_cast<std::size_t>(units));
+    if (!memory.read(source, text.size() * sizeof(char16_t), text.data())) {
+        text.clear();
+        return;
+    }
     const bool mayPassLimit = units * mostBytesPerUnit + 1 > codePageLimit;
-    if (!logged && !mayPassLimit) return text;
+    if (!logged && !mayPassLimit) return;
     const Long bytes = codePageLength(text);
     if (logged) DebugLine(decimal{bytes});
     if (bytes > codePageLimit) {
         DebugWrite(u"!!!1");
-        return {};
+        text.clear();
     }
+}
+
+Text GetStringFromPointer(Address pointer) {
+    Text text;
+    GetStringFromPointer(pointer, text);
     return text;
 }
 
