@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <memory>
 
+#include "platform_native/thread_value.h"
+
 namespace ovno2 {
 
 // From the bottom of the house up.
@@ -74,11 +76,20 @@ class ThreadState {
     std::array<Holder, static_cast<std::size_t>(StateSlot::count)> states_{};
 };
 
-// The calling thread's state; lives until the thread ends (see platform/thread_storage.h).
-ThreadState& threadState();
+// The calling thread's state, null when it has none.
+inline ThreadState* existingThreadState() {
+    return static_cast<ThreadState*>(platform::threadValue());
+}
 
-// The same without creating it; null when the calling thread has none.
-ThreadState* existingThreadState();
+namespace detail {
+ThreadState& makeThreadState();
+}
+
+// The calling thread's state; lives until the thread ends (see platform/thread_storage.h).
+inline ThreadState& threadState() {
+    ThreadState* const state = existingThreadState();
+    return state ? *state : detail::makeThreadState();
+}
 
 // Forgets everything the calling thread knows.
 inline void resetThreadState() {

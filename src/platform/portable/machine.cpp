@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "platform/portable/registry.h"
-#include "platform/thread_storage.h"
+#include "platform_native/thread_value.h"
 
 namespace ovno2::platform {
 
@@ -37,9 +37,6 @@ std::filesystem::path defaultProfileFolder() {
     return std::filesystem::temp_directory_path() / "ovno2";
 }
 
-// Plain memory, so that what is destroyed after the thread's end may still ask and finds nothing.
-thread_local ThreadStorage currentStorage;
-
 // Its destructor runs when the thread ends.
 struct ReleaseAtThreadEnd {
     ~ReleaseAtThreadEnd() {
@@ -50,6 +47,8 @@ struct ReleaseAtThreadEnd {
 };
 
 }  // namespace
+
+constinit thread_local ThreadStorage currentStorage;
 
 }  // namespace portable
 
