@@ -1,4 +1,5 @@
 // What the component costs its host: one call by either way, and a whole phone book.
+//     ./run --windows list        (tells the Wine prefix where the simulator lies)
 //     scripts/build.sh windows component_bench
 //     scripts/wine.sh run build/windows/wine build/windows/bench/windows/component_bench.exe
 // The native figure to compare with is that of build/release/bench/contacts_bench, ReadContacts/10000.
