@@ -1,7 +1,2 @@
 include(${CMAKE_CURRENT_LIST_DIR}/Headers.cmake)
-ovno2_headers(CLI11::CLI11 CLI)
-if(TARGET CLI11::CLI11)
-  set(CLI11_TARGET CLI11::CLI11)
-endif()
-include(FindPackageHandleStandardArgs)
-find_package_handle_standard_args(CLI11 REQUIRED_VARS CLI11_TARGET)
+ovno2_find_headers(CLI11 CLI11::CLI11 CLI)

@@ -1,7 +1,2 @@
 include(${CMAKE_CURRENT_LIST_DIR}/Headers.cmake)
-ovno2_headers(RapidJSON::RapidJSON rapidjson)
-if(TARGET RapidJSON::RapidJSON)
-  set(RapidJSON_TARGET RapidJSON::RapidJSON)
-endif()
-include(FindPackageHandleStandardArgs)
-find_package_handle_standard_args(RapidJSON REQUIRED_VARS RapidJSON_TARGET)
+ovno2_find_headers(RapidJSON RapidJSON::RapidJSON rapidjson)

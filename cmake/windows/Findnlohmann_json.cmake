@@ -1,7 +1,2 @@
 include(${CMAKE_CURRENT_LIST_DIR}/Headers.cmake)
-ovno2_headers(nlohmann_json::nlohmann_json nlohmann)
-if(TARGET nlohmann_json::nlohmann_json)
-  set(nlohmann_json_TARGET nlohmann_json::nlohmann_json)
-endif()
-include(FindPackageHandleStandardArgs)
-find_package_handle_standard_args(nlohmann_json REQUIRED_VARS nlohmann_json_TARGET)
+ovno2_find_headers(nlohmann_json nlohmann_json::nlohmann_json nlohmann)

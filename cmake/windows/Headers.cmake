@@ -10,3 +10,13 @@ function(ovno2_headers target folder)
   add_library(${target} INTERFACE IMPORTED GLOBAL)
   target_include_directories(${target} INTERFACE ${include})
 endfunction()
+
+# ovno2_find_headers(PACKAGE TARGET FOLDER): all that the find module of such a library does.
+include(FindPackageHandleStandardArgs)
+macro(ovno2_find_headers package target folder)
+  ovno2_headers(${target} ${folder})
+  if(TARGET ${target})
+    set(${package}_TARGET ${target})
+  endif()
+  find_package_handle_standard_args(${package} REQUIRED_VARS ${package}_TARGET)
+endmacro()

@@ -58,18 +58,11 @@ Text ChosenLibraries::moduleFolder() {
 
 platform::SystemTime ChosenClock::localTime() {
     if (!stoppedAt_) return native_.localTime();
-    const auto day = std::chrono::floor<std::chrono::days>(*stoppedAt_);
-    const std::chrono::year_month_day date(day);
-    const std::chrono::hh_mm_ss time(*stoppedAt_ - day);
-    const auto narrow = [](auto number) { return static_cast<std::uint16_t>(number); };
-    return {.year = narrow(static_cast<int>(date.year())),
-            .month = narrow(static_cast<unsigned>(date.month())),
-            .dayOfWeek = narrow(std::chrono::weekday(day).c_encoding()),
-            .day = narrow(static_cast<unsigned>(date.day())),
-            .hour = narrow(time.hours().count()),
-            .minute = narrow(time.minutes().count()),
-            .second = narrow(time.seconds().count()),
-            .millisecond = narrow(time.subseconds().count())};
+    constexpr std::chrono::seconds epoch(11'644'473'600);  // from 1601, where file times begin, to 1970
+    const std::chrono::milliseconds since1601 = stoppedAt_->time_since_epoch() + epoch;
+    platform::SystemTime time;
+    native_.fileTimeToSystemTime(static_cast<std::uint64_t>(since1601.count()) * 10'000, time);
+    return time;
 }
 
 Single ChosenClock::secondsSinceMidnight() {

@@ -1,11 +1,11 @@
 // The log viewer as a user gets it, watching the component at work.
 #include <algorithm>
-#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <thread>
 
 #include "common/machine_test.h"
+#include "common/soon.h"
 #include "windows/component_test.h"
 
 namespace ovno2::windows_tests {
@@ -22,16 +22,6 @@ std::wstring setting(const wchar_t* name) {
     DWORD bytes = sizeof text;
     RegGetValueW(HKEY_CURRENT_USER, debugKey, name, RRF_RT_REG_SZ, nullptr, text, &bytes);
     return text;
-}
-
-template <class Condition>
-bool soon(Condition condition) {
-    constexpr int tries = 1000;
-    for (int i = 0; i < tries; ++i) {
-        if (condition()) return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
 }
 
 class Viewer {

@@ -170,7 +170,8 @@ std::unique_ptr<CapturedCommand> PortableProcesses::startCaptured(TextView comma
     return std::make_unique<PipedCommand>(std::move(readEnd));
 }
 
-bool PortableProcesses::listByStatus(std::vector<ProcessEntry>& processes) {
+template <class PathOf>
+bool PortableProcesses::list(std::vector<ProcessEntry>& processes, PathOf&& pathOf) {
     if (running) {
         processes = *running;
         return true;
@@ -178,32 +179,24 @@ bool PortableProcesses::listByStatus(std::vector<ProcessEntry>& processes) {
     processes.clear();
     std::vector<SystemProcess> found;
     const bool listed = systemProcesses(found);
-    for (const SystemProcess& process : found) {
-        Text path = process.program.empty() ? Text() : windowsPath(machine_, process.program);
-        processes.push_back({.id = process.id, .path = std::move(path), .handle = 0});
-    }
+    for (const SystemProcess& process : found)
+        processes.push_back({.id = process.id, .path = pathOf(process), .handle = 0});
     return listed;
 }
 
+bool PortableProcesses::listByStatus(std::vector<ProcessEntry>& processes) {
+    return list(processes, [this](const SystemProcess& process) {
+        return process.program.empty() ? Text() : windowsPath(machine_, process.program);
+    });
+}
+
 bool PortableProcesses::listBySnapshot(std::vector<ProcessEntry>& processes) {
-    if (running) {
-        processes = *running;
-        return true;
-    }
-    processes.clear();
-    std::vector<SystemProcess> found;
-    const bool listed = systemProcesses(found);
-    for (const SystemProcess& process : found) {
-        Text path;
-        if (process.program.empty()) {
-            path = u"[" + fromUtf8(process.shortName) + u"]";
-        } else {
-            path = windowsPath(machine_, process.program);
-            path.replace(0, 2, deviceName(path.substr(0, 2)));
-        }
-        processes.push_back({.id = process.id, .path = std::move(path), .handle = 0});
-    }
-    return listed;
+    return list(processes, [this](const SystemProcess& process) {
+        if (process.program.empty()) return u"[" + fromUtf8(process.shortName) + u"]";
+        Text path = windowsPath(machine_, process.program);
+        path.replace(0, 2, deviceName(path.substr(0, 2)));
+        return path;
+    });
 }
 
 void PortableProcesses::visitThreads(const std::function<bool(const ThreadEntry&)>& visit) {

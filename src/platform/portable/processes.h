@@ -39,6 +39,9 @@ class PortableProcesses : public Processes {
     Long family = 2;
 
   private:
+    template <class PathOf>
+    bool list(std::vector<ProcessEntry>& processes, PathOf&& pathOf);
+
     Machine& machine_;
 };
 

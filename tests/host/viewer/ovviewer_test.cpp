@@ -1,14 +1,13 @@
 // The viewer as a process of its own, watched by a program that logs: this one.
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 #include "common/machine_test.h"
+#include "common/soon.h"
 #include "frame/log/debug_log.h"
 #include "frame/registry/registry_access.h"
 #include "support/attempt.h"
@@ -27,16 +26,6 @@ constexpr const char* values[] = {"hWnd", "On", "Mode", "Level"};
 std::string contentOf(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-template <class Condition>
-bool soon(Condition condition) {
-    constexpr int tries = 1000;
-    for (int i = 0; i < tries; ++i) {
-        if (condition()) return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
 }
 
 class ViewerProcess {
