@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "frame/log/debug_log.h"
+#include "core/current_platform.h"
+#include "log/debug_log.h"
 #include "platform/portable/machine.h"
-#include "support/current_platform.h"
 
 namespace ovno2 {
 

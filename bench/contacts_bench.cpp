@@ -10,12 +10,12 @@
 #include <malloc.h>
 
 #include "bench_machine.h"
-#include "connectivity/library_memory.h"
-#include "connectivity/session.h"
 #include "contacts/contact_fields.h"
 #include "contacts/contacts.h"
 #include "content/sessions.h"
 #include "content/state.h"
+#include "devices/session.h"
+#include "library/library_memory.h"
 #include "platform/portable/libraries.h"
 #include "simulator/control.h"
 
@@ -200,7 +200,7 @@ BENCHMARK(SetFieldAlone)->Arg(20)->Arg(2000);
 
 void CopyToDataStructAlone(benchmark::State& state) {
     Bench bench;
-    Content::LowWords array(fieldsPerContact * 5);
+    library::LowWords array(fieldsPerContact * 5);
     for (std::size_t i = 0; i < array.size(); ++i)
         *array.at(i) = i % 5 == 0 ? 20 : static_cast<library::Word>(i);
     std::vector<Content::DataItem> items;

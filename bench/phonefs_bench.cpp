@@ -10,8 +10,8 @@
 #include <unistd.h>
 
 #include "bench_machine.h"
-#include "connectivity/library_memory.h"
-#include "connectivity/session.h"
+#include "devices/session.h"
+#include "library/library_memory.h"
 #include "phonefs/file_operations.h"
 #include "phonefs/nokia_files.h"
 #include "platform/portable/libraries.h"

@@ -4,11 +4,11 @@
 #include <iconv.h>
 
 #include "bench_machine.h"
-#include "calendar/dates/iso_date.h"
+#include "core/log_front.h"
+#include "dates/iso_date.h"
+#include "pc/convert_uml_file.h"
+#include "pc/files.h"
 #include "platform/portable/window_endpoint.h"
-#include "support/convert_uml_file.h"
-#include "support/files.h"
-#include "support/log_front.h"
 
 namespace ovno2 {
 namespace {

@@ -2,11 +2,11 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "support/ansi.h"
-#include "support/byte_table.h"
-#include "support/convert_uml_file.h"
-#include "support/utf8.h"
-#include "support/values.h"
+#include "base/utf8.h"
+#include "base/values.h"
+#include "pc/ansi.h"
+#include "pc/byte_table.h"
+#include "pc/convert_uml_file.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "support/ansi.h"
-#include "support/get_file_contents_mod.h"
-#include "support/utf8.h"
+#include "base/utf8.h"
+#include "pc/ansi.h"
+#include "pc/get_file_contents_mod.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 #include <memory>
 #include <string>
 
-#include "calendar/dates/date_parser.h"
-#include "calendar/dates/date_text.h"
-#include "calendar/dates/iso_date.h"
+#include "core/current_platform.h"
+#include "dates/date_parser.h"
+#include "dates/date_text.h"
+#include "dates/iso_date.h"
 #include "platform/portable/machine.h"
-#include "support/current_platform.h"
 
 using namespace ovno2;
 using platform::portable::Machine;

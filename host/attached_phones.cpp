@@ -2,12 +2,12 @@
 
 #include <filesystem>
 
+#include "base/utf8.h"
 #include "host/command_output.h"
 #include "host/console.h"
 #include "host/exit_status.h"
 #include "host/phone_choice.h"
 #include "host/result_messages.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

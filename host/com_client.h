@@ -6,10 +6,10 @@
 #include <new>
 #include <span>
 
+#include "base/host_array.h"
 #include "com/safe_array.h"
 #include "com/texts.h"
 #include "platform/win32/com_pointer.h"
-#include "support/host_array.h"
 
 namespace ovno2::host {
 

@@ -1,12 +1,12 @@
 // The driver over the COM object, as any program on Windows uses it.
 #include <system_error>
 
-#include "frame/registry/registry_access.h"
+#include "base/utf8.h"
+#include "core/current_platform.h"
 #include "host/com_client.h"
 #include "host/console.h"
 #include "host/driver.h"
-#include "support/current_platform.h"
-#include "support/utf8.h"
+#include "pc/registry_access.h"
 
 namespace ovno2::host {
 

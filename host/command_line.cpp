@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <iostream>
 
+#include "base/utf8.h"
 #include "host/exit_status.h"
 #include "host/phone_choice.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "base/utf8.h"
 #include "host/attached_phones.h"
 #include "host/command_output.h"
 #include "host/console.h"
@@ -17,7 +18,6 @@
 #include "host/phone_output.h"
 #include "host/progress.h"
 #include "host/result_messages.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

@@ -5,8 +5,8 @@
 #include <system_error>
 #include <windows.h>
 
+#include "base/utf8.h"
 #include "host/console.h"
-#include "support/utf8.h"
 
 namespace ovno2::host::console {
 

@@ -2,10 +2,10 @@
 
 #include <rapidjson/writer.h>
 
+#include "base/utf8.h"
+#include "base/values.h"
 #include "host/console.h"
 #include "host/field_table.h"
-#include "support/utf8.h"
-#include "support/values.h"
 
 namespace ovno2::host {
 

@@ -2,14 +2,14 @@
 
 #include <cmath>
 
-#include "frame/registry/registry_access.h"
+#include "base/utf8.h"
+#include "base/values.h"
 #include "host/console.h"
 #include "host/log_switch.h"
 #include "host/result_messages.h"
-#include "support/file_info.h"
-#include "support/process.h"
-#include "support/utf8.h"
-#include "support/values.h"
+#include "pc/file_info.h"
+#include "pc/process.h"
+#include "pc/registry_access.h"
 
 namespace ovno2::host {
 

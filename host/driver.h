@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "support/host_array.h"
+#include "base/host_array.h"
 
 namespace ovno2::host {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "support/values.h"
+#include "base/values.h"
 
 namespace ovno2::host {
 

@@ -7,7 +7,7 @@
 
 #include <span>
 
-#include "support/host_array.h"
+#include "base/host_array.h"
 
 namespace ovno2::host {
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <fstream>
 
-#include "frame/registry/registry_access.h"
+#include "base/utf8.h"
+#include "base/values.h"
+#include "core/current_platform.h"
 #include "host/console.h"
-#include "support/current_platform.h"
-#include "support/utf8.h"
-#include "support/values.h"
+#include "pc/registry_access.h"
 
 namespace ovno2::host {
 

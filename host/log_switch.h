@@ -9,7 +9,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::host {
 

@@ -1,12 +1,12 @@
 // The driver over the public class, in the same process.
-#include "frame/cov_no2.h"
-#include "frame/registry/registry_access.h"
+#include "base/utf8.h"
+#include "core/current_platform.h"
+#include "driver/cov_no2.h"
+#include "driver/progress_object.h"
 #include "host/console.h"
 #include "host/driver.h"
+#include "pc/registry_access.h"
 #include "platform/portable/libraries.h"
-#include "support/current_platform.h"
-#include "support/progress_object.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

@@ -4,8 +4,8 @@
 #include <numeric>
 #include <utility>
 
-#include "support/utf8.h"
-#include "support/values.h"
+#include "base/utf8.h"
+#include "base/values.h"
 
 namespace ovno2::host {
 

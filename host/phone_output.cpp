@@ -2,8 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "connectivity/devices.h"
-#include "support/utf8.h"
+#include "base/utf8.h"
+#include "devices/devices.h"
 
 namespace ovno2::host {
 

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <string>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::host {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "base/utf8.h"
 #include "host/display_width.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

@@ -4,7 +4,7 @@
 // Their numbers are the simulator's own; callers pass them on or turn them into a failure.
 #pragma once
 
-#include "connectivity/library_records.h"
+#include "library/library_records.h"
 
 namespace ovno2::simulator::status {
 

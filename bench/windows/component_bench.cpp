@@ -16,15 +16,15 @@
 #include <functional>
 #include <vector>
 
+#include "base/values.h"
 #include "com/class_factory.h"
 #include "com/interface.h"
-#include "connectivity/session.h"
 #include "contacts/contacts.h"
-#include "frame/log/debug_log.h"
+#include "core/current_platform.h"
+#include "devices/session.h"
 #include "host/com_client.h"
+#include "log/debug_log.h"
 #include "simulator/control.h"
-#include "support/current_platform.h"
-#include "support/values.h"
 
 namespace {
 

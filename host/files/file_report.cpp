@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/utf8.h"
 #include "host/command_output.h"
 #include "host/display_width.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+#include "base/utf8.h"
+#include "base/values.h"
 #include "host/attached_phones.h"
 #include "host/command_output.h"
 #include "host/console.h"
@@ -12,8 +14,6 @@
 #include "host/files/phone_path.h"
 #include "host/files/upload.h"
 #include "host/result_messages.h"
-#include "support/utf8.h"
-#include "support/values.h"
 
 namespace ovno2::host {
 

@@ -14,7 +14,7 @@
 
 #include <map>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::host {
 

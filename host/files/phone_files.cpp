@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "calendar/dates/date_parser.h"
-#include "frame/registry/registry_access.h"
+#include "base/utf8.h"
+#include "base/values.h"
+#include "dates/date_parser.h"
 #include "host/attached_phones.h"
 #include "host/command_output.h"
 #include "host/display_width.h"
@@ -12,9 +13,8 @@
 #include "host/files/phone_path.h"
 #include "host/phone_choice.h"
 #include "host/result_messages.h"
+#include "pc/registry_access.h"
 #include "phonefs/dir_item.h"
-#include "support/utf8.h"
-#include "support/values.h"
 
 namespace ovno2::host {
 

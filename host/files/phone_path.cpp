@@ -1,9 +1,9 @@
 #include "host/files/phone_path.h"
 
+#include "base/utf8.h"
+#include "base/values.h"
 #include "host/command_output.h"
 #include "host/exit_status.h"
-#include "support/utf8.h"
-#include "support/values.h"
 
 namespace ovno2::host {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::host {
 

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/utf8.h"
 #include "host/console.h"
 #include "host/display_width.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

@@ -4,13 +4,13 @@
 #include <array>
 #include <fstream>
 
+#include "base/utf8.h"
+#include "base/values.h"
 #include "host/console.h"
 #include "host/result_messages.h"
-#include "support/ansi.h"
-#include "support/files.h"
-#include "support/get_file_contents_mod.h"
-#include "support/utf8.h"
-#include "support/values.h"
+#include "pc/ansi.h"
+#include "pc/files.h"
+#include "pc/get_file_contents_mod.h"
 
 namespace ovno2::host {
 

@@ -1,8 +1,8 @@
 #include "host/viewer/log_receiver.h"
 
-#include "frame/log/viewer_channel.h"
-#include "support/attempt.h"
-#include "support/current_platform.h"
+#include "core/attempt.h"
+#include "core/current_platform.h"
+#include "log/viewer_channel.h"
 
 namespace ovno2::host {
 

@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-#include "support/mapped_file.h"
+#include "log/mapped_file.h"
 
 namespace ovno2::host {
 

@@ -1,10 +1,10 @@
 #include "host/viewer/published_viewer.h"
 
-#include "frame/log/viewer_channel.h"
-#include "frame/registry/registry_access.h"
-#include "support/current_platform.h"
-#include "support/log_front.h"
-#include "support/values.h"
+#include "base/values.h"
+#include "core/current_platform.h"
+#include "core/log_front.h"
+#include "log/viewer_channel.h"
+#include "pc/registry_access.h"
 
 namespace ovno2::host {
 

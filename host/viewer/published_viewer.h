@@ -8,7 +8,7 @@
 #include <array>
 #include <optional>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::host {
 

@@ -1,6 +1,6 @@
 #include "host/viewer/routine_filter.h"
 
-#include "support/values.h"
+#include "base/values.h"
 
 namespace ovno2::host {
 

@@ -5,7 +5,7 @@
 // the middle, counts until the routine is entered anew at the same depth or an outer one.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::host {
 

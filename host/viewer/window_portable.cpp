@@ -10,6 +10,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "base/utf8.h"
+#include "core/current_platform.h"
 #include "host/console.h"
 #include "host/exit_status.h"
 #include "host/viewer/log_receiver.h"
@@ -18,8 +20,6 @@
 #include "platform/portable/machine.h"
 #include "platform/portable/spawn.h"
 #include "platform/portable/window_endpoint.h"
-#include "support/current_platform.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

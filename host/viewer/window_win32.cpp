@@ -7,12 +7,12 @@
 #include <commdlg.h>
 // clang-format on
 
+#include "base/utf8.h"
 #include "host/console.h"
 #include "host/exit_status.h"
 #include "host/viewer/log_receiver.h"
 #include "host/viewer/routine_filter.h"
 #include "host/viewer/window.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

@@ -3,7 +3,7 @@
 
 #include <type_traits>
 
-#include "connectivity/library_calls.h"
+#include "library/library_calls.h"
 
 #if defined(_WIN32)
 #define SIMULATOR_EXPORT extern "C" __declspec(dllexport)

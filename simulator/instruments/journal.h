@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "connectivity/library_records.h"
+#include "library/library_records.h"
 
 namespace ovno2::simulator {
 

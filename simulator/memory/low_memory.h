@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-#include "connectivity/library_records.h"
+#include "library/library_records.h"
 
 namespace ovno2::simulator {
 

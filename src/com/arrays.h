@@ -8,9 +8,9 @@
 
 #include <algorithm>
 
+#include "base/host_array.h"
 #include "com/pending_writes.h"
 #include "com/safe_array.h"
-#include "support/host_array.h"
 
 namespace ovno2::com {
 

@@ -8,8 +8,8 @@
 #include <tuple>
 
 #include "com/records.h"
+#include "core/attempt.h"
 #include "platform/win32/dispatch_object.h"
-#include "support/attempt.h"
 
 namespace ovno2::com {
 

@@ -11,7 +11,7 @@
 #include "com/interface.h"
 #include "com/module.h"
 #include "com/type_libraries.h"
-#include "frame/cov_no2.h"
+#include "driver/cov_no2.h"
 
 namespace ovno2::com {
 

@@ -2,10 +2,10 @@
 
 #include <vector>
 
+#include "base/values.h"
 #include "com/late_argument.h"
 #include "com/member_table.h"
 #include "platform_native/call.h"
-#include "support/values.h"
 
 namespace ovno2::com {
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "base/failure.h"
+#include "base/values.h"
 #include "com/texts.h"
 #include "com/type_libraries.h"
-#include "platform/failure.h"
-#include "support/values.h"
 
 namespace ovno2::com {
 

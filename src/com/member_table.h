@@ -5,8 +5,8 @@
 
 #include <vector>
 
+#include "base/types.h"
 #include "com/interface.h"
-#include "platform/types.h"
 
 namespace ovno2::com {
 

@@ -5,7 +5,7 @@
 
 #include "com/arrays.h"
 #include "com/interface.h"
-#include "frame/cov_no2.h"
+#include "driver/cov_no2.h"
 
 namespace ovno2::com {
 

@@ -3,10 +3,10 @@
 #include <olectl.h>
 #include <vector>
 
+#include "base/values.h"
 #include "com/type_libraries.h"
 #include "platform/win32/module_path.h"
 #include "platform/win32/wide.h"
-#include "support/values.h"
 
 namespace ovno2::com {
 

@@ -4,9 +4,9 @@
 #include <dispex.h>
 #include <vector>
 
+#include "base/values.h"
 #include "com/late_argument.h"
 #include "com/type_libraries.h"
-#include "support/values.h"
 
 namespace ovno2::com {
 

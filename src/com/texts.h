@@ -5,8 +5,8 @@
 #include <new>
 #include <utility>
 
+#include "base/types.h"
 #include "com/interface.h"
-#include "platform/types.h"
 #include "platform/win32/wide.h"
 
 namespace ovno2::com {

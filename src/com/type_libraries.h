@@ -1,8 +1,8 @@
 // The type libraries that this module carries as resources.
 #pragma once
 
+#include "base/types.h"
 #include "com/interface.h"
-#include "platform/types.h"
 #include "platform/win32/com_pointer.h"
 
 namespace ovno2::com {

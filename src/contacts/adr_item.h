@@ -1,7 +1,7 @@
 // The host's address-book record, as far as the module fills it.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2 {
 

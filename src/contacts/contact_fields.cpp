@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "calendar/dates/date_text.h"
-#include "connectivity/devices.h"
-#include "connectivity/library_memory.h"
 #include "contacts/contact_picture.h"
 #include "content/item_dates.h"
-#include "content/item_texts.h"
 #include "content/state.h"
-#include "frame/settings.h"
+#include "core/settings.h"
+#include "dates/date_text.h"
+#include "devices/devices.h"
+#include "library/library_memory.h"
+#include "library/library_texts.h"
 
 namespace ovno2::Contacts {
 
@@ -48,7 +48,7 @@ bool isLongAddressId(Word id) {
 }
 
 void readPhoneText(Address pointer, Text& text) {
-    Content::GetStringFromPointer(pointer, text);
+    library::GetStringFromPointer(pointer, text);
     if (text.find(u"=40"sv) != Text::npos) text = replaceAll(text, u"=40"sv, u"@"sv);
 }
 

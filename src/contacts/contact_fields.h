@@ -7,9 +7,9 @@
 #include <array>
 #include <vector>
 
+#include "base/host_array.h"
 #include "contacts/adr_item.h"
 #include "content/data_items.h"
-#include "support/host_array.h"
 
 namespace ovno2::Contacts {
 

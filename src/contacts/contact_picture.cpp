@@ -2,11 +2,11 @@
 
 #include <limits>
 
-#include "connectivity/library_memory.h"
-#include "content/item_texts.h"
-#include "support/convert_array.h"
-#include "support/files.h"
-#include "support/folders.h"
+#include "library/library_memory.h"
+#include "library/library_texts.h"
+#include "pc/convert_array.h"
+#include "pc/files.h"
+#include "pc/folders.h"
 
 namespace ovno2::Contacts {
 
@@ -50,7 +50,7 @@ Text savePicture(Address picture, const AdrItem& record, const Text& folder, con
     attempt([&] { library::copyRecord(picture, source); });
     Text format;
     if (library::isAddress(source.format)) {
-        format = Content::GetStringFromPointer(source.format);
+        format = library::GetStringFromPointer(source.format);
         DebugLine(u"Pic: ", format);
     }
     if (!library::isAddress(source.bytes) || source.byteCount < 1 || source.byteCount > mostBytes) return {};

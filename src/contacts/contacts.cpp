@@ -2,15 +2,15 @@
 
 #include <utility>
 
-#include "connectivity/devices.h"
-#include "connectivity/library_memory.h"
-#include "connectivity/session.h"
 #include "contacts/contact_fields.h"
 #include "content/item_ids.h"
 #include "content/progress.h"
 #include "content/sessions.h"
 #include "content/state.h"
-#include "support/capture_dos.h"
+#include "devices/devices.h"
+#include "devices/session.h"
+#include "library/library_memory.h"
+#include "pc/capture_dos.h"
 
 namespace ovno2::Contacts {
 

@@ -4,9 +4,9 @@
 // layers below. The public class calls `NokiaGetAddressBookItems`.
 #pragma once
 
+#include "base/host_array.h"
 #include "contacts/adr_item.h"
 #include "platform/automation.h"
-#include "support/host_array.h"
 
 namespace ovno2::Contacts {
 

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "connectivity/library_memory.h"
 #include "content/state.h"
-#include "frame/registry/registry_access.h"
+#include "library/library_memory.h"
+#include "pc/registry_access.h"
 
 namespace ovno2::Content {
 
@@ -130,7 +130,7 @@ void CopyToDataStruct(std::vector<DataItem>& items, Address pointer, Long count)
     attempt([&] { takeApart(items, pointer, static_cast<std::size_t>(count)); });
 }
 
-Address CopyFromDataStructToNokia(std::span<const DataItem> items, LowWords& spare, std::size_t index) {
+Address CopyFromDataStructToNokia(std::span<const DataItem> items, library::LowWords& spare, std::size_t index) {
     const RoutineLog log(u"CopyFromDataStructToNokia");
     Long& recordSize = state().ItemRecordSize;
     if (recordSize == 0) recordSize = GetCA_DATA_ITEM_size();
@@ -149,7 +149,7 @@ Address CopyFromDataStructToNokia(std::span<const DataItem> items, LowWords& spa
     return library::addressOf(array);
 }
 
-void FreeDataItems(Address array, const LowWords& spare) {
+void FreeDataItems(Address array, const library::LowWords& spare) {
     if (array != 0 && !spare.holds(array))
         attempt([&] { library::CONAFreeMemory(library::pointerTo(array)); });
 }

@@ -8,8 +8,8 @@
 #include <span>
 #include <vector>
 
-#include "connectivity/library_records.h"
-#include "content/low_words.h"
+#include "library/library_records.h"
+#include "library/low_words.h"
 
 namespace ovno2::Content {
 
@@ -34,8 +34,8 @@ void CopyToDataStruct(std::vector<DataItem>& items, Address pointer, Long count)
 // Builds the library's form of `items` and returns its address, which the caller gives back with
 // `FreeDataItems` after the write. When the library has no memory the array is built in `spare` from word
 // `index` on; 0 when it does not fit there, and for no items or more than 100.
-Address CopyFromDataStructToNokia(std::span<const DataItem> items, LowWords& spare, std::size_t index);
-void FreeDataItems(Address array, const LowWords& spare);
+Address CopyFromDataStructToNokia(std::span<const DataItem> items, library::LowWords& spare, std::size_t index);
+void FreeDataItems(Address array, const library::LowWords& spare);
 
 // The registry's item size is read again at the next need; a library session begins with this.
 void forgetStoredItemSize();

@@ -1,8 +1,8 @@
 #include "content/field_tables.h"
 
-#include "connectivity/library.h"
 #include "content/state.h"
-#include "support/attempt.h"
+#include "core/attempt.h"
+#include "library/library.h"
 
 namespace ovno2::Content {
 

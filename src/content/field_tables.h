@@ -7,7 +7,7 @@
 #include <array>
 #include <cstddef>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::Content {
 

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <optional>
 
-#include "connectivity/discovery.h"
-#include "connectivity/library_memory.h"
-#include "content/item_texts.h"
 #include "content/state.h"
+#include "devices/discovery.h"
+#include "library/library_memory.h"
+#include "library/library_texts.h"
 
 namespace ovno2::Content {
 
@@ -142,8 +142,8 @@ Long walk(Word count, Address pointer, std::vector<FolderEntry>& list, Long reco
     if (failure != noFailure) return result;
     for (std::size_t i = 0; i < count; ++i) {
         const FolderInfoRecord record = level.record(i);
-        attempt([&] { list[first + i].Name = GetStringFromPointer(record.name); });
-        attempt([&] { list[first + i].Path = GetStringFromPointer(record.path); });
+        attempt([&] { list[first + i].Name = library::GetStringFromPointer(record.name); });
+        attempt([&] { list[first + i].Path = library::GetStringFromPointer(record.path); });
         list[first + i].FolderId = static_cast<Long>(record.folderId);
         DebugLine(list[first + i].Path, u":", list[first + i].Name);
         if (!oldName.empty() && list[first + i].Name == oldName)

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "connectivity/library_records.h"
+#include "library/library_records.h"
 
 namespace ovno2::Content {
 

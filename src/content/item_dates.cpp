@@ -2,13 +2,13 @@
 
 #include <cstring>
 
-#include "calendar/dates/date_parser.h"
-#include "calendar/dates/daylight.h"
-#include "connectivity/devices.h"
-#include "connectivity/library_memory.h"
 #include "content/sessions.h"
 #include "content/state.h"
-#include "frame/settings.h"
+#include "core/settings.h"
+#include "dates/date_parser.h"
+#include "dates/daylight.h"
+#include "devices/devices.h"
+#include "library/library_memory.h"
 
 namespace ovno2::Content {
 

@@ -5,7 +5,7 @@
 // time, 2 see `GetDateStruct`. Nothing here throws; a step that fails leaves its target alone.
 #pragma once
 
-#include "connectivity/library_records.h"
+#include "library/library_records.h"
 
 namespace ovno2::Content {
 

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "connectivity/library_memory.h"
 #include "content/state.h"
+#include "library/library_memory.h"
 
 namespace ovno2::Content {
 
@@ -22,7 +22,7 @@ std::uint8_t digitValue(char16_t digit) {
 
 // The bytes in the module's own low memory; 0 when there is none.
 Address keepInBuffer(std::span<const std::uint8_t> bytes) {
-    LowWords& buffer = state().IdBuffer;
+    library::LowWords& buffer = state().IdBuffer;
     if (!buffer.allocate(bytes.size() / sizeof(library::Word) + 1)) return 0;
     std::memcpy(buffer.at(0), bytes.data(), bytes.size());
     return library::addressOf(buffer.at(0));

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "connectivity/library_records.h"
+#include "library/library_records.h"
 
 namespace ovno2::Content {
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "support/attempt.h"
+#include "core/attempt.h"
 
 namespace ovno2::Content {
 

@@ -1,8 +1,8 @@
 // The host's progress control: only ever advanced.
 #pragma once
 
+#include "base/failure.h"
 #include "platform/automation.h"
-#include "platform/failure.h"
 
 namespace ovno2::Content {
 

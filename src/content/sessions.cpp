@@ -2,13 +2,13 @@
 
 #include <cmath>
 
-#include "connectivity/devices.h"
-#include "connectivity/library_memory.h"
-#include "connectivity/session.h"
 #include "content/data_items.h"
 #include "content/folders.h"
 #include "content/state.h"
-#include "frame/registry/registry_access.h"
+#include "devices/devices.h"
+#include "devices/session.h"
+#include "library/library_memory.h"
+#include "pc/registry_access.h"
 
 namespace ovno2::Content {
 

@@ -7,7 +7,7 @@
 // otherwise; nothing here throws.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::Content {
 

@@ -7,10 +7,10 @@
 #include <optional>
 #include <vector>
 
-#include "connectivity/library_records.h"
 #include "content/field_tables.h"
-#include "content/low_words.h"
-#include "support/thread_state.h"
+#include "library/library_records.h"
+#include "library/low_words.h"
+#include "platform/thread_state.h"
 
 namespace ovno2::Content {
 
@@ -48,7 +48,7 @@ struct State {
 
     FieldTables Fields;
 
-    LowWords IdBuffer;                       // UID bytes the library had no memory for
+    library::LowWords IdBuffer;                       // UID bytes the library had no memory for
     std::vector<unsigned char> BlockBuffer;  // the data-item array being taken apart
 };
 

@@ -1,7 +1,7 @@
 // One entry of a phone folder, the host's directory record.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2 {
 

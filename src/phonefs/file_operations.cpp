@@ -1,12 +1,12 @@
 #include "phonefs/file_operations.h"
 
-#include "connectivity/library_memory.h"
+#include "library/library_memory.h"
+#include "pc/byte_table.h"
+#include "pc/convert_array.h"
+#include "pc/files.h"
+#include "pc/get_file_contents_mod.h"
 #include "phonefs/nokia_files.h"
 #include "platform_native/last_error.h"
-#include "support/byte_table.h"
-#include "support/convert_array.h"
-#include "support/files.h"
-#include "support/get_file_contents_mod.h"
 
 namespace ovno2::NokiaFiles {
 

@@ -5,7 +5,7 @@
 // `GetFile`, `PutFile` and `RenameFile` open it when it is closed, the others need it open. None closes it.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::NokiaFiles {
 

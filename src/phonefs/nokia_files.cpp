@@ -1,11 +1,11 @@
 #include "phonefs/nokia_files.h"
 
-#include "calendar/dates/date_text.h"
-#include "calendar/dates/date_value.h"
-#include "connectivity/devices.h"
-#include "connectivity/library_memory.h"
-#include "content/item_texts.h"
-#include "frame/registry/registry_access.h"
+#include "dates/date_text.h"
+#include "dates/date_value.h"
+#include "devices/devices.h"
+#include "library/library_memory.h"
+#include "library/library_texts.h"
+#include "pc/registry_access.h"
 
 namespace ovno2::NokiaFiles {
 
@@ -76,8 +76,8 @@ Status nextEntry(Handle search, const library::Function<Status(Handle, Record*)>
 }
 
 void fillFolder(State& state, const library::FolderRecord& record, DirItem& item) {
-    const Text name = Content::GetStringFromPointer(record.name);
-    const Text label = Content::GetStringFromPointer(record.label);
+    const Text name = library::GetStringFromPointer(record.name);
+    const Text label = library::GetStringFromPointer(record.label);
     item.DisplayName = u"[" + (label.empty() ? name : label) + u"]";
     item.Name = name;
     item.FullName = name;
@@ -87,7 +87,7 @@ void fillFolder(State& state, const library::FolderRecord& record, DirItem& item
 }
 
 void fillFile(const Text& folder, const library::FileRecord& record, DirItem& item) {
-    const Text name = Content::GetStringFromPointer(record.name);
+    const Text name = library::GetStringFromPointer(record.name);
     item.DisplayName = name;
     item.Name = name;
     item.FullName = folder + u"\\" + name;

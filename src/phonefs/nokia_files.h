@@ -10,10 +10,10 @@
 
 #include <optional>
 
-#include "connectivity/library_records.h"
+#include "base/host_array.h"
+#include "library/library_records.h"
 #include "phonefs/dir_item.h"
-#include "support/host_array.h"
-#include "support/thread_state.h"
+#include "platform/thread_state.h"
 
 namespace ovno2::NokiaFiles {
 

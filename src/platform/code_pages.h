@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

@@ -10,7 +10,7 @@
 #include <memory>
 
 #include "platform/files.h"
-#include "support/thread_state.h"
+#include "platform/thread_state.h"
 
 namespace ovno2::platform {
 

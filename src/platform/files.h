@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <memory>
 
-#include "platform/failure.h"
-#include "platform/types.h"
+#include "base/failure.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

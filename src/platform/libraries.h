@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

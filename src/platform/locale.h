@@ -4,7 +4,7 @@
 #include <array>
 #include <string>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/failure.h"
-#include "platform/types.h"
+#include "base/failure.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

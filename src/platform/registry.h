@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

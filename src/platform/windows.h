@@ -1,8 +1,8 @@
 // Windows, messages, the user and the host's callback.
 #pragma once
 
-#include "platform/failure.h"
-#include "platform/types.h"
+#include "base/failure.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "support/current_platform.h"
-#include "support/log_front.h"
+#include "core/current_platform.h"
+#include "core/log_front.h"
 
 #ifdef _WIN32
 #include <process.h>

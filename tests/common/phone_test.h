@@ -12,16 +12,16 @@
 namespace ovno2 {
 
 // A log that is on and, as every written line does, takes the pending failure away.
-class ReportingLog : public FrameServices {
+class ReportingLog : public LogWriter {
   public:
     ReportingLog() {
         LogFront& front = stateOf<LogFront>();
-        front.services = this;
+        front.writer = this;
         front.enabled = true;
     }
     ~ReportingLog() override {
         LogFront& front = stateOf<LogFront>();
-        front.services = nullptr;
+        front.writer = nullptr;
         front.enabled = false;
     }
     ReportingLog(const ReportingLog&) = delete;
@@ -32,7 +32,6 @@ class ReportingLog : public FrameServices {
         clearPendingFailure();
     }
     void recheckSwitches() noexcept override {}
-    Text registryValue(Long, TextView, TextView) noexcept override { return {}; }
 
     std::vector<Text> lines;
 };

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "support/current_platform.h"
+#include "core/current_platform.h"
 
 #ifdef _WIN32
 #include <process.h>

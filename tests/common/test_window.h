@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "support/current_platform.h"
+#include "core/current_platform.h"
 
 #ifdef _WIN32
 #include <future>

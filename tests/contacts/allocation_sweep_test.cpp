@@ -1,6 +1,6 @@
 #include "common/failing_allocator.h"
 #include "contacts/contacts_test.h"
-#include "support/progress_object.h"
+#include "driver/progress_object.h"
 
 namespace ovno2::Contacts {
 namespace {

@@ -1,8 +1,8 @@
 #include <fstream>
 
-#include "connectivity/devices.h"
 #include "contacts/contacts_test.h"
-#include "support/progress_object.h"
+#include "devices/devices.h"
+#include "driver/progress_object.h"
 
 namespace ovno2::Contacts {
 namespace {

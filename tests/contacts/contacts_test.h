@@ -5,11 +5,11 @@
 #include <gmock/gmock.h>
 
 #include "common/phone_test.h"
-#include "connectivity/devices.h"
-#include "connectivity/session.h"
 #include "contacts/contacts.h"
 #include "content/sessions.h"
-#include "frame/settings.h"
+#include "core/settings.h"
+#include "devices/devices.h"
+#include "devices/session.h"
 
 namespace ovno2::Contacts {
 

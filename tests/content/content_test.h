@@ -6,10 +6,10 @@
 #include <gmock/gmock.h>
 
 #include "common/phone_test.h"
-#include "connectivity/library_memory.h"
-#include "connectivity/session.h"
 #include "content/sessions.h"
 #include "content/state.h"
+#include "devices/session.h"
+#include "library/library_memory.h"
 
 namespace ovno2::Content {
 

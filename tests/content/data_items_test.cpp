@@ -1,7 +1,7 @@
 #include "content/data_items.h"
 
 #include "content/content_test.h"
-#include "frame/registry/registry_access.h"
+#include "pc/registry_access.h"
 
 namespace ovno2::Content {
 namespace {
@@ -108,7 +108,7 @@ TEST_F(DataItems, ThatCannotBeReadAreNoneAndLeaveTheKnownSize) {
 // Array by array: what one build hands to the library reads back as the same items.
 TEST_F(DataItems, ComeBackFromTheArraysThatAreWritten) {
     const std::vector<DataItem> written = {{20, 0, 1, 2, 300}, {20, 5, 3, 259, 0xFFFFFFFE}};
-    LowWords spare(100);
+    library::LowWords spare(100);
     for (const bool libraryIsFull : {false, true}) {
         if (libraryIsFull) simulator.failAllocation("CONAAllocMemory");
         const Address array = CopyFromDataStructToNokia(written, spare, 10);
@@ -125,7 +125,7 @@ TEST_F(DataItems, ComeBackFromTheArraysThatAreWritten) {
 }
 
 TEST_F(DataItems, HaveNoArrayWhenThereAreTooManyOrNoRoomIsLeft) {
-    LowWords spare(9);
+    library::LowWords spare(9);
     const std::vector<DataItem> many(101);
     EXPECT_EQ(0u, CopyFromDataStructToNokia({}, spare, 0));
     EXPECT_EQ(0u, CopyFromDataStructToNokia(many, spare, 0));

@@ -1,7 +1,7 @@
 #include "content/folders.h"
 
-#include "connectivity/discovery.h"
 #include "content/content_test.h"
+#include "devices/discovery.h"
 
 namespace ovno2::Content {
 namespace {

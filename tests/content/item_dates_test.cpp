@@ -1,9 +1,9 @@
 #include "content/item_dates.h"
 
-#include "calendar/dates/date_value.h"
-#include "connectivity/devices.h"
 #include "content/content_test.h"
-#include "frame/settings.h"
+#include "core/settings.h"
+#include "dates/date_value.h"
+#include "devices/devices.h"
 #include "platform/portable/time_zone.h"
 
 namespace ovno2::Content {

@@ -4,8 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "base/values.h"
 #include "host/field_table.h"
-#include "support/values.h"
 
 namespace ovno2::host {
 

@@ -1,9 +1,9 @@
 // The program as its user starts it, on the bundled phones.
 #include <sstream>
 
+#include "base/utf8.h"
 #include "host/display_width.h"
 #include "host/ovphone_fixture.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

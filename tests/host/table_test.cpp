@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/utf8.h"
 #include "host/display_width.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

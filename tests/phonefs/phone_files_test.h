@@ -6,7 +6,7 @@
 #include <iterator>
 
 #include "common/phone_test.h"
-#include "connectivity/session.h"
+#include "devices/session.h"
 #include "phonefs/file_operations.h"
 #include "phonefs/nokia_files.h"
 

@@ -2,8 +2,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+#include "core/current_platform.h"
 #include "platform/locale.h"
-#include "support/current_platform.h"
 
 namespace ovno2::platform {
 namespace {

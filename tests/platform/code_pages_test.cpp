@@ -1,5 +1,5 @@
 #include "common/platform_test.h"
-#include "support/ansi.h"
+#include "pc/ansi.h"
 
 namespace ovno2 {
 namespace {

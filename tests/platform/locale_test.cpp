@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <set>
 
-#include "support/current_platform.h"
+#include "core/current_platform.h"
 
 namespace ovno2::platform {
 namespace {

@@ -1,6 +1,6 @@
 #include "common/machine_test.h"
+#include "pc/ansi.h"
 #include "platform/portable/code_pages.h"
-#include "support/ansi.h"
 
 namespace ovno2 {
 namespace {

@@ -4,9 +4,9 @@
 #include <thread>
 #include <unistd.h>
 
+#include "base/utf8.h"
 #include "common/machine_test.h"
 #include "platform/portable/registry.h"
-#include "support/utf8.h"
 
 namespace ovno2::platform::portable {
 namespace {

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <chrono>
 
+#include "base/values.h"
 #include "common/executable_file.h"
 #include "common/platform_test.h"
-#include "support/values.h"
 
 namespace ovno2::platform {
 namespace {

@@ -1,7 +1,7 @@
 #include <vector>
 
+#include "base/utf8.h"
 #include "common/platform_test.h"
-#include "support/utf8.h"
 
 namespace ovno2::platform {
 namespace {

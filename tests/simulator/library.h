@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "connectivity/library_calls.h"
+#include "library/library_calls.h"
 #include "simulator/calls/exports.h"
 #include "simulator/control.h"
 

@@ -1,7 +1,7 @@
 #include "windows/component_test.h"
 
-#include "support/current_platform.h"
-#include "support/values.h"
+#include "base/values.h"
+#include "core/current_platform.h"
 
 namespace ovno2::windows_tests {
 

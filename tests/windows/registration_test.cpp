@@ -10,8 +10,8 @@
 #include <set>
 #include <sstream>
 
-#include "support/utf8.h"
-#include "support/values.h"
+#include "base/utf8.h"
+#include "base/values.h"
 
 namespace ovno2::windows_tests {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "support/values.h"
+#include "base/values.h"
 
 namespace ovno2::platform::portable {
 

@@ -5,7 +5,7 @@
 #include <iconv.h>
 #include <map>
 
-#include "support/values.h"
+#include "base/values.h"
 
 namespace ovno2::platform::portable {
 

@@ -1,7 +1,7 @@
 #include "platform/portable/ini_text.h"
 
-#include "support/utf8.h"
-#include "support/values.h"
+#include "base/utf8.h"
+#include "base/values.h"
 
 namespace ovno2::platform::portable {
 

@@ -1,7 +1,7 @@
 // Profile (.ini) texts: one value out of the sections of a file.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform::portable {
 

@@ -3,7 +3,7 @@
 #include <dlfcn.h>
 #include <vector>
 
-#include "support/values.h"
+#include "base/values.h"
 
 namespace ovno2::platform::portable {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "support/utf8.h"
+#include "base/utf8.h"
 
 namespace ovno2::platform::portable {
 

@@ -6,14 +6,14 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "base/utf8.h"
+#include "base/values.h"
 #include "platform/portable/paths.h"
 #include "platform/portable/process_table.h"
 #include "platform/portable/programs.h"
 #include "platform/portable/spawn.h"
 #include "platform/portable/user_folders.h"
 #include "platform/portable/version_resource.h"
-#include "support/utf8.h"
-#include "support/values.h"
 
 extern char** environ;
 

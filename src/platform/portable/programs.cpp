@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <unistd.h>
 
+#include "base/utf8.h"
+#include "base/values.h"
 #include "platform/portable/paths.h"
 #include "platform/portable/process_table.h"
 #include "platform/portable/spawn.h"
-#include "support/utf8.h"
-#include "support/values.h"
 
 namespace ovno2::platform::portable {
 

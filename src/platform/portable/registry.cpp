@@ -12,10 +12,10 @@
 #include <thread>
 #include <unistd.h>
 
+#include "base/values.h"
 #include "platform/portable/ini_text.h"
 #include "platform/portable/spawn.h"
 #include "platform/portable/system_values.h"
-#include "support/values.h"
 
 namespace ovno2::platform::portable {
 

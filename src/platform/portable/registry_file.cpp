@@ -4,9 +4,9 @@
 #include <array>
 #include <optional>
 
+#include "base/utf8.h"
+#include "base/values.h"
 #include "platform/portable/code_pages.h"
-#include "support/utf8.h"
-#include "support/values.h"
 
 namespace ovno2::platform::portable {
 

@@ -12,9 +12,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/values.h"
 #include "platform/code_page_table.h"
 #include "platform/registry.h"
-#include "support/values.h"
 
 namespace ovno2::platform::portable {
 

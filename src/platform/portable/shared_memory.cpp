@@ -11,9 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/utf8.h"
 #include "platform/portable/machine.h"
 #include "platform/portable/spawn.h"
-#include "support/utf8.h"
 
 namespace ovno2::platform::portable {
 

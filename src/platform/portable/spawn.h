@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform::portable {
 

@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-#include "support/values.h"
+#include "base/values.h"
 
 namespace ovno2::platform::portable {
 

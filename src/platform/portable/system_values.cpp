@@ -1,8 +1,8 @@
 #include "platform/portable/system_values.h"
 
+#include "base/values.h"
 #include "platform/portable/system_locale.h"
 #include "platform/portable/time_zone.h"
-#include "support/values.h"
 
 namespace ovno2::platform::portable {
 

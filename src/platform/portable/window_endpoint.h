@@ -12,8 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "base/types.h"
 #include "platform/portable/spawn.h"
-#include "platform/types.h"
 
 namespace ovno2::platform::portable {
 

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "support/utf8.h"
-#include "support/values.h"
+#include "base/utf8.h"
+#include "base/values.h"
 
 namespace ovno2::platform::portable {
 

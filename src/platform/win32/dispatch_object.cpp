@@ -3,7 +3,7 @@
 #include <dispex.h>
 #include <limits>
 
-#include "platform/failure.h"
+#include "base/failure.h"
 #include "platform/win32/wide.h"
 
 namespace ovno2::platform::win32 {

@@ -1,7 +1,7 @@
 // Where the file lies that holds this code: the DLL, or the program it is linked into.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform::win32 {
 

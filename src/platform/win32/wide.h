@@ -1,7 +1,7 @@
 // Texts between the seam and the wide-character calls: the same units under another type.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform::win32 {
 

@@ -3,9 +3,9 @@
 #include <vector>
 #include <windows.h>
 
+#include "base/values.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows_platform.h"
-#include "support/values.h"
 
 namespace ovno2::platform::win32 {
 

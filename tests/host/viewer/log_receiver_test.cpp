@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include "base/utf8.h"
 #include "common/machine_test.h"
 #include "host/viewer/routine_filter.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 namespace {

@@ -6,12 +6,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/utf8.h"
 #include "common/machine_test.h"
 #include "common/soon.h"
-#include "frame/log/debug_log.h"
-#include "frame/registry/registry_access.h"
-#include "support/attempt.h"
-#include "support/utf8.h"
+#include "core/attempt.h"
+#include "log/debug_log.h"
+#include "pc/registry_access.h"
 
 namespace ovno2 {
 namespace {

@@ -3,7 +3,7 @@
 // Out of line, because the platform's own headers rename members of the core.
 #pragma once
 
-#include "platform/types.h"
+#include "base/types.h"
 
 namespace ovno2::platform {
 

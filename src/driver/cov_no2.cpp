@@ -1,0 +1,321 @@
+#include "driver/cov_no2.h"
+
+#include "contacts/contacts.h"
+#include "content/sessions.h"
+#include "core/attempt.h"
+#include "core/current_platform.h"
+#include "core/settings.h"
+#include "dates/iso_date.h"
+#include "devices/discovery.h"
+#include "devices/media.h"
+#include "devices/session.h"
+#include "library/library.h"
+#include "log/debug_log.h"
+#include "pc/files.h"
+#include "phonefs/file_operations.h"
+#include "phonefs/nokia_files.h"
+
+namespace ovno2 {
+
+namespace {
+
+// What a member reports that works on a library which is not there: the library could not be started.
+constexpr Long libraryNotStarted = -1;
+
+// Runs a member's body. Steps that fail inside are handled where they stand; what still comes up here ends
+// the member with the result it has so far.
+template <class Result, class Body>
+Result member(Result result, Body&& body) noexcept {
+    attempt([&] { body(result); });
+    return result;
+}
+
+// A member of a content area: entry line, body, the result as a plain line, exit line.
+template <class Body>
+Long loggedMember(TextView name, Body&& body) noexcept {
+    return member(libraryNotStarted, [&](Long& result) {
+        const RoutineLog log(name);
+        body(result);
+        DebugLine(decimal{result});
+    });
+}
+
+Long contentNotAvailable(TextView name) noexcept {
+    return loggedMember(name, [](Long&) {});
+}
+
+}  // namespace
+
+covNo2::covNo2() noexcept {
+    attempt([] { DebugLog::connect(); });
+    Init();
+}
+
+covNo2::~covNo2() {
+    CleanUp();
+}
+
+Long covNo2::Init() noexcept {
+    return member(Long{0}, [&](Long& result) {
+        DebugLog::DebugInit();
+        ISODate::DateTimeInit();
+        Settings& stored = settings();
+        attempt([&] {
+            const Text folder =
+                replaceAll(currentPlatform().libraries().moduleFolder(), u"\\q Projects\\NokiaConApi", u"");
+            stored.profilePath = folder + u"\\defaults.ini";
+        });
+        if (stored.libraryStartCount == 0) {
+            Long version = 0;
+            attempt([&] { version = static_cast<Long>(library::CONAGetConnAPIVersion()); });
+            result = libraryNotStarted;
+            attempt([&] {
+                result =
+                    static_cast<Long>(library::CONAInitialize(static_cast<library::Word>(version), u"Nokia"));
+            });
+            DebugLine(u"ConApiVersion:", spacedDecimal{version}, hex{static_cast<std::uint32_t>(result)});
+            if (result == 0) ++stored.libraryStartCount;
+        }
+        attempt([&] { stored.contentAccessVersion = roundHalfToEven(GetApiVersion()); });
+        DebugLine(u"CaApiVersion:", spacedDecimal{stored.contentAccessVersion});
+        initDone_ = true;
+    });
+}
+
+template <class Operation>
+Long covNo2::phoneFilesMember(Operation&& operation) noexcept {
+    return member(libraryNotStarted, [&](Long& result) {
+        if (!initDone_) Init();
+        result = operation();
+    });
+}
+
+Long covNo2::CleanUp() noexcept {
+    return member(Long{0}, [&](Long&) {
+        EndFS();
+        attempt([] { MediaControl::MediaApiTerminate(); });
+        attempt([] { Content::CloseContactsConnection(); });
+        Session::DMApiTerminate();
+        attempt([] { Content::forgetDateRecordSize(); });
+        attempt([] { DebugLog::releaseSharedArea(); });
+        attempt([] { Files::releaseFileSystemObject(); });
+        Settings& stored = settings();
+        for (; stored.libraryStartCount >= 1; --stored.libraryStartCount)
+            attempt([] { library::CONAUninitialize(0); });
+    });
+}
+
+void covNo2::SetPriorities_(const TextArray& newval) noexcept {
+    attempt([&] { settings().priorities = newval; });
+}
+Variant covNo2::SetStatuses_(const TextArray& newval) noexcept {
+    attempt([&] { settings().statuses = newval; });
+    return {};
+}
+void covNo2::Meeting_(const Text& value) noexcept {
+    attempt([&] { settings().meeting = value; });
+}
+void covNo2::Bithday_(const Text& value) noexcept {
+    attempt([&] { settings().birthday = value; });
+}
+void covNo2::Call_(const Text& value) noexcept {
+    attempt([&] { settings().call = value; });
+}
+void covNo2::Reminder_(const Text& value) noexcept {
+    attempt([&] { settings().reminder = value; });
+}
+void covNo2::Task_(const Text& value) noexcept {
+    attempt([&] { settings().task = value; });
+}
+void covNo2::Minute_(const Text& value) noexcept {
+    attempt([&] { settings().minute = value; });
+}
+void covNo2::Hour_(const Text& value) noexcept {
+    attempt([&] { settings().hour = value; });
+}
+void covNo2::Day_(const Text& value) noexcept {
+    attempt([&] { settings().day = value; });
+}
+void covNo2::Note_(const Text& value) noexcept {
+    attempt([&] { settings().note = value; });
+}
+void covNo2::GetAllFields_(Long value) noexcept {
+    attempt([&] { settings().getAllFields = value; });
+}
+void covNo2::AddTimeOffset_(Long value) noexcept {
+    attempt([&] { settings().addTimeOffset = value; });
+}
+void covNo2::PhoneModel_(const Text& value) noexcept {
+    attempt([&] { Devices::PhoneModel_(value); });
+}
+
+bool covNo2::CheckIfNokiaSDKIsThere(bool startit) noexcept {
+    return member(false, [&](bool& result) {
+        Init();
+        result = Discovery::CheckIfNokiaSDKIsThere(startit, suiteVersion_);
+    });
+}
+
+Long covNo2::LaunchPCSuite2IfRequired(Long pCallBack) noexcept {
+    return member(Long{1}, [&](Long& result) { result = Discovery::LaunchPCSuite2IfRequired(pCallBack); });
+}
+
+Long covNo2::GetConnections() noexcept {
+    return member(libraryNotStarted, [&](Long& result) {
+        Init();
+        result = MediaControl::MediaGetConnections();
+    });
+}
+
+Long covNo2::Connect(Long medium, Long Medium2, const Text&, const Text&, bool Dicsonnect) noexcept {
+    return member(libraryNotStarted, [&](Long& result) {
+        Init();
+        result = MediaControl::MediaConnect(medium, Medium2, Dicsonnect);
+    });
+}
+
+Long covNo2::GetConnectedDevices(TextArray& models, LongArray& Media, TextArray& deviceID, TextArray& BdAddr,
+                                 TextArray& Names, LongArray& Types, Long medium) noexcept {
+    return member(libraryNotStarted, [&](Long& result) {
+        Init();
+        const RoutineLog log(u"GetDevices");
+        if (medium >= 0) {
+            result = Connect(medium, /*Medium2=*/-1);
+            if (result == MediaControl::libraryNotFound) return;
+        }
+        Devices::PhoneList list;
+        std::swap(list.models, models);
+        std::swap(list.media, Media);
+        std::swap(list.deviceIds, deviceID);
+        std::swap(list.addresses, BdAddr);
+        std::swap(list.names, Names);
+        std::swap(list.types, Types);
+        attempt([&] { result = Devices::GetPhoneList(list); });
+        std::swap(list.models, models);
+        std::swap(list.media, Media);
+        std::swap(list.deviceIds, deviceID);
+        std::swap(list.addresses, BdAddr);
+        std::swap(list.names, Names);
+        std::swap(list.types, Types);
+    });
+}
+
+Long covNo2::NokiaGetAddressBookItems(Text& model, Text& PhoneId, Text&, HostArray<AdrItem>& AdrItems,
+                                      const TextTable& Mobilefields, TextArray&, const Text& FolderForPics,
+                                      const ObjectPointer& Progressbar, Long) noexcept {
+    return loggedMember(u"NokiaGetAddressBookItems", [&](Long& result) {
+        result = Contacts::NokiaGetAddressBookItems(model, PhoneId, AdrItems, Mobilefields, FolderForPics,
+                                                    Progressbar);
+    });
+}
+
+Long covNo2::DeleteAddressBookItem(Text&, Text&, const Text&) noexcept {
+    return contentNotAvailable(u"DeleteAddressBookItem");
+}
+
+Long covNo2::WriteAddressBookItem(Text&, Text&, Text&, Text&, const TextTable&, bool, bool, Long,
+                                  Long) noexcept {
+    return contentNotAvailable(u"WriteAddressBookItem");
+}
+
+// Without a write session there is nothing to commit.
+Long covNo2::EndWriteSession(Long, TextArray&, TextArray&, bool) noexcept {
+    return 0;
+}
+
+Long covNo2::GetAllUids(Long what, TextArray& uids) noexcept {
+    constexpr Long contactIdentifiers = 1;
+    if (what == contactIdentifiers) uids.clear();
+    return 0;
+}
+
+Single covNo2::GetApiVersion() noexcept {
+    return member(Single{0}, [](Single& result) {
+        const RoutineLog log(u"GetApiVersion");
+        result = Content::GetApiVersion();
+    });
+}
+
+Variant covNo2::RenameCalender(Text&, const Text&, const Text&, const Text&) noexcept {
+    return contentNotAvailable(u"RenameCalender");
+}
+Variant covNo2::CreateCalender(Text&, const Text&, const Text&) noexcept {
+    return contentNotAvailable(u"CreateCalender");
+}
+Variant covNo2::DeleteCalender(Text&, const Text&, const Text&) noexcept {
+    return contentNotAvailable(u"DeleteCalender");
+}
+Long covNo2::GetCalendarFolders(Text&, Text&, TextArray&, TextArray&) noexcept {
+    return contentNotAvailable(u"GetCalendarFolders");
+}
+Long covNo2::NokiaGetCalendarItems(Text&, Text&, HostArray<CalItem>&, const TextTable&,
+                                   const ObjectPointer&) noexcept {
+    return contentNotAvailable(u"NokiaGetCalendarItems");
+}
+Long covNo2::DeleteCalendarItem(Text&, Text&, const Text&) noexcept {
+    return contentNotAvailable(u"DeleteCalendarItem");
+}
+Long covNo2::WriteCalendarItem(Text&, Text&, CalItem&, const ObjectPointer&, Long,
+                               const TextTable&) noexcept {
+    return contentNotAvailable(u"WriteCalendarItem");
+}
+Long covNo2::NokiaGetDataItems(Text&, Text&, Long, TextArray&, const ObjectPointer&, Long) noexcept {
+    return contentNotAvailable(u"NokiaGetDataItems");
+}
+Long covNo2::WriteDataItem(Text&, Text&, Text&) noexcept {
+    return contentNotAvailable(u"WriteDataItem");
+}
+Long covNo2::DeleteDataItem(Text&, Text&, const Text&) noexcept {
+    return contentNotAvailable(u"DeleteDataItem");
+}
+
+Long covNo2::MediaSearchBT(TextArray&, TextArray&, TextArray&, LongArray&, Long) noexcept {
+    Init();
+    return libraryNotStarted;
+}
+Long covNo2::ChangeDeviceTrustedState(Text&, Long, const Text&) noexcept {
+    Init();
+    return libraryNotStarted;
+}
+void covNo2::DMApiTerminate_() noexcept {
+    attempt([] { Session::DMApiTerminate(); });
+}
+
+Long covNo2::GetDirContents(Text& model, HostArray<DirItem>& List, const Text& folder) noexcept {
+    return phoneFilesMember([&] { return NokiaFiles::GetDirContents(model, List, folder); });
+}
+Long covNo2::EndFS() noexcept {
+    return member(Long{0}, [&](Long& result) {
+        if (initDone_) result = NokiaFiles::CloseFS();
+    });
+}
+Long covNo2::GetFile(Text& Filename, Text& destdir) noexcept {
+    return phoneFilesMember([&] { return NokiaFiles::GetFile(Filename, destdir); });
+}
+Long covNo2::PutFile(Text& Filename, Text& destdir) noexcept {
+    return phoneFilesMember([&] { return NokiaFiles::PutFile(Filename, destdir); });
+}
+Long covNo2::RenameFile(Text& OrgFilenameWithPath, Text& NewName) noexcept {
+    return phoneFilesMember([&] { return NokiaFiles::RenameFile(OrgFilenameWithPath, NewName); });
+}
+Long covNo2::DeleteFile(Text& FilenameWithPath) noexcept {
+    return phoneFilesMember([&] { return NokiaFiles::DeleteFile(FilenameWithPath); });
+}
+Long covNo2::RenameFolder(Text& OrgNameWithPath, Text& NewName) noexcept {
+    return phoneFilesMember([&] { return NokiaFiles::RenameFolder(OrgNameWithPath, NewName); });
+}
+Long covNo2::CreateFolder(Text& FullFolderName) noexcept {
+    return phoneFilesMember([&] { return NokiaFiles::CreateFolder(FullFolderName); });
+}
+Long covNo2::DeleteFolder(Text& FullFolderName) noexcept {
+    return phoneFilesMember([&] { return NokiaFiles::DeleteFolder(FullFolderName); });
+}
+
+Single covNo2::GetPCSuiteVersion() noexcept {
+    return member(Single{0}, [&](Single& result) {
+        Init();
+        result = Discovery::GetPCSuiteVersion();
+    });
+}
+
+}  // namespace ovno2

@@ -1,0 +1,95 @@
+// The module's side of the library's memory: what it hands over, and guarded copies of what it gets.
+//
+// Nothing the library fills in is read in place. `copyRecord` and `copyBlock` copy a block whole or fail with
+// RuntimeFailure 5, so that a wild pointer or size costs one skipped step and nothing else.
+#pragma once
+
+#include <type_traits>
+#include <vector>
+
+#include "core/attempt.h"
+#include "core/current_platform.h"
+#include "library/library.h"
+
+namespace ovno2::library {
+
+// 0 and -1 stand for "nothing there" throughout the library.
+inline bool isAddress(Address address) {
+    return address != 0 && address != 0xFFFFFFFFu;
+}
+
+inline void* pointerTo(Address address) {
+    return reinterpret_cast<void*>(
+        static_cast<std::uintptr_t>(address));  // NOLINT: the library's words are addresses
+}
+
+// The word under which the library knows a block below 4 GiB.
+inline Address addressOf(const void* pointer) {
+    return static_cast<Address>(reinterpret_cast<std::uintptr_t>(pointer));
+}
+
+template <class Record>
+void copyRecord(Address from, Record& to) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    Record copy;
+    if (!isAddress(from) || !currentPlatform().memory().read(pointerTo(from), sizeof copy, &copy))
+        throw RuntimeFailure(invalidProcedureCall);
+    to = copy;
+}
+
+// `count` elements that lie `stride` bytes apart are count * stride bytes; a size that cannot be read fails
+// before anything is allocated.
+template <class Element>
+std::vector<Element> copyBlock(Address from, std::size_t count) {
+    static_assert(std::is_trivially_copyable_v<Element>);
+    std::vector<Element> block;
+    if (count == 0) return block;
+    platform::Memory& memory = currentPlatform().memory();
+    if (!isAddress(from) || count > SIZE_MAX / sizeof(Element) ||
+        !memory.readable(pointerTo(from), count * sizeof(Element)))
+        throw RuntimeFailure(invalidProcedureCall);
+    block.resize(count);
+    if (!memory.read(pointerTo(from), count * sizeof(Element), block.data()))
+        throw RuntimeFailure(invalidProcedureCall);
+    return block;
+}
+
+// A device's text as the host sees it: through the system's code page, cut to `limit` bytes of it. Empty when
+// it is not there or cannot be read.
+Text codePageText(Address address, std::size_t limit = 255);
+
+// A text copied into the library's memory for the length of a call; null when the library has no room for it.
+class LibraryString {
+  public:
+    explicit LibraryString(const Text& text) {
+        attempt([&] { text_ = CONAAllocString(text.c_str()); });
+    }
+    ~LibraryString() {
+        if (text_) attempt([&] { CONAFreeString(text_); });
+    }
+    LibraryString(const LibraryString&) = delete;
+    LibraryString& operator=(const LibraryString&) = delete;
+    char16_t* get() const { return text_; }
+
+  private:
+    char16_t* text_ = nullptr;
+};
+
+// A raw block of the library's memory for the length of a call; null when there is no room.
+class LibraryBlock {
+  public:
+    explicit LibraryBlock(std::size_t bytes) {
+        attempt([&] { block_ = CONAAllocMemory(static_cast<Word>(bytes)); });
+    }
+    ~LibraryBlock() {
+        if (block_) attempt([&] { CONAFreeMemory(block_); });
+    }
+    LibraryBlock(const LibraryBlock&) = delete;
+    LibraryBlock& operator=(const LibraryBlock&) = delete;
+    void* get() const { return block_; }
+
+  private:
+    void* block_ = nullptr;
+};
+
+}  // namespace ovno2::library

@@ -1,0 +1,230 @@
+#include "devices/devices.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+
+#include "common/phone_test.h"
+#include "core/settings.h"
+#include "devices/session.h"
+
+namespace ovno2::Devices {
+namespace {
+
+using ::testing::ElementsAre;
+using Json = simulator::Control::Json;
+
+class DevicesTest : public PhoneTest {
+  protected:
+    ~DevicesTest() override {
+        Session::DMApiTerminate();
+        EXPECT_EQ("", simulator.leaks());
+    }
+
+    static Json phone(const std::string& serial, Json connection) {
+        return {
+            {"format", 1}, {"serialNumber", serial}, {"connections", Json::array({std::move(connection)})}};
+    }
+    static Json connection(const std::string& name, const std::string& medium = "usb", int state = 0) {
+        return {{"deviceNumber", 1}, {"medium", medium}, {"deviceName", name}, {"state", state}};
+    }
+
+    PhoneList list;
+};
+
+TEST_F(DevicesTest, ListsEveryConnectionOfAPhone) {
+    Json n95 = Json{
+        {"format", 1},
+        {"serialNumber", "356300010000017"},
+        {"typeName", "Nokia N95"},
+        {"platform", {{"code", "0x2000020"}, {"level", 310}}},
+        {"connections",
+         {{{"deviceNumber", 1}, {"medium", "usb"}, {"deviceName", "Nokia N95"}, {"address", "USB01"}},
+          {{"deviceNumber", 2}, {"medium", "bluetooth"}, {"deviceName", "Anna"}, {"address", "02:00"}}}}};
+    simulator.addPhone(n95);
+    EXPECT_EQ(1, GetPhoneList(list));
+    EXPECT_THAT(list.models.elements(), ElementsAre(u"Nokia N95", u"Nokia N95"));
+    EXPECT_THAT(list.media.elements(), ElementsAre(eMediaUSB, eMediaBT));
+    EXPECT_THAT(list.deviceIds.elements(), ElementsAre(u"356300010000017", u"356300010000017"));
+    EXPECT_THAT(list.addresses.elements(), ElementsAre(u"USB01", u"02:00"));
+    EXPECT_THAT(list.names.elements(), ElementsAre(u"Nokia N95", u"Anna"));
+    EXPECT_THAT(list.types.elements(), ElementsAre(eNokiaPhoneS60_3, eNokiaPhoneS60_3));
+    EXPECT_THAT(
+        calls(),
+        ElementsAre("DMAPI_Terminate", "DMAPI_Initialize", "CONAOpenDM", "CONAGetDeviceCount",
+                    "CONAGetDevices", "CONAGetDeviceInfo", "CONAFreeDeviceInfoStructure", "CONAGetDeviceInfo",
+                    "CONAFreeDeviceInfoStructure", "CONAGetDeviceInfo", "CONAFreeDeviceInfoStructure",
+                    "CONAGetDeviceInfo", "CONAFreeDeviceInfoStructure", "CONAFreeDeviceStructure"));
+}
+
+// Each phone has one connection; the rules that name it are told by its members.
+TEST_F(DevicesTest, NamesPhonesByTheRulesInTheirOrder) {
+    struct Case {
+        Json phone;
+        TextView model;  // empty = not listed
+        TextView name;
+    };
+    const auto with = [](Json phone, Json more) {
+        phone.update(more);
+        return phone;
+    };
+    const Case cases[] = {
+        {phone("1", connection("Nokia 6230i")), u"Nokia 6230i", u"Nokia 6230i"},
+        {phone("1", connection("6230i (USB Device)")), u"Nokia 6230i", u"6230i (USB Device)"},
+        {with(phone("1", connection("6230i")), {{"typeName", "Nokia Phone"}}), u"Nokia 6230i", u"6230i"},
+        {with(phone("1", connection("x")), {{"typeName", "Nokia N95"}}), u"Nokia N95", u"x"},
+        {with(phone("1", connection("NOKIA")), {{"typeName", "T"}, {"friendlyName", "Toms"}}), u"Nokia Toms",
+         u"Toms"},
+        {with(phone("1", connection("Nokia S60 x")), {{"friendlyName", "Nokia Tom"}}), u"Nokia Tom",
+         u"Nokia Tom"},
+        {with(phone("1", connection("")), {{"manufacturer", "SAMSUNG"}, {"model", "SGH-D600"}}),
+         u"SAMSUNG SGH-D600", u""},
+        {with(phone("1", connection("", "bluetooth")), {{"manufacturer", "LG"}}), u"LG", u""},
+        {with(phone("1", connection("ab c")), {{"typeName", "A#1"}}), u"Nokia abc", u"ab c"},
+        {phone("1", connection("My Sony phone")), u"", u""},
+        {phone("1", connection("siemens S65")), u"", u""},
+        {phone("1", connection("")), u"", u""},
+        {phone("1", connection("Nokia")), u"Nokia Nokia", u"Nokia"},
+    };
+    for (const Case& c : cases) {
+        simulator.reset();
+        resetThreadState();
+        usePlatform(machine);
+        simulator.addPhone(c.phone);
+        list = {};
+        EXPECT_EQ(1, GetPhoneList(list));
+        if (c.model.empty()) {
+            EXPECT_FALSE(list.models.hasElements()) << c.phone;
+        } else {
+            ASSERT_EQ(1u, list.models.size()) << c.phone;
+            EXPECT_EQ(c.model, list.models.at(0)) << c.phone;
+            EXPECT_EQ(c.name, list.names.at(0)) << c.phone;
+        }
+        Session::DMApiTerminate();
+    }
+}
+
+TEST_F(DevicesTest, AUsbDriveIsOneWhateverItsMedium) {
+    simulator.addPhone(phone("1", connection("Nokia 6300", "cable", 8)));
+    EXPECT_EQ(1, GetPhoneList(list));
+    EXPECT_THAT(list.media.elements(), ElementsAre(eMediaUSBDrive));
+}
+
+TEST(PlatformType, FollowsItsTable) {
+    struct Case {
+        std::uint32_t code, level;
+        Long type;
+    };
+    for (const Case& c :
+         {Case{0x1000001, 499, 1}, {0x1000001, 500, 3},   {0x1000001, 719, 3},   {0x1000001, 720, 6},
+          {0x1000001, 908, 6},     {0x1000001, 909, 7},   {0x1000001, 919, 7},   {0x1000001, 920, 8},
+          {0x1000001, 1129, 8},    {0x1000001, 1130, 9},  {0x2000010, 9999, 62}, {0x2000020, 499, 63},
+          {0x2000020, 500, 65},    {0x2000020, 2999, 65}, {0x2000020, 3000, 66}, {0, 5, 0},
+          {0x2000100, 5, 0},       {0x1000002, 5, 63},    {0x2000101, 5, 63},    {0x51000077, 5, 63},
+          {0x3000000, 5, 0}})
+        EXPECT_EQ(c.type, platformTypeOf(c.code, c.level)) << std::hex << c.code << " " << c.level;
+}
+
+TEST_F(DevicesTest, EveryFailureHasItsResultAndTheNextListIsWhole) {
+    simulator.addPhone(simulator::Control::plainPhone("1"));
+    list.names = TextArray({u"kept"});
+    simulator.fail("CONAGetDeviceCount", 0x80100001);
+    EXPECT_EQ(-2, GetPhoneList(list));
+    simulator.fail("CONAGetDevices", 0x80100001);
+    EXPECT_EQ(-3, GetPhoneList(list));
+    EXPECT_EQ(u"kept", list.names.at(0));
+    simulator.fail("CONAGetDeviceInfo", 0x80100001, 1, /*onwards=*/true);
+    EXPECT_EQ(1, GetPhoneList(list));
+    EXPECT_THAT(list.types.elements(), ElementsAre(0));
+    simulator.clearPlan();
+    EXPECT_EQ(1, GetPhoneList(list));
+    EXPECT_THAT(list.names.elements(), ElementsAre(u"Nokia N95"));
+    EXPECT_THAT(list.types.elements(), ElementsAre(eNokiaPhoneS60_5));
+}
+
+TEST_F(DevicesTest, AStaleListReopensTheSessionOnceAndStillReportsTheCount) {
+    simulator.addPhone(simulator::Control::plainPhone("1"));
+    simulator.fail("CONAGetDeviceCount", 0x80100004);
+    EXPECT_EQ(-2, GetPhoneList(list));
+    EXPECT_THAT(calls(),
+                ElementsAre("DMAPI_Terminate", "DMAPI_Initialize", "CONAOpenDM", "CONAGetDeviceCount",
+                            "CONACloseDM", "DMAPI_Terminate", "DMAPI_Terminate", "DMAPI_Initialize",
+                            "CONAOpenDM", "CONAGetDeviceCount"));
+    EXPECT_EQ(1, GetPhoneList(list));
+}
+
+TEST_F(DevicesTest, AMissingLibraryIsTold) {
+    libraries().missingLibraries = {u"ConnAPI"};
+    for (const bool logOn : {false, true}) {
+        std::optional<ReportingLog> log;
+        if (logOn) log.emplace();
+        EXPECT_EQ(-7, GetPhoneList(list));
+    }
+}
+
+TEST_F(DevicesTest, FindsThePhoneTheHostMeans) {
+    const auto add = [&](const char* serial, const char* name) {
+        simulator.addPhone(simulator::Control::plainPhone(serial, name));
+    };
+    add("11", "Nokia 6230i");
+    add("22", "Nokia E65-1");
+    add("33", "Samsung SGH");
+    struct Case {
+        Text model, id;
+        TextView serial, matched;
+    };
+    for (const Case& c : {Case{u"", u"22", u"11", u"Nokia 6230i"},
+                          {u"anything", u"22", u"22", u"Nokia E65-1"},
+                          {u"Nokia 6230i", u"99", u"11", u"Nokia 6230i"},
+                          {u"Nokia 6230i-1", u"", u"11", u"Nokia 6230i"},
+                          {u"Nokia E65", u"", u"22", u"Nokia E65-1"},
+                          {u"Nokia 6230i special", u"", u"11", u"Nokia 6230i"},
+                          {u"SGH", u"", u"33", u"Samsung SGH"},
+                          {u"Nokia N00", u"", u"11", u"Nokia 6230i"},
+                          {u"nokia 6230i", u"", u"", u""}}) {
+        currentPhone().clear();
+        EXPECT_EQ(c.serial, GetSerialNumber(c.model, c.id, /*force=*/false));
+        EXPECT_EQ(c.matched, currentPhone().model);
+        EXPECT_EQ(u"", currentPhone().serial);
+    }
+    EXPECT_EQ(eNokiaPhoneS60_5, GetPhoneType(u"33"));
+    EXPECT_EQ(0, GetPhoneType(u"44"));
+}
+
+TEST_F(DevicesTest, ThePhoneLastIdentifiedAnswersUntilAFreshLookIsForced) {
+    simulator.addPhone(simulator::Control::plainPhone("1"));
+    currentPhone() = {.serial = u"cached", .model = u"Nokia N95"};
+    EXPECT_EQ(u"cached", GetSerialNumber(u"Nokia N95", u"", /*force=*/false));
+    EXPECT_THAT(calls(), ElementsAre());
+    EXPECT_EQ(u"1", GetSerialNumber(u"Nokia N95", u"", /*force=*/true));
+}
+
+TEST_F(DevicesTest, TheProfileTellsThePlatformOfAModel) {
+    std::ofstream profile(folder.path() / "defaults.ini");
+    profile << "[A]\r\nType=S60_3_FP1\r\n[B]\r\nSameAs=A\r\n[C]\r\nType=S40_5\r\n[D]\r\nType=S60x\r\n[E]"
+               "\r\nType=s60\r\n"
+               "[Loop]\r\nSameAs=Loop\r\n";
+    for (int i = 0; i <= 11; ++i)
+        profile << "[N" << i << "]\r\nSameAs=" << (i == 11 ? "A" : "N" + std::to_string(i + 1)) << "\r\n";
+    profile.close();
+    settings().profilePath = folder.path().u16string() + u"\\defaults.ini";
+    struct Case {
+        Text model;
+        Long type;
+    };
+    for (const Case& c : {Case{u"A", 64},
+                          {u"B", 64},
+                          {u"C", 1},
+                          {u"D", 60},
+                          {u"E", 0},
+                          {u"Loop", 0},
+                          {u"none", 0},
+                          {u"N2", 64},
+                          {u"N1", 0}}) {
+        PhoneModel_(c.model);
+        EXPECT_EQ(c.type, stateOf<State>().platformType) << std::string(c.model.begin(), c.model.end());
+        EXPECT_EQ(c.model, stateOf<State>().phoneModel);
+    }
+}
+
+}  // namespace
+}  // namespace ovno2::Devices

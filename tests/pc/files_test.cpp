@@ -1,0 +1,248 @@
+#include "pc/files.h"
+
+#include <gmock/gmock.h>
+
+#include "common/platform_test.h"
+#include "common/recording_log.h"
+#include "pc/ansi.h"
+
+namespace ovno2 {
+namespace {
+
+using namespace std::string_view_literals;
+using namespace Files;
+
+class FileRoutines : public PlatformTest {
+  protected:
+    Long write(const std::string& name, TextView text, Long encoding, bool append = false) {
+        Text path = pathOf(name);
+        return WriteFileContents(path, text, append, encoding, /*showError=*/false);
+    }
+    std::size_t entries() const {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder()), {}));
+    }
+};
+
+TEST_F(FileRoutines, FilesAreReadAsBytesOrDecoded) {
+    struct Case {
+        std::string_view bytes;
+        TextView decoded;
+        Long encoding;
+    };
+    const Case cases[] = {
+        {""sv, u"", 0},
+        {"plain \x80\xE4\0\r\n"sv, TextView(u"plain \u20AC\u00E4\0\r\n", 11), 0},
+        {"\xEF\xBB\xBF\xC3\xA4"sv, u"\u00C3\u00A4", 0},
+        {"\xFF\xFE\x41\0\xAC\x20\x42"sv, u"A\u20AC", 4},
+        {"\xFE\xFF\0\x41\x20\xAC"sv, u"A\u20AC", 2},
+        {"\0H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d"sv, u"Hello world", 3},
+    };
+    for (const Case& c : cases) {
+        writeFile("file", c.bytes);
+        Long encoding = 77;
+        EXPECT_EQ(fromAnsi(c.bytes), GetFileContents(pathOf("file"), /*decode=*/false, encoding));
+        EXPECT_EQ(0, encoding);
+        EXPECT_EQ(Text(c.decoded), GetFileContents(pathOf("file"), /*decode=*/true, encoding));
+        EXPECT_EQ(c.encoding, encoding);
+        EXPECT_EQ(fromAnsi(c.bytes), GetFileContentsW(pathOf("file"), /*decode=*/false));
+        EXPECT_EQ(Text(c.decoded), GetFileContentsW(pathOf("file"), /*decode=*/true));
+    }
+}
+
+TEST_F(FileRoutines, AMissingFileIsEmptyAndIsLogged) {
+    std::filesystem::create_directory(folder() / "folder");
+    for (const char* name : {"missing", "no/where", "folder"}) {
+        Long encoding = 77;
+        RecordingLog log;
+        EXPECT_EQ(u"", GetFileContents(pathOf(name), /*decode=*/true, encoding));
+        EXPECT_EQ(77, encoding);
+        EXPECT_THAT(log.lines, ::testing::Contains("File not found:" + toUtf8(pathOf(name))));
+        EXPECT_EQ("GetFileContents>", log.lines.back());
+    }
+    EXPECT_EQ(u"", GetFileContents(u"", /*decode=*/false));
+    EXPECT_EQ(u"", GetFileContents(Text(40000, u'\\'), /*decode=*/false));
+}
+
+TEST_F(FileRoutines, TheWideReaderKeepsChunksThatHoldTheRequiredText) {
+    constexpr std::size_t chunk = 4'096'000;
+    std::string bytes = std::string(chunk, 'a') + std::string(chunk, 'b') + "ccc";
+    bytes[chunk + 5] = '!';
+    writeFile("file", bytes);
+    const Text path = pathOf("file");
+    EXPECT_EQ(fromAnsi(bytes), GetFileContentsW(path, /*decode=*/false));
+    EXPECT_EQ(fromAnsi(bytes.substr(chunk, chunk)), GetFileContentsW(path, /*decode=*/false, u"b!b"));
+    EXPECT_EQ(u"ccc", GetFileContentsW(path, /*decode=*/false, u"cc"));
+    EXPECT_EQ(u"", GetFileContentsW(path, /*decode=*/false, u"ab"));  // across two chunks
+    EXPECT_EQ(u"aaa", GetFileContentsW(path, /*decode=*/false, u"", 3));
+    EXPECT_EQ(u"", GetFileContentsW(path, /*decode=*/false, u"b", 3));
+    EXPECT_EQ(chunk, GetFileContentsW(path, /*decode=*/false, u"", 5'000'000).size());
+    writeFile("wide", "\xFF\xFE" + std::string(2 * chunk + 3, 'x'));
+    EXPECT_EQ(Text(chunk + 1, u'\u7878'), GetFileContentsW(pathOf("wide"), /*decode=*/true));
+}
+
+TEST_F(FileRoutines, TextsAreWrittenInTheEncodingAskedFor) {
+    struct Case {
+        TextView text;
+        Long encoding;
+        std::string_view bytes;
+    };
+    const Case cases[] = {
+        {u"abc", 4, "\xFF\xFE\x61\0\x62\0\x63\0"sv},
+        {u"abc", 2, "\xFE\xFF\0\x61\0\x62\0\x63"sv},
+        {u"a\u20AC", 3, "\0\x61\x20\xAC"sv},
+        {u"\uFEFFa", 4, "\xFF\xFE\x61\0"sv},
+        {u"", 4, "\xFF\xFE"sv},
+        {u"\u20AC\u4E2D\u0141", 0, "\x80?L"sv},
+        {u"abc", 7, "abc"sv},
+        {TextView(u"a\0b", 3), 0, "a\0b"sv},
+        {TextView(u"a\0b\0", 4), 4, "\xFF\xFE\x61\0\x62\0"sv},  // bytes already
+        {TextView(u"\u00FF\u00FEa\0", 4), 4, "\xFF\xFE\x61\0"sv},
+        {TextView(u"\0a", 2), 2, "\xFE\xFF\0\x61"sv},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(0, write("file", c.text, c.encoding));
+        EXPECT_EQ(c.bytes, readFile("file")) << toUtf8(c.text) << " " << c.encoding;
+    }
+    EXPECT_EQ(0, write("file", u"ab", 4));
+    EXPECT_EQ(0, write("file", u"c", 4, /*append=*/true));
+    EXPECT_EQ("\xFF\xFE\x61\0\x62\0\x63\0"sv, readFile("file"));
+    EXPECT_EQ(1u, entries());
+}
+
+TEST_F(FileRoutines, EveryByteAndEveryCharacterSurvivesAFile) {
+    std::string bytes;
+    for (int byte = 0; byte < 256; ++byte)
+        bytes += static_cast<char>(byte);
+    writeFile("bytes", bytes);
+    EXPECT_EQ(0, write("copy", GetFileContents(pathOf("bytes"), /*decode=*/false), 0));
+    EXPECT_EQ(bytes, readFile("copy"));
+    Text units;
+    for (unsigned c = 1; c < 0x10000; ++c)
+        units += static_cast<char16_t>(c);
+    for (const Long encoding : {2, 4}) {
+        Long found = 0;
+        EXPECT_EQ(0, write("units", units, encoding));
+        EXPECT_EQ(units, GetFileContents(pathOf("units"), /*decode=*/true, found));
+        EXPECT_EQ(encoding, found);
+    }
+}
+
+TEST_F(FileRoutines, MissingFoldersAreMadeAndThePathComesBackAsItWasUsed) {
+    Text path = pathOf("new") + u"/deep\\?er/wh?at.txt";
+    EXPECT_EQ(0, WriteFileContents(path, u"abc", /*append=*/false, 0, /*showError=*/false));
+    EXPECT_EQ(pathOf("new") + u"\\deep\\er\\wh_at.txt", path);
+    EXPECT_EQ("abc", readFile("new/deep/er/wh_at.txt"));
+    Text none;
+    EXPECT_EQ(0, WriteFileContents(none, u"abc", /*append=*/false, 0, /*showError=*/false));
+    writeFile("file", "content");
+    EXPECT_EQ(-1, write("file/below", u"abc", 0));
+    EXPECT_EQ(-1, write("new", u"abc", 0));
+    EXPECT_EQ("content", readFile("file"));
+}
+
+TEST_F(FileRoutines, AHiddenFileIsReplacedAndStaysHidden) {
+    writeFile("file", "old content");
+    const Text path = pathOf("file");
+    if (SetAttributes(path, GetAttributes(path) | platform::attributeHidden) == 0)
+        GTEST_SKIP() << "this file system keeps no hidden files";
+    EXPECT_EQ(0, write("file", u"new", 0));
+    EXPECT_EQ("new", readFile("file"));
+    EXPECT_EQ(platform::attributeHidden, GetAttributes(path) & platform::attributeHidden);
+    // Read-only as well: the write fails, and the file is hidden again.
+    const Long both = GetAttributes(path) | platform::attributeReadOnly;
+    ASSERT_NE(0, SetAttributes(path, both));
+    EXPECT_EQ(-1, write("file", u"newer", 0));
+    EXPECT_EQ(both, GetAttributes(path));
+    EXPECT_EQ("new", readFile("file"));
+    SetAttributes(path, both & ~platform::attributeReadOnly);
+}
+
+TEST_F(FileRoutines, TestsSeeThroughQuotesAndStopAtStars) {
+    writeFile("a.txt", "12345");
+    const Text file = pathOf("a.txt");
+    const Text folder = FolderPart(file);
+    const Text quoted = u'"' + file + u'"';
+    EXPECT_TRUE(FileExistsW_(file));
+    EXPECT_TRUE(FileExistsW_(quoted));
+    EXPECT_TRUE(FileExists(quoted));
+    EXPECT_TRUE(FileExists(folder));
+    EXPECT_FALSE(FileExistsW_(folder));
+    EXPECT_FALSE(FileExistsW_(file + u"x"));
+    EXPECT_FALSE(FileExists(file + u"x"));
+    EXPECT_TRUE(FolderExists(folder));
+    EXPECT_TRUE(FolderExists(u'"' + folder + u"\\*.txt\""));
+    EXPECT_FALSE(FolderExists(file));
+    EXPECT_FALSE(FolderExists(u"\\\\"));
+    EXPECT_FALSE(FolderExists(u""));
+    EXPECT_EQ(GetAttributes(folder), GetAttributes(folder + u"*.*"));
+    EXPECT_EQ(platform::noAttributes, GetAttributes(file + u"x"));
+    EXPECT_EQ(0, SetAttributes(file + u"x", 0));
+    EXPECT_EQ(5, FileSize(file));
+    EXPECT_EQ(0, FileSize(file + u"x"));
+    EXPECT_EQ(0, FileSize(file + u"x", /*skipExistenceTest=*/true));
+}
+
+TEST_F(FileRoutines, PathsAreSplitAtTheLastBackslashElseTheLastSlash) {
+    struct Case {
+        TextView path, folder, name;
+    };
+    const Case cases[] = {
+        {u"C:\\a\\b.txt", u"C:\\a", u"b.txt"},
+        {u"a/b/c.d.e", u"a/b", u"c.d.e"},
+        {u"a\\b/c", u"a", u"b/c"},
+        {u"name", u"", u"name"},
+        {u"a\\", u"a", u""},
+        {u"\\a", u"", u"a"},
+        {u"", u"", u""},
+        {u"http://host", u"http://host", u"host"},
+        {u"http://host/a", u"http://host", u"a"},
+        {u"\"C:\\a\\b.txt\"", u"C:\\a", u"b.txt"},
+        {u"\"a\"\\\"b\"", u"\"a\"", u"\"b\""},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(Text(c.folder), FolderPart(c.path)) << toUtf8(c.path);
+        EXPECT_EQ(Text(c.name), FileNamePart(c.path)) << toUtf8(c.path);
+    }
+    EXPECT_EQ(u"C:\\a\\", FolderPart(u"C:\\a\\b", /*keepSeparator=*/true));
+    EXPECT_EQ(u"c.d", FileNamePart(u"a/b/c.d.e", /*keepExtension=*/false));
+    EXPECT_EQ(u"", FileNamePart(u"a\\.profile", /*keepExtension=*/false));
+    for (const auto& [path, rest] : {std::pair<Text, TextView>{u"a\\b\\", u"a\\b"},
+                                     {u"a/", u"a"},
+                                     {u"a\\/", u"a\\"},
+                                     {u"a", u"a"},
+                                     {u"", u""}}) {
+        Text changed = path;
+        RemoveTrailingSeparator(changed);
+        EXPECT_EQ(Text(rest), changed);
+    }
+}
+
+TEST_F(FileRoutines, FoldersAreMadeWithAllThatIsMissingAbove) {
+    EXPECT_EQ(0, MkDirRecourse(pathOf("a") + u"\\b\\c\\"));
+    EXPECT_TRUE(FolderExists(pathOf("a") + u"\\b\\c"));
+    EXPECT_EQ(0, MkDirRecourse(pathOf("a")));
+    EXPECT_EQ(0, MkDirRecourse(pathOf("d") + u"\\e.f\\g", u"sub"));
+    EXPECT_TRUE(FolderExists(pathOf("d") + u"\\e.f\\g"));
+    EXPECT_EQ(0, MkDir_(pathOf("h") + u"\\i\\"));
+    EXPECT_TRUE(FolderExists(pathOf("h") + u"\\i"));
+    writeFile("file", "content");
+    MkDirRecourse(pathOf("file") + u"\\below");
+    EXPECT_EQ("content", readFile("file"));
+}
+
+TEST_F(FileRoutines, ShortNamesOfShortPathsNameTheSameFile) {
+    std::filesystem::create_directory(folder() / "a folder with a long name");
+    writeFile("a folder with a long name/file.txt", "found");
+    EXPECT_EQ(u"found",
+              GetFileContents(GetShortFileName(pathOf("a folder with a long name/file.txt")), false));
+    EXPECT_EQ(u"no such file", GetShortFileName(u"no such file"));
+    const Text longName = Text(250, u'n');
+    EXPECT_EQ(GetShortFileName(pathOf(".")) + u'\\' + longName,
+              GetShortFileName(pathOf(".") + u'\\' + longName));
+    EXPECT_EQ(Text(100'000, u'\\'), GetShortFileName(Text(100'000, u'\\')));
+    const Text address = u"http://" + Text(300, u'h');
+    EXPECT_EQ(address, GetShortFileName(address));
+}
+
+}  // namespace
+}  // namespace ovno2

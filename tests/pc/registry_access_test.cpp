@@ -1,0 +1,141 @@
+#include "pc/registry_access.h"
+
+#include <fstream>
+
+#include "base/utf8.h"
+#include "common/machine_test.h"
+#include "core/attempt.h"
+#include "platform/portable/registry.h"
+
+namespace ovno2 {
+namespace {
+
+using platform::currentUser;
+using platform::RegistryKey;
+using platform::portable::PortableRegistry;
+using Operation = PortableRegistry::Operation;
+
+constexpr TextView key = u"Software\\Test";
+
+class RegistryAccess : public MachineTest {
+  protected:
+    void store(TextView name, const platform::RegistryValue& value) {
+        std::unique_ptr<RegistryKey> opened;
+        ASSERT_EQ(0, machine.registry().create(currentUser, key, opened));
+        ASSERT_EQ(0, opened->write(name, value));
+    }
+    Text get(TextView name) { return Registry::GetRegValue(currentUser, key, name); }
+    bool set(TextView name, TextView value, Long type, bool keepZero = false) {
+        return Registry::SetRegValue(currentUser, key, name, value, type, keepZero);
+    }
+    PortableRegistry& registry() { return static_cast<PortableRegistry&>(machine.registry()); }
+};
+
+TEST_F(RegistryAccess, EveryTypeCrossesAsText) {
+    store(u"text", {.type = 1, .text = Text(u"abc\0", 4), .bytes = {}, .number = 0});
+    store(u"two", {.type = 2, .text = Text(u"%X%\0\0", 5), .bytes = {}, .number = 0});
+    store(u"list", {.type = 7, .text = Text(u"a\0b\0\0", 5), .bytes = {}, .number = 0});
+    store(u"bytes", {.type = 3, .text = {}, .bytes = std::string("A\0\xE4\x80", 4), .number = 0});
+    store(u"number", {.type = 4, .text = {}, .bytes = {}, .number = 300});
+    store(u"bias", {.type = 4, .text = {}, .bytes = {}, .number = 0xFFFFFFC4});
+    store(u"long", {.type = 11, .text = {}, .bytes = "12345678", .number = 0});
+    EXPECT_EQ(u"abc", get(u"text"));
+    EXPECT_EQ(Text(u"%X%\0", 4), get(u"two")) << "one NUL is cut, not two";
+    EXPECT_EQ(Text(u"a\0b\0", 4), get(u"list"));
+    EXPECT_EQ(Text(u"A\0ä€", 4), get(u"bytes"));
+    EXPECT_EQ(u"300", get(u"number"));
+    EXPECT_EQ(u"-60", get(u"bias"));
+    EXPECT_EQ(u"", get(u"long"));
+
+    std::unique_ptr<RegistryKey> opened;
+    ASSERT_EQ(0, machine.registry().open(currentUser, key, /*view64=*/false, opened));
+    Text text = u"old";
+    EXPECT_EQ(-1, Registry::RegQueryValueText(*opened, u"long", text));
+    EXPECT_EQ(u"", text);
+    EXPECT_EQ(0, Registry::RegQueryValueText(*opened, u"text", text));
+    EXPECT_EQ(Text(u"abc\0", 4), text) << "the stored NUL belongs to it";
+    EXPECT_EQ(2, Registry::RegQueryValueText(*opened, u"missing", text));
+    EXPECT_EQ(u"", Registry::GetRegValue(currentUser, u"Software\\Missing", u"x"));
+    EXPECT_EQ(u"", Registry::GetRegValue(17, key, u"text"));
+}
+
+TEST_F(RegistryAccess, SettingSaysWhetherTheValueReadsBackAsGiven) {
+    struct Case {
+        TextView value;
+        Long type;
+        bool keepZero;
+        bool result;
+        TextView readBack;
+    };
+    for (const Case& c :
+         {Case{u"new", 1, false, true, u"new"}, Case{u"%A%", 2, false, true, u"%A%"},
+          Case{u"a", 7, false, true, u"a"}, Case{u"", 1, false, true, u""},
+          Case{u"Zoë 電話", 1, false, true, u"Zoë 電話"}, Case{u"300", 4, false, true, u"300"},
+          Case{u"-60", 4, false, true, u"-60"}, Case{u"0", 4, false, false, u""},
+          Case{u"0", 4, true, true, u"0"}, Case{u"7.9", 4, false, false, u"7"},
+          Case{u"-7.1", 4, false, false, u"-8"}, Case{u"12abc", 4, false, false, u"12"},
+          Case{u"abc", 4, false, false, u""}, Case{u"9999999999", 4, false, false, u"old"},
+          Case{u"x", 3, false, false, u"old"}, Case{u"x", 11, false, false, u"old"}}) {
+        set(u"v", u"old", 1);
+        EXPECT_EQ(c.result, set(u"v", c.value, c.type, c.keepZero)) << toUtf8(c.value) << " " << c.type;
+        EXPECT_EQ(c.readBack, get(u"v")) << toUtf8(c.value) << " " << c.type;
+        clearPendingFailure();
+    }
+}
+
+TEST_F(RegistryAccess, ALeadingBackslashIsDroppedInTheCallersPathToo) {
+    Text path = u"\\Software\\Test";
+    EXPECT_TRUE(Registry::SetRegValue(currentUser, path, u"v", u"1", 1));
+    EXPECT_EQ(key, path);
+    EXPECT_EQ(u"1", get(u"v"));
+    path = u"\\";
+    EXPECT_FALSE(Registry::SetRegValue(currentUser, path, u"v", u"", 1));
+    EXPECT_EQ(u"", path);
+}
+
+TEST_F(RegistryAccess, ANumberThatCannotBeStoredIsDeletedAndStoredOnceMore) {
+    ASSERT_TRUE(set(u"v", u"5", 4));
+    std::vector<Operation> calls;
+    int failures = 1;
+    registry().interfere = [&](Operation operation) {
+        calls.push_back(operation);
+        return operation == Operation::write && failures-- > 0 ? Long{29} : platform::registryOk;
+    };
+    EXPECT_TRUE(set(u"v", u"6", 4));
+    EXPECT_EQ((std::vector{Operation::create, Operation::write, Operation::remove, Operation::write,
+                           Operation::open, Operation::read}),
+              calls);
+    failures = 2;
+    EXPECT_FALSE(set(u"v", u"7", 4));
+    EXPECT_EQ(u"", get(u"v"));
+}
+
+TEST_F(RegistryAccess, AnyRefusedCallGivesFalseOrNothing) {
+    ASSERT_TRUE(set(u"v", u"old", 1));
+    for (const Operation refused : {Operation::create, Operation::write, Operation::open, Operation::read}) {
+        registry().interfere = [&](Operation operation) {
+            return operation == refused ? platform::registryAccessDenied : platform::registryOk;
+        };
+        EXPECT_FALSE(set(u"v", u"new", 1));
+        registry().interfere = nullptr;
+        ASSERT_TRUE(set(u"v", u"old", 1));
+    }
+    registry().interfere = [](Operation) -> Long { throw std::bad_alloc(); };
+    EXPECT_EQ(u"", get(u"v"));
+    EXPECT_FALSE(set(u"v", u"new", 1));
+    registry().interfere = nullptr;
+    EXPECT_EQ(u"old", get(u"v"));
+}
+
+TEST_F(RegistryAccess, AProfileValueIsReadFromTheFile) {
+    const std::filesystem::path file = folder.path() / "defaults.ini";
+    std::ofstream(file) << "[Nokia 6300]\nType=S40\nSameAs=" << std::string(600, 'x') << "\n";
+    const Text path = u"Z:" + replaceAll(file.u16string(), u"/", u"\\");
+    EXPECT_EQ(u"S40", Registry::GetIniValue(u"Nokia 6300", u"Type", path));
+    EXPECT_EQ(Text(511, u'x'), Registry::GetIniValue(u"Nokia 6300", u"SameAs", path));
+    EXPECT_EQ(u"", Registry::GetIniValue(u"Nokia 6300", u"NFax", path));
+    EXPECT_EQ(u"", Registry::GetIniValue(u"Nokia 6300", u"Type", path + u"x"));
+}
+
+}  // namespace
+}  // namespace ovno2
