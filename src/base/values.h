@@ -47,6 +47,8 @@ struct spacedDecimal {
 };
 struct hex {
     std::uint32_t value;
+    explicit hex(std::uint32_t number) : value(number) {}
+    explicit hex(Long number) : value(static_cast<std::uint32_t>(number)) {}
 };
 
 inline void appendPart(Text& line, TextView part) {

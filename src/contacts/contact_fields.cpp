@@ -102,7 +102,7 @@ const FieldCodes* addressCodes(Word id) {
 FieldCodes codesOfAddressWord(Word id, std::size_t word, const FieldDefinitions& table) {
     const FieldCodes* codes = addressCodes(id);
     if (codes == generalAddress && word == firstAddressWord) {
-        const Long platform = stateOf<Devices::State>().platformType;
+        const Long platform = Devices::platformType();
         const bool undivided = platform >= eNokiaPhoneType && platform < firstS60Platform;
         if (undivided && !(table.has(businessCityCode) && table.has(homeCityCode))) return undividedStreet;
     }

@@ -1,16 +1,18 @@
 #include "contacts/contacts.h"
 
+#include <optional>
 #include <utility>
 
 #include "contacts/contact_fields.h"
+#include "contacts/contacts_connection.h"
+#include "content/field_tables.h"
 #include "content/item_ids.h"
+#include "content/item_reading.h"
 #include "content/progress.h"
 #include "content/sessions.h"
-#include "content/state.h"
+#include "content/vendor_service.h"
+#include "devices/current_phone.h"
 #include "devices/devices.h"
-#include "devices/session.h"
-#include "library/library_memory.h"
-#include "pc/capture_dos.h"
 
 namespace ovno2::Contacts {
 
@@ -18,8 +20,8 @@ using namespace std::string_view_literals;  // names of routines whose length is
 
 namespace {
 
-using Content::noStatus;
 using library::ContactRecord;
+using library::is;
 using library::ItemIdRecord;
 using library::Word;
 
@@ -36,26 +38,18 @@ constexpr Long lastNameCode = 2;
 constexpr Long formattedNameCode = 3;
 
 void logStatus(TextView tag, Long status) {
-    DebugLine(tag, hex{static_cast<std::uint32_t>(status)});
-}
-
-bool is(Long result, library::Status status) {
-    return static_cast<library::Status>(result) == status;
-}
-
-void processPendingMessages() {
-    attempt([] { currentPlatform().windows().processPendingMessages(); });
+    DebugLine(tag, hex{status});
 }
 
 void closeAndEnd() {
-    Content::CloseContactsConnection();
+    CloseContactsConnection();
     Content::PIMApiTerminate();
 }
 
 // What a contact read needs from its first pass to its last.
 struct Retries {
     int connections = 0;
-    int restarts = 0;
+    int serviceEnds = 0;
     bool busy = false;
 };
 
@@ -67,20 +61,12 @@ bool connectsAgain(Retries& retries, Long status, FailureNumber pending) {
     return retries.connections == 1 || (retries.connections == 2 && unreached);
 }
 
-// Ends the vendor's service, which starts afresh with the next call.
-void endVendorService() {
-    constexpr Long timeoutSeconds = 30;
-    CaptureDos::ExecuteCommand(u"taskkill /F /IM ServiceLayer.exe", /*doNotWait=*/false, timeoutSeconds);
-    currentPlatform().clock().sleep(200);
-}
-
 // Decides after a read: true for another pass.
 bool readsAgain(Retries& retries, Long& result) {
-    constexpr int mostRestarts = 3;
     closeAndEnd();
-    if (is(result, library::connectionLost) || is(result, library::serviceFailed)) {
-        endVendorService();
-        if (++retries.restarts < mostRestarts) return true;
+    if (Content::serviceIsStuck(result)) {
+        Content::endVendorService();
+        if (++retries.serviceEnds < Content::mostServiceEnds) return true;
         closeAndEnd();
         return false;
     }
@@ -91,61 +77,67 @@ bool readsAgain(Retries& retries, Long& result) {
     return false;
 }
 
-// Takes an item's data out of the library's memory and sees that the library gets it back.
-class ItemData {
-  public:
-    ItemData() { record_.size = sizeof record_; }
-    ~ItemData() {
-        if (filled_)
-            attempt([&] { library::CAFreeItemData(Content::state().ContactsHandle, /*one=*/1, &record_); });
-    }
-    ItemData(const ItemData&) = delete;
-    ItemData& operator=(const ItemData&) = delete;
-
-    Long read(library::Handle operation, ItemIdRecord& id) {
-        Long status = noStatus;
-        attempt([&] {
-            status = static_cast<Long>(library::CAReadItem(operation, &id, /*zero=*/0, /*one=*/1, &record_));
-        });
-        filled_ = status == 0;
-        return status;
-    }
-    const ContactRecord& record() const { return record_; }
-
-  private:
-    ContactRecord record_{};
-    bool filled_ = false;
-};
-
-// One pass over the identifiers of a contacts folder.
-class ContactReader {
+// One read of the contacts folder.
+class ContactReader : public Content::FolderReader {
   public:
     ContactReader(HostArray<AdrItem>& items, const TextTable& table, const Text& pictureFolder,
                   const Content::Progress& progress)
-        : items_(items),
-          table_(table),
-          values_(table_.rows()),
-          pictureFolder_(pictureFolder),
-          progress_(progress),
-          nameFallback_(!table_.has(lastNameCode) && table_.has(formattedNameCode)) {}
+        : items_(items), tableOfHost_(table), pictureFolder_(pictureFolder), progress_(progress) {}
 
-    // The highest index of the host's array afterwards, 0 for an array without elements.
-    Long read(library::Handle operation, std::vector<ItemIdRecord>& ids) {
-        attempt([&] { items_.elements().reserve(items_.size() + ids.size() + 1); });
-        for (ItemIdRecord& id : ids) {
-            processPendingMessages();
-            attempt([&] { readContact(operation, id); });
-        }
-        return highestIndex();
+  protected:
+    Long notListed(Long status) override {
+        logStatus(u" e1:", status);
+        return status;
+    }
+    void listed(Word count) override {
+        if (pendingFailure().number != noFailure) DebugWrite(u" e0");
+        progress_.advance(progressOfIdList);
+        DebugLine(u" c:", decimal{static_cast<Long>(count)});
+    }
+    Long notBegun(Long status) override {
+        logStatus(u" e2:", status);
+        return operationNotBegun;
+    }
+    void begun(Word count, std::size_t copied) override {
+        processPendingMessages();
+        Content::InitFieldTables();
+        DebugLine(u"caIDList.iUIDCount:", decimal{static_cast<Long>(count)});
+        attempt([&] { items_.elements().reserve(items_.size() + copied + 1); });
+        places_.emplace(tableOfHost_);
+    }
+    void readItem(library::Handle operation, ItemIdRecord& id) override {
+        processPendingMessages();
+        readContact(operation, id);
+    }
+    // The highest index of the host's array, 0 for an array without elements.
+    Long done() override {
+        const Long result = highestIndex();
+        DebugLine(decimal{result});
+        return result;
     }
 
   private:
+    // Where a contact's values go.
+    struct Places {
+        const FieldDefinitions table;
+        ContactValues values;
+        const bool nameFallback;
+        explicit Places(const TextTable& tableOfHost)
+            : table(tableOfHost),
+              values(table.rows()),
+              nameFallback(!table.has(lastNameCode) && table.has(formattedNameCode)) {}
+    };
+
+    static void processPendingMessages() {
+        attempt([] { currentPlatform().windows().processPendingMessages(); });
+    }
+
     Long highestIndex() const { return items_.hasElements() ? items_.upperBound() : 0; }
 
     void readContact(library::Handle operation, ItemIdRecord& id) {
-        ItemData data;
+        Content::ItemData<ContactRecord> data(connection().handle);
         Text uid;
-        Long status = noStatus;
+        Long status = library::notCalled;
         {
             const RoutineLog log(u"CAReadItem"sv);
             attempt([&] { uid = Content::GetUIDAsString(id); });
@@ -173,14 +165,14 @@ class ContactReader {
         attempt([&] { contact.Location = decimalText(static_cast<Long>(id.position)) + u" (SB)"; });
         contact.Uid = std::move(uid);
 
-        values_.beginContact();
+        places_->values.beginContact();
         DebugWrite(u"1");
-        savePair(record.a, contact, nameFallback_, pictureFolder_, contact.Uid);
+        savePair(record.a, contact, places_->nameFallback, pictureFolder_, contact.Uid);
         DebugWrite(u"3");
-        attempt([&] { cleanUpName(values_, table_); });
+        attempt([&] { cleanUpName(places_->values, places_->table); });
         for (const library::ItemPair& pair : {record.d, record.b, record.c})
             savePair(pair, contact, /*nameFallback=*/false, /*pictureFolder=*/noText_, /*uid=*/noText_);
-        attempt([&] { contact.FieldValues = values_.joined(); });
+        attempt([&] { contact.FieldValues = places_->values.joined(); });
         DebugWrite(u"11");
         attempt([&] { contact.FieldValuesAsRead = contact.FieldValues; });
     }
@@ -191,29 +183,20 @@ class ContactReader {
         dataItems_.clear();
         Content::CopyToDataStruct(dataItems_, pair.items, static_cast<Long>(pair.count & countMask));
         for (const Content::DataItem& item : dataItems_)
-            SaveContactInfo(contact, values_, item, table_, nameFallback, pictureFolder, uid);
+            SaveContactInfo(contact, places_->values, item, places_->table, nameFallback, pictureFolder, uid);
     }
 
     static decimal number(Word value) { return {static_cast<Long>(value)}; }
     static spacedDecimal spaced(std::size_t value) { return {static_cast<Long>(value)}; }
 
     HostArray<AdrItem>& items_;
-    const FieldDefinitions table_;
-    ContactValues values_;
+    const TextTable& tableOfHost_;
+    std::optional<Places> places_;
     std::vector<Content::DataItem> dataItems_;
     const Text& pictureFolder_;
     const Text noText_;
     const Content::Progress& progress_;
-    const bool nameFallback_;
 };
-
-// The identifiers of a list; none when they cannot be read.
-std::vector<ItemIdRecord> copyIds(const library::ItemIdListRecord& list) {
-    std::vector<ItemIdRecord> ids;
-    if (library::isAddress(list.items))
-        attempt([&] { ids = library::copyBlock<ItemIdRecord>(list.items, list.count); });
-    return ids;
-}
 
 }  // namespace
 
@@ -221,45 +204,10 @@ Long GetContacts(Long folder, HostArray<AdrItem>& AdrItems, const TextTable& Mob
                  const Text& FolderForPics, const platform::ObjectPointer& Progressbar) {
     const RoutineLog log(u"GetContacts");
     const Content::Progress progress(Progressbar);
-    Content::State& content = Content::state();
-    if (content.ContactsHandle == 0) Content::CheckContactsConnection(currentPhone().serial);
-    currentPhone().clear();
+    if (connection().handle == 0) CheckContactsConnection(Devices::currentPhone().serial);
+    Devices::forgetCurrentPhone();
     clearPendingFailure();
-
-    library::ItemIdListRecord list{.size = sizeof list, .count = 0, .items = 0};
-    Long status = noStatus;
-    attempt([&] {
-        status = static_cast<Long>(
-            library::CAGetIDList(content.ContactsHandle, static_cast<Word>(folder), /*zero=*/0, &list));
-    });
-    if (status != 0) {
-        logStatus(u" e1:", status);
-        return status;
-    }
-    if (pendingFailure().number != noFailure) DebugWrite(u" e0");
-    progress.advance(progressOfIdList);
-    DebugLine(u" c:", decimal{static_cast<Long>(list.count)});
-    std::vector<ItemIdRecord> ids = copyIds(list);
-
-    library::Handle operation = 0;
-    status = noStatus;
-    attempt([&] {
-        status = static_cast<Long>(library::CABeginOperation(content.ContactsHandle, /*zero=*/0, &operation));
-    });
-    if (status != 0) {
-        logStatus(u" e2:", status);
-        return operationNotBegun;
-    }
-    processPendingMessages();
-    Content::InitFieldTables();
-    DebugLine(u"caIDList.iUIDCount:", decimal{static_cast<Long>(list.count)});
-    Long result = AdrItems.hasElements() ? AdrItems.upperBound() : 0;
-    attempt([&] {
-        result = ContactReader(AdrItems, Mobilefields, FolderForPics, progress).read(operation, ids);
-    });
-    attempt([&] { library::CAEndOperation(operation); });
-    DebugLine(decimal{result});
-    return result;
+    return ContactReader(AdrItems, Mobilefields, FolderForPics, progress).read(connection(), folder);
 }
 
 Long NokiaGetAddressBookItems(Text& model, Text& PhoneId, HostArray<AdrItem>& AdrItems,
@@ -276,7 +224,7 @@ Long NokiaGetAddressBookItems(Text& model, Text& PhoneId, HostArray<AdrItem>& Ad
         if (serial.empty()) return phoneNotFound;
         progress.advance();
 
-        const Long status = Content::CheckContactsConnection(serial);
+        const Long status = CheckContactsConnection(serial);
         if (status != 0) {
             const FailureNumber pending = pendingFailure().number;
             logStatus(u"e2:", status);
@@ -287,7 +235,7 @@ Long NokiaGetAddressBookItems(Text& model, Text& PhoneId, HostArray<AdrItem>& Ad
         }
         progress.advance();
 
-        const Long folder = Content::GetContactsFolder(model, serial);
+        const Long folder = GetContactsFolder(model, serial);
         if (folder < 0) return folderNotFound;
         progress.advance();
 

@@ -118,8 +118,7 @@ Long GetCA_DATA_ITEM_size() {
     const RoutineLog log(u"GetCA_DATA_ITEM_size");
     const Long stored = storedItemSize();
     if (stored != 0) return stored;
-    Long version = firstVersionWithLongRecords;
-    attempt([&] { version = static_cast<Long>(library::DMAPI_GetAPIVersion()); });
+    const Long version = library::DMAPI_GetAPIVersion.tried().valueOr(firstVersionWithLongRecords);
     return version < firstVersionWithLongRecords ? shortRecord : longRecord;
 }
 
@@ -130,7 +129,8 @@ void CopyToDataStruct(std::vector<DataItem>& items, Address pointer, Long count)
     attempt([&] { takeApart(items, pointer, static_cast<std::size_t>(count)); });
 }
 
-Address CopyFromDataStructToNokia(std::span<const DataItem> items, library::LowWords& spare, std::size_t index) {
+Address CopyFromDataStructToNokia(std::span<const DataItem> items, library::LowWords& spare,
+                                  std::size_t index) {
     const RoutineLog log(u"CopyFromDataStructToNokia");
     Long& recordSize = state().ItemRecordSize;
     if (recordSize == 0) recordSize = GetCA_DATA_ITEM_size();
@@ -138,8 +138,7 @@ Address CopyFromDataStructToNokia(std::span<const DataItem> items, library::LowW
     if (items.empty() || items.size() > mostItemsToWrite) return 0;
     const std::size_t stride = static_cast<std::size_t>(recordSize);
     const std::size_t bytes = stride * items.size();
-    void* array = nullptr;
-    attempt([&] { array = library::CONAAllocMemory(static_cast<Word>(bytes)); });
+    void* array = library::CONAAllocMemory.tried(static_cast<Word>(bytes));
     if (!array && index <= spare.size() && bytes <= (spare.size() - index) * sizeof(Word))
         array = spare.at(index);
     if (!array) return 0;
@@ -150,8 +149,7 @@ Address CopyFromDataStructToNokia(std::span<const DataItem> items, library::LowW
 }
 
 void FreeDataItems(Address array, const library::LowWords& spare) {
-    if (array != 0 && !spare.holds(array))
-        attempt([&] { library::CONAFreeMemory(library::pointerTo(array)); });
+    if (array != 0 && !spare.holds(array)) library::CONAFreeMemory.tried(library::pointerTo(array));
 }
 
 }  // namespace ovno2::Content

@@ -34,7 +34,8 @@ void CopyToDataStruct(std::vector<DataItem>& items, Address pointer, Long count)
 // Builds the library's form of `items` and returns its address, which the caller gives back with
 // `FreeDataItems` after the write. When the library has no memory the array is built in `spare` from word
 // `index` on; 0 when it does not fit there, and for no items or more than 100.
-Address CopyFromDataStructToNokia(std::span<const DataItem> items, library::LowWords& spare, std::size_t index);
+Address CopyFromDataStructToNokia(std::span<const DataItem> items, library::LowWords& spare,
+                                  std::size_t index);
 void FreeDataItems(Address array, const library::LowWords& spare);
 
 // The registry's item size is read again at the next need; a library session begins with this.

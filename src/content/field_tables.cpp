@@ -1,7 +1,6 @@
 #include "content/field_tables.h"
 
 #include "content/state.h"
-#include "core/attempt.h"
 #include "library/library.h"
 
 namespace ovno2::Content {
@@ -66,7 +65,7 @@ void InitFieldTables() {
 
 Long deviceManagementVersion() {
     Long& version = state().DmApiVersion;
-    if (version == 0) attempt([&] { version = static_cast<Long>(library::DMAPI_GetAPIVersion()); });
+    if (version == 0) version = library::DMAPI_GetAPIVersion.tried().valueOr(0);
     return version;
 }
 

@@ -39,8 +39,8 @@ struct alignas(Word) RecordBytes {
 };
 
 Long folderInfo(Handle connection, unsigned char* buffer, Long status) {
-    attempt([&] { status = static_cast<Long>(library::CAGetFolderInfo(connection, buffer)); });
-    DebugLine(hex{static_cast<std::uint32_t>(status)});
+    status = library::CAGetFolderInfo.tried(connection, buffer).valueOr(status);
+    DebugLine(hex{status});
     return status;
 }
 
@@ -82,49 +82,38 @@ Level copyLevel(Address pointer, std::size_t count, Long recordSize) {
     return level;
 }
 
-Long endOperation(Handle operation, Long status) {
-    attempt([&] { status = static_cast<Long>(library::CAEndOperation(operation)); });
-    return status;
-}
-
 // Renames the folder, or deletes it when `newName` is empty.
 Long changeFolder(Handle connection, RecordBytes record, const Text& newName) {
     DebugWrite(u"GetSubfolders", 10);
     Handle operation = 0;
-    Long status = noStatus;
-    attempt([&] { status = static_cast<Long>(library::CABeginOperation(connection, 0, &operation)); });
-    DebugLine(hex{static_cast<std::uint32_t>(status)});
+    Long status = library::CABeginOperation.tried(connection, /*zero=*/0, &operation).status;
+    DebugLine(hex{status});
     if (status != 0) return status;
     {
         std::optional<library::LibraryString> name;
         if (!newName.empty()) {
             name.emplace(newName);
             if (reinterpret_cast<std::uintptr_t>(name->get()) <= lastReservedAddress) {
-                endOperation(operation, status);
+                library::CAEndOperation.tried(operation);
                 return noMemoryForName;
             }
         }
         DebugWrite(u"GetSubfolders", 11);
-        status = noStatus;
-        attempt([&] {
-            status =
-                static_cast<Long>(name ? library::CARenameFolder(operation, record.bytes.data(), name->get())
-                                       : library::CADeleteFolder(operation, record.bytes.data()));
-        });
+        status = name ? library::CARenameFolder.tried(operation, record.bytes.data(), name->get()).status
+                      : library::CADeleteFolder.tried(operation, record.bytes.data()).status;
     }
-    DebugLine(u"CARenameFolder:", hex{static_cast<std::uint32_t>(status)});
+    DebugLine(u"CARenameFolder:", hex{status});
     if (status == 0) {
-        status = noStatus;
-        attempt([&] { status = static_cast<Long>(library::CACommitOperations(operation, nullptr)); });
-        DebugLine(hex{static_cast<std::uint32_t>(status)});
+        status = library::CACommitOperations.tried(operation, /*writtenOrNull=*/nullptr).status;
+        DebugLine(hex{status});
     }
     if (status != 0) {
         // A change that failed is dropped with its operation.
-        endOperation(operation, status);
+        library::CAEndOperation.tried(operation);
         return status;
     }
-    status = endOperation(operation, noStatus);
-    DebugLine(hex{static_cast<std::uint32_t>(status)});
+    status = library::CAEndOperation.tried(operation).status;
+    DebugLine(hex{status});
     return status;
 }
 
@@ -166,7 +155,7 @@ Long GetNokiaFolder(Handle connection, FolderInfoRecord& record) {
     std::memcpy(buffer.data(), &record, sizeof record);
     const bool longRecords = numericValue(Discovery::SuiteBuildText()) >= firstSuiteWithLongRecords;
     if (longRecords) buffer[0] = longSize;
-    Long status = folderInfo(connection, buffer.data(), noStatus);
+    Long status = folderInfo(connection, buffer.data(), library::notCalled);
     if (status != 0) {
         buffer[0] = longRecords ? shortSize : longSize;
         status = folderInfo(connection, buffer.data(), status);

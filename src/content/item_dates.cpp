@@ -25,7 +25,7 @@ constexpr std::size_t recordSize = sizeof(DateRecord);
 
 // Unknown platforms and the newer ones keep daylight saving apart from the zone's bias.
 bool platformKnowsDaylight() {
-    const Long type = stateOf<Devices::State>().platformType;
+    const Long type = Devices::platformType();
     return type == eNokiaPhoneType || type >= eNokiaPhoneS40_5;
 }
 

@@ -50,8 +50,7 @@ void CopyItemIdToLibrary(const ItemId& id, library::ItemIdRecord& record) {
     std::vector<std::uint8_t> bytes;
     attempt([&] { bytes = HexToBytes(id.Uid); });
     if (bytes.empty()) return;
-    void* block = nullptr;
-    attempt([&] { block = library::CONAAllocMemory(static_cast<library::Word>(bytes.size())); });
+    void* const block = library::CONAAllocMemory.tried(static_cast<library::Word>(bytes.size()));
     if (block) {
         std::memcpy(block, bytes.data(), bytes.size());
         record.uid = library::addressOf(block);
@@ -63,7 +62,7 @@ void CopyItemIdToLibrary(const ItemId& id, library::ItemIdRecord& record) {
 
 void FreeItemIdBytes(library::ItemIdRecord& record) {
     if (record.uid != 0 && !state().IdBuffer.holds(record.uid))
-        attempt([&] { library::CONAFreeMemory(library::pointerTo(record.uid)); });
+        library::CONAFreeMemory.tried(library::pointerTo(record.uid));
     record.uid = 0;
     record.uidLength = 0;
 }

@@ -1,7 +1,7 @@
 // What the content-access core remembers on the thread.
 //
-// The calendar, message and write routines above read and set some of it (the time-zone biases, the API
-// versions, the contacts write session), so it stands in a header; everything starts at zero or empty.
+// The content areas above read and set some of it (the time-zone biases, the API versions, the field tables),
+// so it stands in a header; everything starts at zero or empty. Each area's connection is the area's own.
 #pragma once
 
 #include <optional>
@@ -14,26 +14,8 @@
 
 namespace ovno2::Content {
 
-// A status before any call was made; not success.
-inline constexpr Long noStatus = -1;
-
-// The answer of the last contacts connection check, trusted for a second, and the folder found behind it.
-struct ConnectionCheck {
-    Single CheckedAt = 0;        // seconds since midnight
-    Long LastStatus = noStatus;  // 0 only while the connection of that check is open
-    Long FolderId = 0;
-};
-
 struct State {
     static constexpr StateSlot slot = StateSlot::content;
-
-    library::Handle ContactsHandle = 0;  // 0 = no connection
-    Text ContactsSerial;                 // the phone the contacts connection belongs to
-    ConnectionCheck ContactsCheck;
-
-    // The contacts write session; closing the connection ends it.
-    library::Handle ContactsOperation = 0;
-    bool ContactsSessionOpen = false;
 
     Long CaApiVersion = 0;  // content-access version, 0 = not yet asked
     Long DmApiVersion = 0;  // device-management version, 0 = not yet asked
@@ -48,7 +30,7 @@ struct State {
 
     FieldTables Fields;
 
-    library::LowWords IdBuffer;                       // UID bytes the library had no memory for
+    library::LowWords IdBuffer;              // UID bytes the library had no memory for
     std::vector<unsigned char> BlockBuffer;  // the data-item array being taken apart
 };
 

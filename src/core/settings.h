@@ -20,10 +20,7 @@ struct Settings {
     Long getAllFields = 0;   // non-zero: contact reading keeps every value
     Long addTimeOffset = 0;  // 0 or more: date marshalling shifts times the phone gave in UTC
 
-    // Stored by `Init`.
-    Text profilePath;               // "defaults.ini" beside the module
-    Long contentAccessVersion = 0;  // content-access API version
-    Long libraryStartCount = 0;     // successful CONAInitialize calls not yet undone
+    Text profilePath;  // "defaults.ini" beside the module; stored by `Init`
 };
 
 inline Settings& settings() {

@@ -1,6 +1,7 @@
 #include "devices/devices.h"
 
 #include "core/settings.h"
+#include "devices/current_phone.h"
 #include "devices/session.h"
 #include "library/library_memory.h"
 #include "pc/registry_access.h"
@@ -12,11 +13,11 @@ namespace {
 using library::codePageText;
 using library::ConnectionRecord;
 using library::DeviceRecord;
+using library::is;
 using library::isAddress;
 using library::Word;
 
 constexpr Long detailLevel = 4;
-constexpr Long noStatus = -1;
 constexpr std::size_t serialLimit = 256;  // bytes of a serial number in the code page
 constexpr int sameAsHops = 10;
 
@@ -33,17 +34,16 @@ void setEntry(HostArray<Element>& array, Long index, const Element& value) {
     attempt([&] { array.at(index) = value; });
 }
 
-// Asks for one information record and copies it; the library gets its own back at once. `status` keeps its
-// value when the call cannot be made.
+// Asks for one information record and copies it; the library gets its own back at once.
 template <class Record>
 bool deviceInformation(const DeviceRecord& device, Word option, Long& status, Record& record,
                        Text* typeName) {
     Address address = 0;
-    attempt([&] {
-        status = static_cast<Long>(library::CONAGetDeviceInfo(
-            Session::handle(), static_cast<const char16_t*>(library::pointerTo(device.serialNumber)), option,
-            &address));
-    });
+    status =
+        library::CONAGetDeviceInfo
+            .tried(Session::handle(), static_cast<const char16_t*>(library::pointerTo(device.serialNumber)),
+                   option, &address)
+            .valueOr(status);
     if (!isAddress(address)) return false;
     const bool copied = attempt([&] { library::copyRecord(address, record); }) == noFailure;
     if constexpr (std::is_same_v<Record, library::GeneralInformationRecord>) {
@@ -51,7 +51,7 @@ bool deviceInformation(const DeviceRecord& device, Word option, Long& status, Re
     } else {
         static_cast<void>(typeName);
     }
-    attempt([&] { library::CONAFreeDeviceInfoStructure(option, library::pointerTo(address)); });
+    library::CONAFreeDeviceInfoStructure.tried(option, library::pointerTo(address));
     return copied;
 }
 
@@ -170,7 +170,7 @@ void listConnection(const DeviceRecord& device, const ConnectionRecord& connecti
             Long status = 0;
             const bool copied =
                 deviceInformation(device, library::propertiesInformation, status, properties, nullptr);
-            DebugLine(u"GetPhoneList 7 ", hex{static_cast<std::uint32_t>(status)});
+            DebugLine(u"GetPhoneList 7 ", hex{status});
             if (copied) {
                 DebugLine(u"DeviceType:", hex{properties.platformCode}, u" ", hex{properties.platformLevel});
                 setEntry(list.types, k, platformTypeOf(properties.platformCode, properties.platformLevel));
@@ -208,25 +208,21 @@ void listDevice(const DeviceRecord& device, Long& index, PhoneList& list) {
 // Opens the session and asks for the device count, once more after reopening when the library says its list
 // is stale. Returns 0 with `count` set, or GetPhoneList's result.
 Long countDevices(Word& count) {
-    const auto askCount = [&] {
-        Long status = noStatus;
-        attempt([&] { status = static_cast<Long>(library::CONAGetDeviceCount(Session::handle(), &count)); });
-        return status;
-    };
+    const auto askCount = [&] { return library::CONAGetDeviceCount.tried(Session::handle(), &count).status; };
     clearPendingFailure();
     const Session::OpenResult opened = Session::DMApiInit();
     if (opened.failure == fileNotFound) return -7;
     if (opened.result != 0) return -1;
     const Long status = askCount();
     if (status == 0) return 0;
-    if (static_cast<library::Status>(status) == library::deviceListStale) {
+    if (is(status, library::deviceListStale)) {
         Session::DMApiTerminate();
         const Session::OpenResult reopened = Session::DMApiInit();
         if (reopened.failure == fileNotFound) return -7;
         if (reopened.failure != noFailure) return -2;
     }
     const Long second = askCount();
-    DebugLine(u" 1:", hex{static_cast<std::uint32_t>(second)});
+    DebugLine(u" 1:", hex{second});
     return -2;
 }
 
@@ -234,13 +230,13 @@ Long countDevices(Word& count) {
 Long listDevices(Word count, PhoneList& list) {
     DebugWrite(u"GetPhoneList", 2, detailLevel);
     std::vector<DeviceRecord> devices;
-    Long status = noStatus;
+    Long status = library::notCalled;
     attempt([&] {
         devices.resize(count);
         status = static_cast<Long>(library::CONAGetDevices(Session::handle(), &count, devices.data()));
     });
     if (status != 0) {
-        DebugLine(u" 2:", hex{static_cast<std::uint32_t>(status)});
+        DebugLine(u" 2:", hex{status});
         return -3;
     }
     DebugWrite(u"GetPhoneList", 3, detailLevel);
@@ -248,9 +244,8 @@ Long listDevices(Word count, PhoneList& list) {
     Long index = -1;
     for (std::size_t i = 0; i < devices.size() && i < count; ++i)
         attempt([&] { listDevice(devices[i], index, list); });
-    Long freed = 0;
-    attempt([&] { freed = static_cast<Long>(library::CONAFreeDeviceStructure(count, devices.data())); });
-    if (freed != 0) DebugLine(hex{static_cast<std::uint32_t>(freed)});
+    const Long freed = library::CONAFreeDeviceStructure.tried(count, devices.data()).valueOr(0);
+    if (freed != 0) DebugLine(hex{freed});
     return static_cast<Long>(count);
 }
 
@@ -274,7 +269,7 @@ Text scanForModel(const Text& model, const PhoneList& list, bool secondScan) {
         const Text& serial = list.deviceIds.at(i);
         DebugLine(listed, u":", serial);
         if (!modelMatches(model, listed, secondScan)) continue;
-        currentPhone().model = listed;
+        setCurrentModel(listed);
         if (!serial.empty()) return serial;
     }
     return {};
@@ -324,21 +319,21 @@ Long GetPhoneList(PhoneList& list) {
 Text GetSerialNumber(const Text& model, const Text& phoneId, bool force) {
     const RoutineLog log(u"GetSerialNumber");
     DebugLine(model);
-    CurrentPhone& current = currentPhone();
+    const CurrentPhone& current = currentPhone();
     if (!current.serial.empty() && !force && model == current.model) return current.serial;
     PhoneList list;
     GetPhoneList(list);
     Text serial;
     if (model.empty()) {
         attempt([&] { serial = list.deviceIds.at(0); });
-        attempt([&] { current.model = list.models.at(0); });
+        attempt([&] { setCurrentModel(list.models.at(0)); });
         return serial;
     }
     attempt([&] {
         if (!phoneId.empty())
             for (Long i = 0; i <= list.deviceIds.upperBound() && serial.empty(); ++i)
                 if (list.deviceIds.at(i) == phoneId) {
-                    current.model = list.models.at(i);
+                    setCurrentModel(list.models.at(i));
                     serial = phoneId;
                 }
     });
@@ -357,6 +352,14 @@ Long GetPhoneType(const Text& id) {
             if (list.deviceIds.at(i) == id) type = list.types.at(i);
     });
     return type;
+}
+
+Long platformType() {
+    return stateOf<State>().platformType;
+}
+
+const Text& phoneModel() {
+    return stateOf<State>().phoneModel;
 }
 
 void PhoneModel_(const Text& model) {

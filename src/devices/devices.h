@@ -44,8 +44,8 @@ namespace Devices {
 
 struct State {
     static constexpr StateSlot slot = StateSlot::devices;
-    Text phoneModel;        // as given to PhoneModel_
-    Long platformType = 0;  // a tNokiaPhoneType
+    Text phoneModel;                      // as given to PhoneModel_
+    Long platformType = eNokiaPhoneType;  // a tNokiaPhoneType
 };
 
 // One entry per listed connection in each array, indexed from 0, in the order the library reports them.
@@ -72,6 +72,8 @@ Long GetPhoneType(const Text& id);
 
 // Stores the model name and derives the platform type from the profile.
 void PhoneModel_(const Text& model);
+const Text& phoneModel();
+Long platformType();  // a tNokiaPhoneType
 
 // The platform type for a platform code and level of the properties record; 0 when the code is unknown.
 Long platformTypeOf(std::uint32_t code, std::uint32_t level);

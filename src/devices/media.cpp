@@ -3,10 +3,10 @@
 #include <cstring>
 
 #include "core/attempt.h"
-#include "core/settings.h"
 #include "devices/devices.h"
 #include "devices/session.h"
 #include "library/library_memory.h"
+#include "library/library_start.h"
 
 namespace ovno2::MediaControl {
 
@@ -14,10 +14,8 @@ namespace {
 
 using library::Handle;
 using library::MediaRecord;
-using library::Status;
 using library::Word;
 
-constexpr Status noStatus = 0xFFFFFFFF;  // no call has been made yet
 constexpr Word defaultVersion = 30;
 constexpr Word newerVersion = 32;
 constexpr Long lastContentVersionForDefault = 36;
@@ -32,11 +30,9 @@ struct State {
 // What CONAMMGetMedia reported; the list goes back to the library on every way out.
 class MediaList {
   public:
-    explicit MediaList(Handle session) {
-        attempt([&] { library::CONAMMGetMedia(session, &count_, &list_); });
-    }
+    explicit MediaList(Handle session) { library::CONAMMGetMedia.tried(session, &count_, &list_); }
     ~MediaList() {
-        if (listed()) attempt([&] { library::CONAMMFreeMediaStructures(count_, library::pointerTo(list_)); });
+        if (listed()) library::CONAMMFreeMediaStructures.tried(count_, library::pointerTo(list_));
     }
     MediaList(const MediaList&) = delete;
     MediaList& operator=(const MediaList&) = delete;
@@ -55,13 +51,11 @@ class MediaList {
 
 // Opens the media handle; it keeps its old value when that fails.
 bool openMedia(Handle& handle) {
-    Status status = noStatus;
-    attempt([&] { status = library::CONAOpenMM(&handle, 0); });
-    return status == library::statusOk && handle != 0;
+    return library::CONAOpenMM.tried(&handle, 0).succeeded() && handle != 0;
 }
 
 void closeMedia(Handle handle) {
-    attempt([&] { library::CONACloseMM(handle); });
+    library::CONACloseMM.tried(handle);
 }
 
 Long libraryMedium(Long hostMedium) {
@@ -86,9 +80,9 @@ void setMedia(Handle handle, MediaRecord record, Word state) {
     if (!block.get()) return;
     std::memcpy(block.get(), &record, sizeof record);
     attempt([&] { DebugWrite(library::codePageText(record.description)); });
-    Status status = library::statusOk;
-    attempt([&] { status = library::CONAMMSetMedia(handle, static_cast<MediaRecord*>(block.get())); });
-    if (status != library::statusOk) DebugLine(u"CONAMMSetMedia: ", hex{status});
+    const Long status =
+        library::CONAMMSetMedia.tried(handle, static_cast<MediaRecord*>(block.get())).valueOr(0);
+    if (status != 0) DebugLine(u"CONAMMSetMedia: ", hex{status});
 }
 
 }  // namespace
@@ -99,14 +93,9 @@ Long MediaApiInit() {
     Long result = 0;
     if (stateOf<State>().handle == 0) {
         const Word version =
-            settings().contentAccessVersion > lastContentVersionForDefault ? newerVersion : defaultVersion;
-        result = -1;
-        const auto initialize = [&] { result = static_cast<Long>(library::MCAPI_Initialize(version, 0)); };
-        if (attempt(initialize) == fileNotFound) {
-            Session::NokReg();
-            clearPendingFailure();
-            if (attempt(initialize) == fileNotFound) result = libraryNotFound;
-        }
+            library::recordedContentVersion() > lastContentVersionForDefault ? newerVersion : defaultVersion;
+        const library::Answer started = Session::startService(library::MCAPI_Initialize, version);
+        result = started.failure == fileNotFound ? libraryNotFound : started.status;
     }
     DebugLine(decimal{result});
     return result;
@@ -117,8 +106,7 @@ Long MediaApiTerminate() {
     // The handle's value is kept after closing, so the library may not know it any more.
     State& state = stateOf<State>();
     state.handle = 0;
-    Long status = 0;
-    attempt([&] { status = static_cast<Long>(library::MCAPI_Terminate(0)); });
+    const Long status = library::MCAPI_Terminate.tried(0).valueOr(0);
     DebugLine(decimal{status});
     return status;
 }

@@ -2,8 +2,8 @@
 
 #include "core/attempt.h"
 #include "core/current_platform.h"
-#include "core/settings.h"
-#include "library/library.h"
+#include "devices/current_phone.h"
+#include "library/library_start.h"
 #include "pc/files.h"
 #include "pc/registry_access.h"
 #include "pc/shell_execute.h"
@@ -15,7 +15,6 @@ namespace {
 constexpr Long defaultVersion = 30;
 constexpr Long versionOfTooOldLibrary = 34;   // requested from a library that reports less than the default
 constexpr Long lastVersionWithoutQuery = 36;  // content-access versions up to here get the default
-constexpr Long noStatus = -1;                 // no call has been made yet
 constexpr Long detailLevel = 4;
 
 struct State {
@@ -25,41 +24,34 @@ struct State {
     bool fallbackStart = false;
     Long requestedVersion = defaultVersion;
     bool repairDone = false;
-    CurrentPhone currentPhone;
 };
 
 void stopEarlierStart(State& state) {
     if (state.fallbackStart)
-        attempt([] { library::CONAUninitialize(0); });
+        library::CONAUninitialize.tried(0);
     else
-        attempt([] { library::DMAPI_Terminate(0); });
+        library::DMAPI_Terminate.tried(0);
     clearPendingFailure();
     state.fallbackStart = false;
 }
 
 void chooseVersion(State& state) {
     state.requestedVersion = defaultVersion;
-    if (settings().contentAccessVersion <= lastVersionWithoutQuery) return;
-    attempt([&] { state.requestedVersion = static_cast<Long>(library::DMAPI_GetAPIVersion()); });
+    if (library::recordedContentVersion() <= lastVersionWithoutQuery) return;
+    state.requestedVersion = library::DMAPI_GetAPIVersion.tried().valueOr(state.requestedVersion);
     DebugLine(u"DMAPI_VERSION:", decimal{state.requestedVersion});
     if (state.requestedVersion < defaultVersion) state.requestedVersion = versionOfTooOldLibrary;
 }
 
 // Starts the library the way it was done before it had a device-management API of its own.
-FailureNumber startTheOldWay(State& state, Long& status) {
+library::Answer startTheOldWay(State& state) {
     state.fallbackStart = true;
-    const FailureNumber failure = attempt([&] {
-        status = static_cast<Long>(library::CONAInitialize(library::CONAGetConnAPIVersion(), u"Nokia"));
-    });
-    if (failure == noFailure && status == 0) ++settings().libraryStartCount;
-    return failure;
+    const library::Answer version = library::CONAGetConnAPIVersion.tried();
+    if (version.failure != noFailure) return {.failure = version.failure};
+    return library::start(static_cast<library::Word>(version.status));
 }
 
 }  // namespace
-
-CurrentPhone& currentPhone() {
-    return stateOf<State>().currentPhone;
-}
 
 namespace Session {
 
@@ -75,40 +67,31 @@ OpenResult DMApiInit() {
     stopEarlierStart(state);
     chooseVersion(state);
 
-    Long status = noStatus;
-    const auto initialize = [&] {
-        status = static_cast<Long>(
-            library::DMAPI_Initialize(static_cast<library::Word>(state.requestedVersion), 0));
-    };
-    open.failure = attempt(initialize);
-    if (open.failure == fileNotFound) {
-        NokReg();
-        clearPendingFailure();
-        open.failure = attempt(initialize);
-    }
+    library::Answer started =
+        startService(library::DMAPI_Initialize, static_cast<library::Word>(state.requestedVersion));
     Text description;
     attempt([&] { description = pendingFailure().description; });
     DebugWrite(u"DMApiInit 0a");
-    if (open.failure != noFailure) {
+    if (started.failure != noFailure) {
         DebugWrite(u"DMApiInit", 1);
-        DebugLine(decimal{open.failure}, description);
+        DebugLine(decimal{started.failure}, description);
         clearPendingFailure();
-        open.failure = startTheOldWay(state, status);
+        started = startTheOldWay(state);
     }
-    if (status == 0) {
+    open.failure = started.failure;
+    if (started.succeeded()) {
         DebugWrite(u"DMApiInit", 2);
         open.result = -2;
-        Long opened = noStatus;
-        attempt([&] { opened = static_cast<Long>(library::CONAOpenDM(&state.handle)); });
+        const library::Answer opened = library::CONAOpenDM.tried(&state.handle);
         DebugWrite(u"DMApiInit", 3);
-        if (opened == 0) {
+        if (opened.succeeded()) {
             open.result = 0;
             state.openCount = 1;
         } else {
-            DebugLine(hex{static_cast<std::uint32_t>(opened)});
+            DebugLine(hex{opened.status});
         }
     } else {
-        DebugLine(hex{static_cast<std::uint32_t>(status)});
+        DebugLine(hex{started.status});
     }
     DebugLine(decimal{open.result});
     return open;
@@ -117,25 +100,35 @@ OpenResult DMApiInit() {
 Long DMApiTerminate() {
     const RoutineLog log(u"DMApiTerminate");
     State& state = stateOf<State>();
-    state.currentPhone.clear();
-    if (state.handle != 0) attempt([&] { library::CONACloseDM(state.handle); });
+    Devices::forgetCurrentPhone();
+    if (state.handle != 0) library::CONACloseDM.tried(state.handle);
     DebugWrite(u"DMApiTerminate", 1, detailLevel);
     state.handle = 0;
     if (state.fallbackStart) {
         DebugWrite(u"DMApiTerminate", 2, detailLevel);
-        attempt([] { library::CONAUninitialize(0); });
+        library::CONAUninitialize.tried(0);
         DebugWrite(u"DMApiTerminate", 3, detailLevel);
         if (state.openCount > 0) {
             DebugWrite(u"DMApiTerminate", 4, detailLevel);
-            attempt([] { library::DMAPI_Terminate(0); });
+            library::DMAPI_Terminate.tried(0);
         }
     } else {
         DebugWrite(u"DMApiTerminate", 5, detailLevel);
-        attempt([] { library::DMAPI_Terminate(0); });
+        library::DMAPI_Terminate.tried(0);
     }
     DebugWrite(u"DMApiTerminate", 6, detailLevel);
     if (state.openCount > 0) --state.openCount;
     return 0;
+}
+
+library::Answer startService(
+    const library::Function<library::Status(library::Word, library::Word)>& initialize,
+    library::Word version) {
+    const library::Answer answer = initialize.tried(version, 0);
+    if (answer.failure != fileNotFound) return answer;
+    NokReg();
+    clearPendingFailure();
+    return initialize.tried(version, 0);
 }
 
 bool isOpen() {

@@ -2,28 +2,15 @@
 // `CleanUp` and the public `DMApiTerminate_`. Also the one-time repair of a library that Windows no longer
 // knows.
 //
-// State on the thread: the session's handle, whether the library had to be started the old way, whether the
-// repair has been tried; and `CurrentPhone`, the phone last identified, which the content areas share.
+// State on the thread: the session's handle, whether the library had to be started the old way, and whether
+// the repair has been tried.
 #pragma once
 
 #include "base/failure.h"
-#include "library/library_records.h"
+#include "library/library.h"
 #include "platform/thread_state.h"
 
 namespace ovno2 {
-
-// The phone last identified. `serial` is the phone that the content folder caches were last filled for,
-// written by those caches; `model` is the model text that the serial look-up last matched.
-struct CurrentPhone {
-    Text serial;
-    Text model;
-    void clear() {
-        serial.clear();
-        model.clear();
-    }
-};
-
-CurrentPhone& currentPhone();
 
 namespace Session {
 
@@ -39,6 +26,12 @@ OpenResult DMApiInit();
 Long DMApiTerminate();  // always 0
 bool isOpen();
 library::Handle handle();  // 0 = closed
+
+// Starts one of the library's services (DMAPI, MCAPI or CAAPI). When the library file is missing, the library
+// is registered anew and asked once more.
+library::Answer startService(
+    const library::Function<library::Status(library::Word, library::Word)>& initialize,
+    library::Word version);
 
 // Re-registers the library through the host's helper program: at most once per thread, and once per user.
 void NokReg();

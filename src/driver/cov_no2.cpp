@@ -1,6 +1,7 @@
 #include "driver/cov_no2.h"
 
 #include "contacts/contacts.h"
+#include "contacts/contacts_connection.h"
 #include "content/sessions.h"
 #include "core/attempt.h"
 #include "core/current_platform.h"
@@ -9,7 +10,7 @@
 #include "devices/discovery.h"
 #include "devices/media.h"
 #include "devices/session.h"
-#include "library/library.h"
+#include "library/library_start.h"
 #include "log/debug_log.h"
 #include "pc/files.h"
 #include "phonefs/file_operations.h"
@@ -59,25 +60,18 @@ Long covNo2::Init() noexcept {
     return member(Long{0}, [&](Long& result) {
         DebugLog::DebugInit();
         ISODate::DateTimeInit();
-        Settings& stored = settings();
         attempt([&] {
             const Text folder =
                 replaceAll(currentPlatform().libraries().moduleFolder(), u"\\q Projects\\NokiaConApi", u"");
-            stored.profilePath = folder + u"\\defaults.ini";
+            settings().profilePath = folder + u"\\defaults.ini";
         });
-        if (stored.libraryStartCount == 0) {
-            Long version = 0;
-            attempt([&] { version = static_cast<Long>(library::CONAGetConnAPIVersion()); });
-            result = libraryNotStarted;
-            attempt([&] {
-                result =
-                    static_cast<Long>(library::CONAInitialize(static_cast<library::Word>(version), u"Nokia"));
-            });
-            DebugLine(u"ConApiVersion:", spacedDecimal{version}, hex{static_cast<std::uint32_t>(result)});
-            if (result == 0) ++stored.libraryStartCount;
+        if (library::startCount() == 0) {
+            const Long version = library::CONAGetConnAPIVersion.tried().valueOr(0);
+            result = library::start(static_cast<library::Word>(version)).status;
+            DebugLine(u"ConApiVersion:", spacedDecimal{version}, hex{result});
         }
-        attempt([&] { stored.contentAccessVersion = roundHalfToEven(GetApiVersion()); });
-        DebugLine(u"CaApiVersion:", spacedDecimal{stored.contentAccessVersion});
+        attempt([&] { library::recordContentVersion(roundHalfToEven(GetApiVersion())); });
+        DebugLine(u"CaApiVersion:", spacedDecimal{library::recordedContentVersion()});
         initDone_ = true;
     });
 }
@@ -94,14 +88,12 @@ Long covNo2::CleanUp() noexcept {
     return member(Long{0}, [&](Long&) {
         EndFS();
         attempt([] { MediaControl::MediaApiTerminate(); });
-        attempt([] { Content::CloseContactsConnection(); });
+        attempt([] { Contacts::CloseContactsConnection(); });
         Session::DMApiTerminate();
         attempt([] { Content::forgetDateRecordSize(); });
         attempt([] { DebugLog::releaseSharedArea(); });
         attempt([] { Files::releaseFileSystemObject(); });
-        Settings& stored = settings();
-        for (; stored.libraryStartCount >= 1; --stored.libraryStartCount)
-            attempt([] { library::CONAUninitialize(0); });
+        library::undoStarts();
     });
 }
 

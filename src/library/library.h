@@ -1,12 +1,16 @@
 // The connectivity library, bound by name at run time.
 //
-// Each function below is an object that is called like the function itself. Its entry point is looked up at
-// the first call on a thread, and again at every call while it is missing. A call that cannot be made throws
-// RuntimeFailure: 53 when the library file cannot be loaded, 453 when it does not export the function. Call
-// them inside `attempt`: a status whose call could not be made keeps its old value.
+// Each function below is an object. Its entry point is looked up at the first call on a thread, and again at
+// every call while it is missing. A call cannot be made when the library file cannot be loaded (failure 53)
+// or does not export the function (453).
+//
+// `NAME.tried(...)` makes the call and never throws: the answer tells a status from a call that could not be
+// made, whose failure is then the thread's pending one. This is the form to use. `NAME(...)` calls like the
+// function itself and throws RuntimeFailure; it is for a step of more than the call, inside `attempt`.
 #pragma once
 
 #include "base/failure.h"
+#include "core/attempt.h"
 #include "library/library_calls.h"
 #include "platform/thread_state.h"
 #include "platform_native/call.h"
@@ -52,6 +56,23 @@ enum class Entry : std::uint8_t {
 // The address of an entry point; throws RuntimeFailure 53 or 453.
 void* entryPoint(File file, Entry entry, const char* name);
 
+// A status while there is none: the library was not called. No status of the library's own.
+inline constexpr Long notCalled = -1;
+
+// What became of a call.
+struct Answer {
+    Long status = notCalled;            // what the function returned; statuses have the top bit set
+    FailureNumber failure = noFailure;  // why the call could not be made
+
+    bool succeeded() const { return status == 0; }
+    // The returned number, or `old` when the call could not be made.
+    Long valueOr(Long old) const { return failure == noFailure ? status : old; }
+};
+
+constexpr bool is(Long status, Status code) {
+    return static_cast<Status>(status) == code;
+}
+
 template <class Signature>
 class Function;
 
@@ -63,6 +84,19 @@ class Function<Result(Parameters...)> {
     Result operator()(Parameters... arguments) const {
         platform::ArgumentMismatch mismatch = 0;
         return callAs<Result(Parameters...)>(mismatch, arguments...);
+    }
+
+    // For functions that return memory the pointer itself, null when there is none.
+    auto tried(Parameters... arguments) const noexcept {
+        if constexpr (std::is_pointer_v<Result>) {
+            Result memory = nullptr;
+            attempt([&] { memory = (*this)(arguments...); });
+            return memory;
+        } else {
+            Answer answer;
+            answer.failure = attempt([&] { answer.status = static_cast<Long>((*this)(arguments...)); });
+            return answer;
+        }
     }
 
     // Calls the entry point with another signature; `mismatch` is not 0 when the library expected another

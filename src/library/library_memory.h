@@ -61,35 +61,31 @@ Text codePageText(Address address, std::size_t limit = 255);
 // A text copied into the library's memory for the length of a call; null when the library has no room for it.
 class LibraryString {
   public:
-    explicit LibraryString(const Text& text) {
-        attempt([&] { text_ = CONAAllocString(text.c_str()); });
-    }
+    explicit LibraryString(const Text& text) : text_(CONAAllocString.tried(text.c_str())) {}
     ~LibraryString() {
-        if (text_) attempt([&] { CONAFreeString(text_); });
+        if (text_) CONAFreeString.tried(text_);
     }
     LibraryString(const LibraryString&) = delete;
     LibraryString& operator=(const LibraryString&) = delete;
     char16_t* get() const { return text_; }
 
   private:
-    char16_t* text_ = nullptr;
+    char16_t* text_;
 };
 
 // A raw block of the library's memory for the length of a call; null when there is no room.
 class LibraryBlock {
   public:
-    explicit LibraryBlock(std::size_t bytes) {
-        attempt([&] { block_ = CONAAllocMemory(static_cast<Word>(bytes)); });
-    }
+    explicit LibraryBlock(std::size_t bytes) : block_(CONAAllocMemory.tried(static_cast<Word>(bytes))) {}
     ~LibraryBlock() {
-        if (block_) attempt([&] { CONAFreeMemory(block_); });
+        if (block_) CONAFreeMemory.tried(block_);
     }
     LibraryBlock(const LibraryBlock&) = delete;
     LibraryBlock& operator=(const LibraryBlock&) = delete;
     void* get() const { return block_; }
 
   private:
-    void* block_ = nullptr;
+    void* block_;
 };
 
 }  // namespace ovno2::library

@@ -99,7 +99,7 @@ bool SetRegValue(Long hive, TextView keyPath, TextView valueName, TextView value
         }
     });
     if (pendingFailure().number != noFailure)
-        DebugLine(u"RegEdit error: ", hex{static_cast<std::uint32_t>(hive)}, u": ", keyPath, u" ", valueName);
+        DebugLine(u"RegEdit error: ", hex{hive}, u": ", keyPath, u" ", valueName);
     return GetRegValue(hive, keyPath, valueName) == value;
 }
 

@@ -18,8 +18,6 @@ using library::LibraryString;
 using library::Status;
 using library::Word;
 
-constexpr Status noStatus = 0xFFFFFFFF;  // no call has been made yet
-
 Handle session() {
     return stateOf<State>().FSHandle;
 }
@@ -30,8 +28,8 @@ bool openSession() {
     return OpenFS(lastModel, {}) >= 0;
 }
 
-void logStatus(TextView tag, Status status) {
-    if (status != library::statusOk) DebugLine(tag, hex{status});
+void logStatus(TextView tag, Long status) {
+    if (status != 0) DebugLine(tag, hex{status});
 }
 
 bool enterFolder(Text folder) {
@@ -43,13 +41,13 @@ Text libraryFolderOf(const Text& path) {
     return u"\\\\" + replaceAll(Files::FolderPart(path), u"/", u"\\");
 }
 
-// A bare name, and one operation of the library on it. The status stays "no call made" when there is none.
+// A bare name, and one operation of the library on it: its answer's status.
 template <class Operation>
-Status withName(const Text& name, Operation&& operation) {
-    Status status = noStatus;
+Long withName(const Text& name, Operation&& operation) {
+    Long status = library::notCalled;
     attempt([&] {
         const LibraryString wide(name);
-        attempt([&] { status = operation(wide.get()); });
+        status = operation(wide.get()).status;
     });
     return status;
 }
@@ -121,14 +119,15 @@ Long GetFile(const Text& Filename, const Text& destdir) {
     const Text name = Files::FileNamePart(Filename);
     Address data = 0;
     Word size = 0;
-    const Status status = withName(name, [&](const char16_t* wide) {
+    const Long status = withName(name, [&](const char16_t* wide) {
         FileRecord record = fileNamed(wide);
-        const Status read = library::CONAReadFile(session(), &record, &data, 0, 0);
+        const library::Answer read =
+            library::CONAReadFile.tried(session(), &record, &data, /*offset=*/0, /*length=*/0);
         size = record.size;
         return read;
     });
     logStatus(u"e2:", status);
-    if (status != library::statusOk) return -2;
+    if (status != 0) return -2;
     if (data == 0 || static_cast<Long>(size) < 1) size = 0;
     // A file that cannot be read must not empty the one that is there already.
     if (size != 0 && !currentPlatform().memory().readable(library::pointerTo(data), size)) {
@@ -157,63 +156,65 @@ Long PutFile(const Text& Filename, Text& destdir) {
         if (attempt([&] { converted = codePageBytes(content); }) != noFailure) return -3;
         bytes = converted.elements();
     }
-    const Status status = withName(Files::FileNamePart(Filename), [&](const char16_t* wide) {
+    const Long status = withName(Files::FileNamePart(Filename), [&](const char16_t* wide) {
         FileRecord record = fileNamed(wide);
         record.size = static_cast<Word>(bytes.size());
         DebugWrite(u"PutFile", 1);
         DebugWrite(u"PutFile", 2);
-        const Status written = library::CONAWriteFile(session(), &record, bytes.data(), 0);
+        const library::Answer written =
+            library::CONAWriteFile.tried(session(), &record, bytes.data(), /*zero=*/0);
         DebugWrite(u"PutFile", 3);
         DebugWrite(u"PutFile", 4);
         return written;
     });
     logStatus(u"e2:", status);
-    return status == library::statusOk ? 0 : -3;
+    return status == 0 ? 0 : -3;
 }
 
 Long RenameFile(const Text& OrgFilenameWithPath, const Text& NewName) {
     const RoutineLog log(u"RenameFile");
     if (!openSession()) return -1;
     if (!enterFolder(libraryFolderOf(OrgFilenameWithPath))) return -1;
-    const Status status = withName(Files::FileNamePart(OrgFilenameWithPath), [&](const char16_t* name) {
+    const Long status = withName(Files::FileNamePart(OrgFilenameWithPath), [&](const char16_t* name) {
         const LibraryString newName(NewName);
-        return library::CONARenameFile(session(), name, newName.get(), 0);
+        return library::CONARenameFile.tried(session(), name, newName.get(), /*zero=*/0);
     });
     logStatus(u"e1:", status);
-    return status == library::statusOk ? 0 : -2;
+    return status == 0 ? 0 : -2;
 }
 
 Long DeleteFile(const Text& FilenameWithPath) {
     const RoutineLog log(u"DeleteFile");
     if (!enterFolder(libraryFolderOf(FilenameWithPath))) return -1;
-    const Status status = withName(Files::FileNamePart(FilenameWithPath), [](const char16_t* name) {
-        return library::CONADeleteFile(session(), name, 0);
+    const Long status = withName(Files::FileNamePart(FilenameWithPath), [](const char16_t* name) {
+        return library::CONADeleteFile.tried(session(), name, /*zero=*/0);
     });
     logStatus(u"e1:", status);
-    return status == library::statusOk ? 1 : -2;
+    return status == 0 ? 1 : -2;
 }
 
 Long RenameFolder(const Text& OrgNameWithPath, const Text& NewName) {
     const RoutineLog log(u"RenameFolder");
     if (!enterFolder(Files::FolderPart(OrgNameWithPath))) return -1;
-    Status status = static_cast<Status>(-2);
+    Long status = -2;
     attempt([&] {
         const LibraryString name(Files::FileNamePart(OrgNameWithPath));
         const LibraryString newName(NewName);
-        attempt([&] { status = library::CONARenameFolder(session(), name.get(), newName.get(), 0); });
+        status =
+            library::CONARenameFolder.tried(session(), name.get(), newName.get(), /*zero=*/0).valueOr(status);
     });
     logStatus(u"e1:", status);
-    return static_cast<Long>(status);
+    return status;
 }
 
 Long CreateFolder(const Text& FullFolderName) {
     const RoutineLog log(u"CreateFolder");
     if (!enterFolder(Files::FolderPart(FullFolderName))) return -1;
-    const Status status =
-        withName(Files::FileNamePart(FullFolderName, /*keepExtension=*/false),
-                 [](const char16_t* name) { return library::CONACreateFolder(session(), name, 0); });
+    const Long status = withName(
+        Files::FileNamePart(FullFolderName, /*keepExtension=*/false),
+        [](const char16_t* name) { return library::CONACreateFolder.tried(session(), name, /*zero=*/0); });
     logStatus(u"e1:", status);
-    return status == library::statusOk ? 0 : -2;
+    return status == 0 ? 0 : -2;
 }
 
 Long DeleteFolder(const Text& FullFolderName) {
@@ -221,20 +222,17 @@ Long DeleteFolder(const Text& FullFolderName) {
     constexpr int mostRepeats = 2;
     const Text parent = Files::FolderPart(FullFolderName);
     const Text name = Files::FileNamePart(FullFolderName);
-    Status status = noStatus;
+    Status status = static_cast<Status>(library::notCalled);
     for (int repeats = 0;; ++repeats) {
         if (!enterFolder(parent)) return -1;
         bool mismatched = false;
-        withName(name, [&](const char16_t* wide) {
-            mismatched = deleteInEitherForm(wide, status);
-            return status;
-        });
+        attempt([&] { mismatched = deleteInEitherForm(LibraryString(name).get(), status); });
         if (!mismatched || repeats == mostRepeats) break;
         CloseFS();
         Text lastModel;
         OpenFS(lastModel, {});
     }
-    logStatus(u"e1:", status);
+    logStatus(u"e1:", static_cast<Long>(status));
     return status == library::statusOk ? 1 : -2;
 }
 

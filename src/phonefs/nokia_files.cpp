@@ -12,9 +12,8 @@ namespace ovno2::NokiaFiles {
 namespace {
 
 using library::Handle;
-using library::Status;
+using library::is;
 
-constexpr Status noStatus = 0xFFFFFFFF;  // no call has been made yet
 constexpr library::Word fileSystemVersion = 30;
 constexpr library::Word attributeLocked = 0x200;
 constexpr library::Word attributeSpecial = 0x2000;
@@ -28,19 +27,13 @@ class FolderSearch {
     FolderSearch(const FolderSearch&) = delete;
     FolderSearch& operator=(const FolderSearch&) = delete;
 
-    Status begin(Handle session, const char16_t* path) {
-        Status status = noStatus;
-        attempt([&] { status = library::CONAFindBegin(session, 0, &search_, path); });
-        open_ = status == library::statusOk;
-        return status;
+    Long begin(Handle session, const char16_t* path) {
+        const library::Answer begun = library::CONAFindBegin.tried(session, /*options=*/0, &search_, path);
+        open_ = begun.succeeded();
+        return begun.status;
     }
     Handle handle() const { return search_; }
-    Status end() {
-        Status ended = library::statusOk;
-        if (open_) attempt([&] { ended = library::CONAFindEnd(search_); });
-        open_ = false;
-        return ended;
-    }
+    Long end() { return std::exchange(open_, false) ? library::CONAFindEnd.tried(search_).valueOr(0) : 0; }
 
   private:
     Handle search_ = 0;
@@ -63,16 +56,6 @@ void learnLabel(State& state, const Text& name, const Text& label) {
             return;
         }
     state.drives.push_back({label, name});
-}
-
-template <class Record, class Read>
-Status nextEntry(Handle search, const library::Function<Status(Handle, Record*)>& next, Record& record,
-                 Read&& read) {
-    record = {};
-    Status status = noStatus;
-    attempt([&] { status = next(search, &record); });
-    if (status == library::statusOk) read();
-    return status;
 }
 
 void fillFolder(State& state, const library::FolderRecord& record, DirItem& item) {
@@ -101,18 +84,18 @@ void fillFile(const Text& folder, const library::FileRecord& record, DirItem& it
 
 // Goes through one kind of entry from `index` on. False when the search failed.
 template <class Record, class Fill>
-bool listEntries(const FolderSearch& search, const library::Function<Status(Handle, Record*)>& next,
+bool listEntries(const FolderSearch& search, const library::Function<library::Status(Handle, Record*)>& next,
                  HostArray<DirItem>& list, Long& index, Fill&& fill) {
     for (;;) {
-        Record record;
-        const Status status = nextEntry(search.handle(), next, record, [&] {
+        Record record{};
+        const Long status = next.tried(search.handle(), &record).status;
+        if (status == 0)
             attempt([&] {
                 list.extendTo(index);
                 fill(record, list.at(index));
             });
-        });
-        if (status == library::noMoreEntries) return true;
-        if (status != library::statusOk || index >= entryLimit) {
+        if (is(status, library::noMoreEntries)) return true;
+        if (status != 0 || index >= entryLimit) {
             DebugLine(u"e2:", decimal{index}, u" ", hex{status});
             return false;
         }
@@ -120,8 +103,8 @@ bool listEntries(const FolderSearch& search, const library::Function<Status(Hand
     }
 }
 
-bool failed(Status begun) {
-    if (begun == library::statusOk) return false;
+bool failed(Long begun) {
+    if (begun == 0) return false;
     DebugLine(u"e1:", hex{begun});
     return true;
 }
@@ -140,34 +123,27 @@ Long OpenFS(Text& model, const Text& phoneId) {
     State& state = stateOf<State>();
     if (model.empty()) attempt([&] { model = state.FSModel; });
     attempt([&] { state.FSModel = model; });
-    library::Word version = 0;
-    attempt([&] { version = library::FSAPI_GetAPIVersion(); });
-    DebugLine(decimal{static_cast<Long>(version)});
+    DebugLine(decimal{library::FSAPI_GetAPIVersion.tried().valueOr(0)});
     Text serial;
     attempt([&] { serial = Devices::GetSerialNumber(model, phoneId, /*force=*/false); });
     if (serial.empty()) return -1;
     if (serial != state.FSSerial) state.drives.clear();
     attempt([&] { state.FSSerial = serial; });
-    Status status = noStatus;
-    attempt([&] { status = library::FSAPI_Initialize(fileSystemVersion, 0); });
-    if (status != library::statusOk) return -2;
-    status = noStatus;
-    {
-        const library::LibraryString wide(serial);
-        library::Word anyMedium = 1;
-        library::Word deviceId = 0;
-        attempt([&] { status = library::CONAOpenFS(wide.get(), &anyMedium, &state.FSHandle, &deviceId); });
-        if (status != library::statusOk) DebugLine(u"e1:", hex{status});
-    }
-    if (status == library::statusOk) return 0;
+    if (!library::FSAPI_Initialize.tried(fileSystemVersion, 0).succeeded()) return -2;
+    const library::LibraryString wide(serial);
+    library::Word anyMedium = 1;
+    library::Word deviceId = 0;
+    const Long status = library::CONAOpenFS.tried(wide.get(), &anyMedium, &state.FSHandle, &deviceId).status;
+    if (status == 0) return 0;
+    DebugLine(u"e1:", hex{status});
     state.FSHandle = 0;  // a handle from before would be used without another attempt to open
     return -3;
 }
 
 Long CloseFS() {
     State& state = stateOf<State>();
-    if (state.FSHandle != 0) attempt([&] { library::CONACloseFS(state.FSHandle); });
-    attempt([] { library::FSAPI_Terminate(0); });
+    if (state.FSHandle != 0) library::CONACloseFS.tried(state.FSHandle);
+    library::FSAPI_Terminate.tried(0);
     state.FSHandle = 0;
     return 0;
 }
@@ -176,14 +152,14 @@ Long ChangeDir(Text& path) {
     const RoutineLog log(u"ChangeDir");
     constexpr TextView rootPrefix = u"root/";
     if (path.starts_with(rootPrefix)) path.erase(0, rootPrefix.size());
-    Status status = noStatus;
+    Long status = library::notCalled;
     attempt([&] {
         Text folder = replaceAll(path, u"/", u"\\");
         if (!folder.starts_with(u"\\\\")) folder = u"\\\\" + folder;
         const library::LibraryString wide(folder);
-        status = library::CONASetCurrentFolder(stateOf<State>().FSHandle, wide.get());
+        status = library::CONASetCurrentFolder.tried(stateOf<State>().FSHandle, wide.get()).status;
     });
-    return status == library::statusOk ? 0 : -1;
+    return status == 0 ? 0 : -1;
 }
 
 Long GetDirContents(Text& model, HostArray<DirItem>& list, const Text& hostFolder) {
@@ -197,11 +173,11 @@ Long GetDirContents(Text& model, HostArray<DirItem>& list, const Text& hostFolde
     Long index = 0;
     {
         FolderSearch search;
-        Status begun = noStatus;
+        Long begun = library::notCalled;
         {
             const library::LibraryString wide(searchPath);
             begun = search.begin(state.FSHandle, wide.get());
-            if (begun == library::deviceListStale) {
+            if (is(begun, library::deviceListStale)) {
                 if (OpenFS(model, {}) < 0) return -1;
                 begun = search.begin(state.FSHandle, wide.get());
             }
@@ -213,7 +189,7 @@ Long GetDirContents(Text& model, HostArray<DirItem>& list, const Text& hostFolde
             return -1;
     }
     FolderSearch search;
-    Status begun = noStatus;
+    Long begun = library::notCalled;
     {
         const library::LibraryString wide(searchPath);
         begun = search.begin(state.FSHandle, wide.get());
@@ -223,7 +199,7 @@ Long GetDirContents(Text& model, HostArray<DirItem>& list, const Text& hostFolde
             search, library::CONAFindNextFile, list, index,
             [&](const library::FileRecord& record, DirItem& item) { fillFile(folder, record, item); }))
         return -1;
-    if (const Status ended = search.end(); ended != library::statusOk) DebugLine(u"e9:", hex{ended});
+    if (const Long ended = search.end(); ended != 0) DebugLine(u"e9:", hex{ended});
     return 0;
 }
 

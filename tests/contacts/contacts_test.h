@@ -6,6 +6,7 @@
 
 #include "common/phone_test.h"
 #include "contacts/contacts.h"
+#include "contacts/contacts_connection.h"
 #include "content/sessions.h"
 #include "core/settings.h"
 #include "devices/devices.h"
@@ -35,7 +36,7 @@ class ContactsTest : public PhoneTest {
     }
 
     void letGo() {
-        Content::CloseContactsConnection();
+        Contacts::CloseContactsConnection();
         Content::PIMApiTerminate();
         Session::DMApiTerminate();
     }

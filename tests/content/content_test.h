@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "common/phone_test.h"
+#include "contacts/contacts_connection.h"
 #include "content/sessions.h"
 #include "content/state.h"
 #include "devices/session.h"
@@ -19,7 +20,7 @@ using library::Word;
 class ContentTest : public PhoneTest {
   protected:
     ~ContentTest() override {
-        CloseContactsConnection();
+        Contacts::CloseContactsConnection();
         PIMApiTerminate();
         Session::DMApiTerminate();
         EXPECT_EQ("", simulator.leaks());

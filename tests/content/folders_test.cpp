@@ -1,5 +1,6 @@
 #include "content/folders.h"
 
+#include "contacts/contacts_connection.h"
 #include "content/content_test.h"
 #include "devices/discovery.h"
 
@@ -21,7 +22,7 @@ class Folders : public ContentTest {
                                         folderJson(5, "Travel", Json::array())};
         simulator.addPhone(simulator::Control::plainPhone("1"), book);
         PIMApiInit();
-        CheckContactsConnection(u"1");
+        Contacts::CheckContactsConnection(u"1");
         calls();
     }
     ~Folders() override { simulator.shape({{"folder", nullptr}}); }
@@ -33,14 +34,14 @@ class Folders : public ContentTest {
                 {"subfolders", std::move(subfolders)}};
     }
 
-    Long readRoot() { return GetNokiaFolder(state().ContactsHandle, root); }
+    Long readRoot() { return GetNokiaFolder(Contacts::connection().handle, root); }
     // With names, the change; without, the walk.
     Long walk(const Text& oldName = {}, const Text& newName = {}, Long size = 0) {
         readRoot();
         calls();
         list.clear();
         const Long result = GetSubfolders(root.subfolderCount, root.subfolders, list, size,
-                                          state().ContactsHandle, oldName, newName);
+                                          Contacts::connection().handle, oldName, newName);
         return result;
     }
     std::vector<Text> names() const {

@@ -2,7 +2,9 @@
 
 #include <fstream>
 
+#include "contacts/contacts_connection.h"
 #include "content/content_test.h"
+#include "devices/current_phone.h"
 
 namespace ovno2::Content {
 namespace {
@@ -28,12 +30,11 @@ class Sessions : public ContentTest {
 };
 
 TEST_F(Sessions, StartAfreshAndForgetThePhone) {
-    currentPhone().serial = u"1";
-    currentPhone().model = u"Nokia N95";
+    Devices::setCurrentPhone(u"1", u"Nokia N95");
     EXPECT_EQ(0, PIMApiInit());
     EXPECT_THAT(calls(), ElementsAre("CAAPI_Terminate", "CAGetAPIVersion", "CAAPI_Initialize"));
-    EXPECT_EQ(u"", currentPhone().serial);
-    EXPECT_EQ(u"", currentPhone().model);
+    EXPECT_EQ(u"", Devices::currentPhone().serial);
+    EXPECT_EQ(u"", Devices::currentPhone().model);
 }
 
 TEST_F(Sessions, AskForNoVersionBelowThirty) {
@@ -72,7 +73,7 @@ TEST_F(Sessions, WithoutTheLibraryAreRepairedOnceAndReportThatTheyDidNotStart) {
     EXPECT_EQ(-1, PIMApiInit());
     EXPECT_EQ(1, repairs);
     EXPECT_EQ(0, GetApiVersion());
-    EXPECT_EQ(-1, CheckContactsConnection(u"1"));
+    EXPECT_EQ(-1, Contacts::CheckContactsConnection(u"1"));
     libraries().missingLibraries.clear();
     EXPECT_EQ(0, PIMApiInit());
 }
@@ -82,20 +83,20 @@ TEST_F(Sessions, WithoutAFunctionReportThatTheyDidNotStart) {
     usePlatform(machine);
     libraries().missingFunctions = {"CAAPI_Initialize", "DAOpenCA"};
     EXPECT_EQ(-1, PIMApiInit());
-    EXPECT_EQ(-1, CheckContactsConnection(u"1"));
+    EXPECT_EQ(-1, Contacts::CheckContactsConnection(u"1"));
     libraries().missingFunctions.clear();
 }
 
 TEST_F(Sessions, KeepOneContactsConnectionForOnePhone) {
-    EXPECT_EQ(0, CheckContactsConnection(u"1"));
+    EXPECT_EQ(0, Contacts::CheckContactsConnection(u"1"));
     EXPECT_THAT(calls(), ElementsAre("CONAAllocString", "DAOpenCA", "CONAFreeString"));
     waitASecond();
-    EXPECT_EQ(0, CheckContactsConnection(u"1"));
+    EXPECT_EQ(0, Contacts::CheckContactsConnection(u"1"));
     EXPECT_THAT(calls(), ElementsAre());
-    EXPECT_EQ(0, CheckContactsConnection(u"2"));
+    EXPECT_EQ(0, Contacts::CheckContactsConnection(u"2"));
     EXPECT_THAT(calls(), ElementsAre("DACloseCA", "CONAAllocString", "DAOpenCA", "CONAFreeString"));
-    EXPECT_EQ(0, CloseContactsConnection());
-    EXPECT_EQ(0, CloseContactsConnection());
+    EXPECT_EQ(0, Contacts::CloseContactsConnection());
+    EXPECT_EQ(0, Contacts::CloseContactsConnection());
     EXPECT_THAT(calls(), ElementsAre("DACloseCA"));
 }
 
@@ -104,71 +105,71 @@ TEST_F(Sessions, TrustASuccessfulCheckOfTheSamePhoneForASecond) {
     ReportingLog log;
     const auto linesOfCheck = [&](const Text& serial) {
         log.lines.clear();
-        EXPECT_EQ(0, CheckContactsConnection(serial));
+        EXPECT_EQ(0, Contacts::CheckContactsConnection(serial));
         return log.lines.size();
     };
-    CheckContactsConnection(u"1");
+    Contacts::CheckContactsConnection(u"1");
     EXPECT_EQ(2u, linesOfCheck(u"1"));
     clock().advance(std::chrono::milliseconds(900));
     EXPECT_EQ(2u, linesOfCheck(u"1"));
     EXPECT_LT(2u, linesOfCheck(u"2"));
     waitASecond();
     EXPECT_EQ(3u, linesOfCheck(u"2"));
-    CloseContactsConnection();
+    Contacts::CloseContactsConnection();
     EXPECT_LT(3u, linesOfCheck(u"2"));
-    EXPECT_NE(0u, state().ContactsHandle);
+    EXPECT_NE(0u, Contacts::connection().handle);
 }
 
 TEST_F(Sessions, OpenTheConnectionOverUsbWhenItDoesNotOpenOtherwise) {
     ReportingLog log;
     simulator.fail("DAOpenCA", 0x80200000);
-    EXPECT_EQ(0, CheckContactsConnection(u"1"));
+    EXPECT_EQ(0, Contacts::CheckContactsConnection(u"1"));
     EXPECT_THAT(simulator.readJournal(), IsSupersetOf({"DAOpenCA(\"1\", medium 1, target 1) = 80200000",
                                                        "DAOpenCA(\"1\", medium 16, target 1) = 0"}));
     EXPECT_THAT(log.lines, IsSupersetOf({Text(u"e1:80200000"), Text(u"e2:0")}));
-    CloseContactsConnection();
+    Contacts::CloseContactsConnection();
     simulator.fail("DAOpenCA", 0x80200008, 1, /*onwards=*/true);
-    EXPECT_EQ(refused, CheckContactsConnection(u"1"));
-    EXPECT_EQ(refused, CheckContactsConnection(u"1"));  // a failed check is not trusted
+    EXPECT_EQ(refused, Contacts::CheckContactsConnection(u"1"));
+    EXPECT_EQ(refused, Contacts::CheckContactsConnection(u"1"));  // a failed check is not trusted
     simulator.clearPlan();
     simulator.failAllocation("CONAAllocString");
-    EXPECT_EQ(-1, CheckContactsConnection(u"1"));
-    EXPECT_EQ(0, CheckContactsConnection(u"1"));
+    EXPECT_EQ(-1, Contacts::CheckContactsConnection(u"1"));
+    EXPECT_EQ(0, Contacts::CheckContactsConnection(u"1"));
 }
 
 TEST_F(Sessions, EndTheContactsWriteSessionWithTheConnection) {
-    CheckContactsConnection(u"1");
-    state().ContactsOperation = 7;
-    state().ContactsSessionOpen = true;
+    Contacts::CheckContactsConnection(u"1");
+    Contacts::connection().writeSession.operation = 7;
+    Contacts::connection().writeSession.open = true;
     simulator.fail("DACloseCA", 0x80200006);
-    CloseContactsConnection();
-    EXPECT_EQ(0u, state().ContactsOperation);
-    EXPECT_FALSE(state().ContactsSessionOpen);
-    EXPECT_EQ(0u, state().ContactsHandle);
+    Contacts::CloseContactsConnection();
+    EXPECT_EQ(0u, Contacts::connection().writeSession.operation);
+    EXPECT_FALSE(Contacts::connection().writeSession.open);
+    EXPECT_EQ(0u, Contacts::connection().handle);
 }
 
 TEST_F(Sessions, FindTheContactsFolderOncePerPhone) {
     Text serial;
-    EXPECT_EQ(1, GetContactsFolder(u"Nokia 6300", serial));
+    EXPECT_EQ(1, Contacts::GetContactsFolder(u"Nokia 6300", serial));
     EXPECT_EQ(u"2", serial);
-    EXPECT_EQ(u"2", currentPhone().serial);
+    EXPECT_EQ(u"2", Devices::currentPhone().serial);
     EXPECT_THAT(calls(), Contains("CAGetFolderInfo"));
-    EXPECT_EQ(1, GetContactsFolder(u"Nokia 6300", serial));
+    EXPECT_EQ(1, Contacts::GetContactsFolder(u"Nokia 6300", serial));
     EXPECT_THAT(calls(), ElementsAre());
     PIMApiInit();
-    EXPECT_EQ(1, GetContactsFolder(u"Nokia 6300", serial));
+    EXPECT_EQ(1, Contacts::GetContactsFolder(u"Nokia 6300", serial));
     EXPECT_THAT(calls(), Contains("CAGetFolderInfo"));
 }
 
 TEST_F(Sessions, HaveNoContactsFolderWithoutAConnectionAndFolderZeroWithoutARecord) {
     Text serial = u"1";
     simulator.fail("DAOpenCA", 0x80200008, 1, /*onwards=*/true);
-    EXPECT_EQ(-1, GetContactsFolder(u"Nokia N95", serial));
-    EXPECT_EQ(u"", currentPhone().serial);
+    EXPECT_EQ(-1, Contacts::GetContactsFolder(u"Nokia N95", serial));
+    EXPECT_EQ(u"", Devices::currentPhone().serial);
     simulator.clearPlan();
     simulator.fail("CAGetFolderInfo", 0x80200006, 1, /*onwards=*/true);
-    EXPECT_EQ(0, GetContactsFolder(u"Nokia N95", serial));
-    EXPECT_EQ(u"1", currentPhone().serial);
+    EXPECT_EQ(0, Contacts::GetContactsFolder(u"Nokia N95", serial));
+    EXPECT_EQ(u"1", Devices::currentPhone().serial);
     simulator.clearPlan();
 }
 

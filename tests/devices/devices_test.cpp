@@ -5,6 +5,7 @@
 
 #include "common/phone_test.h"
 #include "core/settings.h"
+#include "devices/current_phone.h"
 #include "devices/session.h"
 
 namespace ovno2::Devices {
@@ -181,10 +182,10 @@ TEST_F(DevicesTest, FindsThePhoneTheHostMeans) {
                           {u"SGH", u"", u"33", u"Samsung SGH"},
                           {u"Nokia N00", u"", u"11", u"Nokia 6230i"},
                           {u"nokia 6230i", u"", u"", u""}}) {
-        currentPhone().clear();
+        Devices::forgetCurrentPhone();
         EXPECT_EQ(c.serial, GetSerialNumber(c.model, c.id, /*force=*/false));
-        EXPECT_EQ(c.matched, currentPhone().model);
-        EXPECT_EQ(u"", currentPhone().serial);
+        EXPECT_EQ(c.matched, Devices::currentPhone().model);
+        EXPECT_EQ(u"", Devices::currentPhone().serial);
     }
     EXPECT_EQ(eNokiaPhoneS60_5, GetPhoneType(u"33"));
     EXPECT_EQ(0, GetPhoneType(u"44"));
@@ -192,7 +193,7 @@ TEST_F(DevicesTest, FindsThePhoneTheHostMeans) {
 
 TEST_F(DevicesTest, ThePhoneLastIdentifiedAnswersUntilAFreshLookIsForced) {
     simulator.addPhone(simulator::Control::plainPhone("1"));
-    currentPhone() = {.serial = u"cached", .model = u"Nokia N95"};
+    Devices::setCurrentPhone(u"cached", u"Nokia N95");
     EXPECT_EQ(u"cached", GetSerialNumber(u"Nokia N95", u"", /*force=*/false));
     EXPECT_THAT(calls(), ElementsAre());
     EXPECT_EQ(u"1", GetSerialNumber(u"Nokia N95", u"", /*force=*/true));

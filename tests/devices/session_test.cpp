@@ -4,7 +4,9 @@
 
 #include "common/phone_test.h"
 #include "core/settings.h"
+#include "devices/current_phone.h"
 #include "devices/media.h"
+#include "library/library_start.h"
 #include "pc/registry_access.h"
 
 namespace ovno2 {
@@ -35,10 +37,10 @@ TEST_F(SessionTest, OpensOnceAndStartsAfreshAfterClosing) {
     EXPECT_EQ(0, Session::DMApiInit().result);
     EXPECT_EQ(0, Session::DMApiInit().result);
     EXPECT_THAT(calls(), ElementsAre("DMAPI_Terminate", "DMAPI_Initialize", "CONAOpenDM"));
-    currentPhone() = {.serial = u"1", .model = u"2"};
+    Devices::setCurrentPhone(u"1", u"2");
     EXPECT_EQ(0, Session::DMApiTerminate());
     EXPECT_FALSE(Session::isOpen());
-    EXPECT_EQ(u"", currentPhone().serial + currentPhone().model);
+    EXPECT_EQ(u"", Devices::currentPhone().serial + Devices::currentPhone().model);
     EXPECT_THAT(calls(), ElementsAre("CONACloseDM", "DMAPI_Terminate"));
     EXPECT_EQ(0, Session::DMApiInit().result);
     EXPECT_THAT(calls(), ElementsAre("DMAPI_Terminate", "DMAPI_Initialize", "CONAOpenDM"));
@@ -53,7 +55,7 @@ TEST_F(SessionTest, TheContentAccessVersionDecidesWhichDeviceManagementVersionIs
     };
     for (const Case& c : {Case{36, 50, "30", false}, Case{37, 50, "50", true}, Case{37, 20, "34", true},
                           Case{40, 30, "30", true}}) {
-        settings().contentAccessVersion = c.contentAccess;
+        library::recordContentVersion(c.contentAccess);
         simulator.shape({{"deviceManagement", c.deviceManagement}});
         EXPECT_EQ(0, Session::DMApiInit().result);
         const std::vector<std::string> journal = simulator.readJournal();
@@ -73,7 +75,7 @@ TEST_F(SessionTest, TheContentAccessVersionDecidesWhichDeviceManagementVersionIs
 TEST_F(SessionTest, AMissingEntryPointIsWorkedAroundTheOldWayAndUndoneTheOldWay) {
     libraries().missingFunctions = {"DMAPI_Initialize"};
     EXPECT_EQ(0, Session::DMApiInit().result);
-    EXPECT_EQ(1, settings().libraryStartCount);
+    EXPECT_EQ(1, library::startCount());
     EXPECT_THAT(calls(),
                 ElementsAre("DMAPI_Terminate", "CONAGetConnAPIVersion", "CONAInitialize", "CONAOpenDM"));
     Session::DMApiTerminate();
@@ -92,7 +94,7 @@ TEST_F(SessionTest, WithoutTheLibraryNothingStartsWhetherTheLogIsOnOrOff) {
         EXPECT_EQ(-1, open.result);
         EXPECT_EQ(fileNotFound, open.failure);
     }
-    EXPECT_EQ(0, settings().libraryStartCount);
+    EXPECT_EQ(0, library::startCount());
     EXPECT_EQ(-9, MediaControl::MediaConnect(2, -1, /*disconnect=*/false));
     EXPECT_EQ(-9, MediaControl::MediaGetConnections());
     libraries().missingLibraries.clear();

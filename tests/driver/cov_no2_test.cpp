@@ -6,6 +6,7 @@
 
 #include "common/phone_test.h"
 #include "core/settings.h"
+#include "library/library_start.h"
 
 namespace ovno2 {
 namespace {
@@ -63,8 +64,8 @@ TEST_F(CovNo2Test, InitStartsTheLibraryOnceAndLogsBothVersions) {
     simulator.shape({{"connectivity", 52}, {"contentAccess", 37}});
     covNo2 phone;
     EXPECT_EQ(0, phone.Init());
-    EXPECT_EQ(1, settings().libraryStartCount);
-    EXPECT_EQ(37, settings().contentAccessVersion);
+    EXPECT_EQ(1, library::startCount());
+    EXPECT_EQ(37, library::recordedContentVersion());
     EXPECT_THAT(calls(), ElementsAre("CONAGetConnAPIVersion", "CONAInitialize", "CAGetAPIVersion"));
     const std::vector<std::string> lines = logLines();
     EXPECT_THAT(lines, Contains("[ovNo2] ConApiVersion: 520"));
@@ -79,7 +80,7 @@ TEST_F(CovNo2Test, CleanUpClosesInItsOrderAndTheNextInitStartsAfresh) {
     EXPECT_EQ(0, phone.CleanUp());
     EXPECT_THAT(calls(),
                 ElementsAre("FSAPI_Terminate", "MCAPI_Terminate", "DMAPI_Terminate", "CONAUninitialize"));
-    EXPECT_EQ(0, settings().libraryStartCount);
+    EXPECT_EQ(0, library::startCount());
     EXPECT_EQ(0, phone.Init());
     EXPECT_THAT(calls(), ElementsAre("CONAGetConnAPIVersion", "CONAInitialize"));
 }
@@ -88,7 +89,7 @@ TEST_F(CovNo2Test, ALibraryThatComesBackIsStartedByTheNextInit) {
     libraries().missingLibraries = {u"ConnAPI", u"DAAPI"};
     covNo2 phone;
     EXPECT_NE(0, phone.Init());
-    EXPECT_EQ(0, settings().libraryStartCount);
+    EXPECT_EQ(0, library::startCount());
     PhoneArrays none;
     EXPECT_EQ(-7, phone.GetConnectedDevices(none.models, none.media, none.ids, none.addresses, none.names,
                                             none.types));
@@ -99,7 +100,7 @@ TEST_F(CovNo2Test, ALibraryThatComesBackIsStartedByTheNextInit) {
     EXPECT_EQ(-1, phone.NokiaGetAddressBookItems(noText, noText, noText, items, tableOf({u"1"}), noTexts));
     libraries().missingLibraries.clear();
     EXPECT_EQ(0, phone.Init());
-    EXPECT_EQ(1, settings().libraryStartCount);
+    EXPECT_EQ(1, library::startCount());
     simulator.fail("CONAInitialize", 0x80100001);
     phone.CleanUp();
     EXPECT_EQ(static_cast<Long>(0x80100001), phone.Init());
@@ -193,8 +194,8 @@ TEST_F(CovNo2Test, TwoThreadsShareNothing) {
                       phone.NokiaGetAddressBookItems(model, id, book_, items, tableOf({u"1", u"2"}), groups));
             EXPECT_EQ(expected + u"\t", items.at(1).FieldValues);
             EXPECT_EQ(expected, settings().meeting);
-            EXPECT_EQ(model, stateOf<Devices::State>().phoneModel);
-            EXPECT_EQ(1, settings().libraryStartCount);
+            EXPECT_EQ(model, Devices::phoneModel());
+            EXPECT_EQ(1, library::startCount());
         }
     };
     std::thread other(read, u"Nokia B", u"Bert");
