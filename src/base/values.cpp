@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "base/failure.h"
@@ -130,6 +131,21 @@ bool containsIgnoringCase(TextView text, TextView part) {
     return lowerCase(text).find(lowerCase(part)) != Text::npos;
 }
 
+bool contains(TextView text, char16_t unit) {
+    constexpr std::uint64_t lowBits = 0x0001000100010001;
+    constexpr std::uint64_t highBits = 0x8000800080008000;
+    constexpr std::size_t unitsPerWord = 4;
+    const std::uint64_t pattern = unit * lowBits;
+    for (; text.size() >= unitsPerWord; text.remove_prefix(unitsPerWord)) {
+        std::uint64_t word;
+        std::memcpy(&word, text.data(), sizeof word);
+        word ^= pattern;
+        if (((word - lowBits) & ~word & highBits) != 0) return true;
+    }
+    for (const char16_t other : text)
+        if (other == unit) return true;
+    return false;
+}
 Text trimBlanks(TextView text) {
     const std::size_t first = text.find_first_not_of(u' ');
     if (first == TextView::npos) return {};

@@ -30,7 +30,8 @@ Text lowerCase(TextView text);  // simple case mapping, locale-independent
 Text upperCase(TextView text);
 bool equalsIgnoringCase(TextView a, TextView b);
 bool containsIgnoringCase(TextView text, TextView part);
-Text trimBlanks(TextView text);  // blanks (U+0020) at both ends
+bool contains(TextView text, char16_t unit);  // four units a step: for texts that rarely hold it
+Text trimBlanks(TextView text);               // blanks (U+0020) at both ends
 Text replaceAll(TextView text, TextView from, TextView to);
 Text removeAll(TextView text, char16_t unwanted);
 // Splits at every separator; an empty text gives no parts.

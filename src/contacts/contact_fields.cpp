@@ -49,7 +49,7 @@ bool isLongAddressId(Word id) {
 
 void readPhoneText(Address pointer, Text& text) {
     library::GetStringFromPointer(pointer, text);
-    if (text.find(u"=40"sv) != Text::npos) text = replaceAll(text, u"=40"sv, u"@"sv);
+    if (contains(text, u'=')) text = replaceAll(text, u"=40"sv, u"@"sv);
 }
 
 // Puts the item's value into the empty `value` as text; address records and unknown ids have none.
@@ -150,7 +150,7 @@ void saveCoded(ContactValues& values, const FieldDefinitions& table, FieldCodes 
 
 // A value is one entry between tabs and has no blanks around it.
 void makeEntry(Text& value) {
-    if (value.find(u'\t') != Text::npos) value = replaceAll(value, u"\t", u"\\t");
+    if (contains(value, u'\t')) value = replaceAll(value, u"\t", u"\\t");
     if (value.starts_with(u' ') || value.ends_with(u' ')) value = trimBlanks(value);
 }
 

@@ -95,12 +95,7 @@ void takeApart(std::vector<DataItem>& items, Address pointer, std::size_t count)
     const Long sizeWord = sizeWordAt(pointer);
     const Long size = recordSizeFor(sizeWord);
     const std::size_t stride = static_cast<std::size_t>(size);
-    platform::Memory& memory = currentPlatform().memory();
-    const void* source = library::pointerTo(pointer);
-    if (!memory.readable(source, count * stride)) throw RuntimeFailure(invalidProcedureCall);
-    content.BlockBuffer.resize(count * stride);
-    if (!memory.read(source, count * stride, content.BlockBuffer.data()))
-        throw RuntimeFailure(invalidProcedureCall);
+    library::copyBlock(pointer, count * stride, content.BlockBuffer);
     content.ItemRecordSize = size;
     if (size == sizeWord && storedItemSize() != size) storeItemSize(size);
     items.reserve(count);

@@ -32,9 +32,9 @@ struct PendingFailure {
 struct LogFront {
     static constexpr StateSlot slot = StateSlot::logFront;
     bool enabled = false;
-    Long level = 0;                     // configured detail level, 0 to 15 (-1 writes nothing to the file)
-    std::uint32_t callCounter = 0;      // calls while the log is off
-    LogWriter* writer = nullptr;  // not owned
+    Long level = 0;                 // configured detail level, 0 to 15 (-1 writes nothing to the file)
+    std::uint32_t callCounter = 0;  // calls while the log is off
+    LogWriter* writer = nullptr;    // not owned
     PendingFailure pending;
 };
 

@@ -46,10 +46,8 @@ Text codePageText(Address address, std::size_t limit) {
     if (!isAddress(address)) return {};
     platform::Memory& memory = currentPlatform().memory();
     const auto* source = static_cast<const char16_t*>(pointerTo(address));
-    const Long length = memory.textLength(source, static_cast<Long>(limit));
-    if (length <= 0) return {};
-    Text text(static_cast<std::size_t>(length), u'\0');
-    if (!memory.read(source, text.size() * sizeof(char16_t), text.data())) return {};
+    Text text;
+    if (!memory.readText(source, limit, text)) return {};
     return fromAnsi(toAnsi(text).substr(0, limit));
 }
 

@@ -38,19 +38,25 @@ void copyRecord(Address from, Record& to) {
 }
 
 // `count` elements that lie `stride` bytes apart are count * stride bytes; a size that cannot be read fails
-// before anything is allocated.
+// before more than a page is allocated. The form with a vector of the caller's keeps that one's room; what it
+// holds after a failure is unspecified.
 template <class Element>
-std::vector<Element> copyBlock(Address from, std::size_t count) {
+void copyBlock(Address from, std::size_t count, std::vector<Element>& block) {
     static_assert(std::is_trivially_copyable_v<Element>);
-    std::vector<Element> block;
-    if (count == 0) return block;
+    constexpr std::size_t harmlessSize = 4096;  // bytes
+    const std::size_t size = count * sizeof(Element);
     platform::Memory& memory = currentPlatform().memory();
-    if (!isAddress(from) || count > SIZE_MAX / sizeof(Element) ||
-        !memory.readable(pointerTo(from), count * sizeof(Element)))
+    if (count != 0 && (!isAddress(from) || count > SIZE_MAX / sizeof(Element) ||
+                       (size > harmlessSize && !memory.readable(pointerTo(from), size))))
         throw RuntimeFailure(invalidProcedureCall);
     block.resize(count);
-    if (!memory.read(pointerTo(from), count * sizeof(Element), block.data()))
+    if (count != 0 && !memory.read(pointerTo(from), size, block.data()))
         throw RuntimeFailure(invalidProcedureCall);
+}
+template <class Element>
+std::vector<Element> copyBlock(Address from, std::size_t count) {
+    std::vector<Element> block;
+    copyBlock(from, count, block);
     return block;
 }
 

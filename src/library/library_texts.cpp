@@ -9,8 +9,8 @@ using namespace std::string_view_literals;  // names of routines whose length is
 namespace {
 
 constexpr Address lastReservedAddress = 256;
-constexpr Long probeLimit = 16384;     // units looked at in search of the terminator
-constexpr Long codePageLimit = 16382;  // bytes, terminator included
+constexpr std::size_t probeLimit = 16384;  // units looked at in search of the terminator
+constexpr Long codePageLimit = 16382;      // bytes, terminator included
 constexpr Long mostBytesPerUnit = 4;
 constexpr Long pointerDetailLevel = 3;
 
@@ -31,18 +31,13 @@ void GetStringFromPointer(Address pointer, Text& text) {
     if (!isAddress(pointer) || pointer <= lastReservedAddress) return;
     platform::Memory& memory = currentPlatform().memory();
     const auto* source = static_cast<const char16_t*>(pointerTo(pointer));
-    const Long units = memory.textLength(source, probeLimit);
-    if (units < 0) return;
-    if (units == probeLimit) {
+    if (!memory.readText(source, probeLimit, text)) return;
+    if (text.size() == probeLimit) {
+        text.clear();
         DebugWrite(u"!!!1");
         return;
     }
-    text.resize(static_cast<std::size_t>(units));
-    if (!memory.read(source, text.size() * sizeof(char16_t), text.data())) {
-        text.clear();
-        return;
-    }
-    const bool mayPassLimit = units * mostBytesPerUnit + 1 > codePageLimit;
+    const bool mayPassLimit = static_cast<Long>(text.size()) * mostBytesPerUnit + 1 > codePageLimit;
     if (!logged && !mayPassLimit) return;
     const Long bytes = codePageLength(text);
     if (logged) DebugLine(decimal{bytes});

@@ -1,7 +1,7 @@
 #include "dates/date_parser.h"
 
-#include "dates/dates_test.h"
 #include "dates/date_text.h"
+#include "dates/dates_test.h"
 
 namespace ovno2 {
 namespace {

@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 
 #include "base/values.h"
-#include "dates/dates_test.h"
 #include "core/log_front.h"
 #include "dates/date_text.h"
+#include "dates/dates_test.h"
 #include "platform/portable/registry.h"
 
 namespace ovno2 {

@@ -56,18 +56,26 @@ TEST_F(MemorySeam, ABlockIsReadableWhenAllOfItIs) {
 }
 
 TEST_F(MemorySeam, ATextEndsAtItsZeroAtTheLimitOrWhereMemoryEnds) {
-    EXPECT_EQ(3, memory().textLength(lastUnits({u"abc", 4}), 100));
-    EXPECT_EQ(0, memory().textLength(lastUnits({u"", 1}), 100));
-    EXPECT_EQ(2, memory().textLength(lastUnits(u"abc"), 2));
-    EXPECT_EQ(3, memory().textLength(lastUnits(u"abc"), 3));
-    EXPECT_EQ(-1, memory().textLength(lastUnits(u"abc"), 4));
-    EXPECT_EQ(0, memory().textLength(lastUnits(u"abc"), 0));
-    EXPECT_EQ(-1, memory().textLength(nullptr, 1));
+    const auto textAt = [this](const char16_t* from, std::size_t limit) {
+        Text text = u"old";
+        if (memory().readText(from, limit, text)) return text;
+        EXPECT_EQ(u"", text);
+        return Text(u"cannot be read");
+    };
+    EXPECT_EQ(u"abc", textAt(lastUnits({u"abc", 4}), 100));
+    EXPECT_EQ(u"", textAt(lastUnits({u"", 1}), 100));
+    EXPECT_EQ(u"ab", textAt(lastUnits(u"abc"), 2));
+    EXPECT_EQ(u"abc", textAt(lastUnits(u"abc"), 3));
+    EXPECT_EQ(u"cannot be read", textAt(lastUnits(u"abc"), 4));
+    EXPECT_EQ(u"", textAt(lastUnits(u"abc"), 0));
+    EXPECT_EQ(u"cannot be read", textAt(nullptr, 1));
+    for (std::size_t size = 0; size < 600; ++size)
+        EXPECT_EQ(Text(size, u'x'), textAt((Text(size, u'x') + u'\0').c_str(), 1000)) << size;
     // Units need not lie at even addresses.
     auto* const odd = reinterpret_cast<char16_t*>(readablePage() + page - 7);
     std::copy_n("\x41\x01\x42\x01\0\0\x42", 7, readablePage() + page - 7);
-    EXPECT_EQ(2, memory().textLength(odd, 100));
-    EXPECT_EQ(-1, memory().textLength(odd + 3, 100)) << "half a unit";
+    EXPECT_EQ(u"\u0141\u0142", textAt(odd, 100));
+    EXPECT_EQ(u"cannot be read", textAt(odd + 3, 100)) << "half a unit";
 }
 
 TEST_F(MemorySeam, LowBlocksAreZeroedAndHaveAddressesOf32Bits) {

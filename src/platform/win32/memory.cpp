@@ -110,8 +110,15 @@ class GuardedMemory : public Memory {
         }
     }
 
-    Long textLength(const char16_t* text, Long limit) override {
-        return limit <= 0 ? 0 : guardedLength(text, limit);
+    bool readText(const char16_t* from, std::size_t limit, Text& to) override {
+        to.clear();
+        if (limit == 0) return true;
+        const Long units = guardedLength(from, static_cast<Long>(limit));
+        if (units < 0) return false;
+        to.resize(static_cast<std::size_t>(units));
+        if (guardedCopy(from, to.size() * sizeof(char16_t), to.data())) return true;
+        to.clear();
+        return false;
     }
 
     // Every address of a 32-bit process fits a library record.
