@@ -17,7 +17,7 @@
 #include "content/sessions.h"
 #include "content/state.h"
 #include "platform/portable/libraries.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 namespace {
 

@@ -22,7 +22,7 @@
 #include "contacts/contacts.h"
 #include "frame/log/debug_log.h"
 #include "host/com_client.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 #include "support/current_platform.h"
 #include "support/values.h"
 

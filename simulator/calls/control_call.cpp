@@ -1,4 +1,4 @@
-// The way in for tests: JSON commands, one exported C function (simulator/control.h is the comfortable side
+// The way in for tests: JSON commands, one exported C function (simulator/control/control.h is the comfortable side
 // of it).
 #include "simulator/calls/exports.h"
 #include "simulator/instruments/control_commands.h"

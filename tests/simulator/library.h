@@ -12,7 +12,7 @@
 
 #include "connectivity/library_calls.h"
 #include "simulator/calls/exports.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 namespace simulator_tests {
 
