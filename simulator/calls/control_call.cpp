@@ -1,7 +1,8 @@
-// The way in for tests: JSON commands, one exported C function (simulator/control/control.h is the comfortable side
-// of it).
+// The way in for tests: JSON commands, one exported C function (simulator/control/control.h is the
+// comfortable side of it).
 #include "simulator/calls/exports.h"
-#include "simulator/instruments/control_commands.h"
+#include "simulator/calls/the_world.h"
+#include "simulator/commands/control_commands.h"
 
 using namespace ovno2::simulator;
 

@@ -1,9 +1,9 @@
 // A caller's item record back into a contact.
 #include <algorithm>
 
+#include "simulator/base/text.h"
 #include "simulator/calls/item_records.h"
 #include "simulator/calls/memory_calls.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {

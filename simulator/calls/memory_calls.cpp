@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <string>
 
+#include "simulator/base/text.h"
 #include "simulator/calls/exports.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 

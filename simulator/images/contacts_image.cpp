@@ -5,10 +5,10 @@
 #include <set>
 #include <system_error>
 
+#include "simulator/base/text.h"
 #include "simulator/images/date_text.h"
 #include "simulator/images/json_node.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <rapidjson/reader.h>
 
+#include "simulator/base/text.h"
 #include "simulator/images/contacts_image.h"
 #include "simulator/images/date_text.h"
 #include "simulator/images/json_node.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {

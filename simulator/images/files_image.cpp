@@ -4,10 +4,10 @@
 #include <chrono>
 #include <cstdio>
 
+#include "simulator/base/text.h"
 #include "simulator/images/date_text.h"
 #include "simulator/images/json_node.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {

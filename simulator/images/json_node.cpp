@@ -4,7 +4,7 @@
 #include <charconv>
 #include <fstream>
 
-#include "simulator/text.h"
+#include "simulator/base/text.h"
 
 namespace ovno2::simulator {
 namespace {

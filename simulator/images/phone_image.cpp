@@ -1,6 +1,5 @@
 #include "simulator/images/phone_image.h"
 
-#include <algorithm>
 #include <limits>
 
 #include "simulator/images/contacts_image.h"
@@ -106,31 +105,6 @@ std::shared_ptr<Phone> readPhoneImage(const std::filesystem::path& image) {
     readContactsImage(*phone);
     readFilesImage(*phone);
     return phone;
-}
-
-std::vector<std::shared_ptr<Phone>> readPhones(const std::filesystem::path& folder,
-                                               std::vector<std::string>& errors) {
-    std::vector<std::filesystem::path> images;
-    std::error_code failed;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, failed)) {
-        if (std::filesystem::exists(entry.path() / "phone.json", failed)) images.push_back(entry.path());
-    }
-    if (failed || !std::filesystem::is_directory(folder)) {
-        errors.push_back(ImageError(folder, "/", "a folder of phone images").what());
-        return {};
-    }
-    std::sort(images.begin(), images.end());
-    std::vector<std::shared_ptr<Phone>> phones;
-    for (const std::filesystem::path& image : images) {
-        try {
-            phones.push_back(readPhoneImage(image));
-        } catch (const std::exception& error) {
-            errors.emplace_back(error.what());
-        }
-    }
-    std::stable_sort(phones.begin(), phones.end(),
-                     [](const auto& left, const auto& right) { return left->order < right->order; });
-    return phones;
 }
 
 }  // namespace ovno2::simulator

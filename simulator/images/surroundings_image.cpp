@@ -1,8 +1,8 @@
 #include "simulator/images/surroundings_image.h"
 
+#include "simulator/base/text.h"
 #include "simulator/images/phone_image.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -63,13 +63,6 @@ std::vector<Medium> readMedia(const JsonNode& root) {
         media.push_back(std::move(medium));
     });
     return media;
-}
-
-std::vector<Medium> allMediaOn() {
-    return {{library::mediumInfrared, u"Infrared", true},
-            {library::mediumCable, u"Serial cable", true},
-            {library::mediumBluetooth, u"Bluetooth", true},
-            {library::mediumUsb, u"USB", true}};
 }
 
 std::vector<FoundDevice> readBluetooth(const std::filesystem::path& folder) {

@@ -1,4 +1,4 @@
-#include "simulator/instruments/balance.h"
+#include "simulator/commands/balance.h"
 
 namespace ovno2::simulator {
 

@@ -1,15 +1,16 @@
-#include "simulator/instruments/control_commands.h"
+#include "simulator/commands/control_commands.h"
 
 #include <algorithm>
 #include <array>
 
+#include "simulator/base/text.h"
+#include "simulator/commands/balance.h"
+#include "simulator/commands/synthetic.h"
 #include "simulator/images/contacts_image.h"
 #include "simulator/images/files_image.h"
 #include "simulator/images/phone_image.h"
+#include "simulator/images/phones_folder.h"
 #include "simulator/images/surroundings_image.h"
-#include "simulator/instruments/balance.h"
-#include "simulator/instruments/synthetic.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -52,7 +53,7 @@ Occasion occasionOf(const JsonNode& command, bool onwards) {
 json load(World& world, const JsonNode& command) {
     command.expectMembers({"command", "folder"});
     const std::size_t before = world.imageErrors.size();
-    world.load(pathOf(command.member("folder")));
+    loadPhones(world, pathOf(command.member("folder")));
     return {
         {"phones", world.phones.size()},
         {"errors", std::vector<std::string>(world.imageErrors.begin() + static_cast<std::ptrdiff_t>(before),

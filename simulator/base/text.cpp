@@ -1,4 +1,4 @@
-#include "simulator/text.h"
+#include "simulator/base/text.h"
 
 #include <charconv>
 

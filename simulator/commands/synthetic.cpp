@@ -1,6 +1,6 @@
-#include "simulator/instruments/synthetic.h"
+#include "simulator/commands/synthetic.h"
 
-#include "simulator/text.h"
+#include "simulator/base/text.h"
 
 namespace ovno2::simulator {
 namespace {
