@@ -26,7 +26,7 @@ std::size_t dateBytes(const RecordSizes& sizes) {
 
 const std::string& pictureBytes(const Phone& phone, const Contact::Picture& picture, std::string& buffer) {
     if (picture.file.empty()) return picture.bytes;
-    buffer = readWhole(phone.image / picture.file);
+    buffer = std::string_view(readWhole(phone.image / picture.file));
     return buffer;
 }
 
@@ -59,12 +59,8 @@ class ItemWriter {
     void write(ContactRecord& record) {
         if (datesAt != textsAt) writeParts();
         std::memcpy(block + textsAt, contact.texts.data(), contact.texts.size() * sizeof(char16_t));
-        std::array<Word, pairCount> counts{};
-        char* item = block;
-        for (const Contact::Field& field : contact.fields) {
-            ++counts[field.pair];
-            item = writeItem(item, field);
-        }
+        const bool sized = sizes.dataItem == sizeof(library::DataItemRecord);
+        const std::array<Word, pairCount> counts = sized ? writeItems<true>() : writeItems<false>();
         ItemPair* const pairs[pairCount] = {&record.a, &record.b, &record.c, &record.d};
         char* first = block;
         for (std::size_t i = 0; i < pairCount; ++i) {
@@ -78,16 +74,19 @@ class ItemWriter {
         return place == Contact::none ? 0 : addressOf(block + textsAt + place * sizeof(char16_t));
     }
 
-    char* writeItem(char* item, const Contact::Field& field) const {
-        Word words[5];
-        Word* word = words;
-        if (sizes.dataItem == sizeof(library::DataItemRecord)) *word++ = sizes.dataItem;
-        *word++ = field.reserved;
-        *word++ = field.group;
-        *word++ = field.id;
-        *word = valueOf(field);
-        std::memcpy(item, words, sizes.dataItem);
-        return item + sizes.dataItem;
+    // Data items with their size in front, or without; how many each pair has.
+    template <bool sized>
+    std::array<Word, pairCount> writeItems() const {
+        std::array<Word, pairCount> counts{};
+        char* item = block;
+        for (const Contact::Field& field : contact.fields) {
+            ++counts[field.pair];
+            const Word words[5] = {sizeof words, field.reserved, field.group, field.id, valueOf(field)};
+            constexpr std::size_t bytes = sized ? sizeof words : sizeof words - sizeof(Word);
+            std::memcpy(item, words + (sized ? 0 : 1), bytes);
+            item += bytes;
+        }
+        return counts;
     }
 
     Word valueOf(const Contact::Field& field) const {

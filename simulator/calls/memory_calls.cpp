@@ -6,6 +6,7 @@
 #include "simulator/calls/memory_calls.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 
 #include "simulator/base/text.h"

@@ -15,7 +15,7 @@
 #include "simulator/base/status.h"
 #include "simulator/base/text.h"
 #include "simulator/calls/the_world.h"
-#include "simulator/images/json_node.h"
+#include "simulator/images/image_file.h"
 #include "simulator/system/system.h"
 
 namespace ovno2::simulator {

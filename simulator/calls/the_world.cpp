@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "simulator/commands/control_commands.h"
-#include "simulator/images/json_node.h"
+#include "simulator/images/json_text.h"
 #include "simulator/images/phones_folder.h"
 #include "simulator/system/system.h"
 
@@ -31,12 +31,20 @@ void loadDefaultPhones(World& world) {
 
 // A plan from a file: one command of the control interface, or a list of them.
 void runPlanFile(World& world, const std::filesystem::path& file) {
+    const auto run = [&](const JsonNode& command) {
+        try {
+            runCommand(world, command);
+        } catch (const std::exception& error) {
+            world.imageErrors.emplace_back(error.what());
+        }
+    };
     try {
-        const nlohmann::json plan = parseJsonFile(file);
-        const nlohmann::json commands = plan.is_array() ? plan : nlohmann::json::array({plan});
-        for (const nlohmann::json& command : commands) {
-            const nlohmann::json answer = runCommand(world, command);
-            if (answer.contains("error")) world.imageErrors.push_back(answer["error"].get<std::string>());
+        JsonText text(file);
+        const JsonNode plan = text.parse();
+        if (plan.isArray()) {
+            plan.forEachElement([&](const JsonNode& command, std::size_t) { run(command); });
+        } else {
+            run(plan);
         }
     } catch (const std::exception& error) {
         world.imageErrors.emplace_back(error.what());

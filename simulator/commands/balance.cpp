@@ -1,29 +1,33 @@
 #include "simulator/commands/balance.h"
 
 namespace ovno2::simulator {
+namespace {
 
-nlohmann::json balanceOf(const World& world) {
-    nlohmann::json handedOut = nlohmann::json::object();
-    for (std::size_t i = 1; i < blockKinds; ++i) {
-        const auto kind = static_cast<BlockKind>(i);
-        const std::uint64_t live = world.memory.live(kind);
-        if (live != 0 && kind != BlockKind::held) handedOut[nameOf(kind)] = live;
+// An object with the counts that are not 0, each under the name of its kind.
+template <typename Kind, typename CountOf>
+void writeCounts(JsonWriter& answer, const char* name, std::size_t kinds, CountOf countOf) {
+    answer.Key(name);
+    answer.StartObject();
+    for (std::size_t i = 0; i < kinds; ++i) {
+        const auto kind = static_cast<Kind>(i);
+        if (const std::uint64_t count = countOf(kind)) answer.member(nameOf(kind), count);
     }
-    nlohmann::json open = nlohmann::json::object();
-    for (std::size_t i = 0; i < sessionKinds; ++i) {
-        const auto kind = static_cast<SessionKind>(i);
-        if (const std::uint64_t count = world.sessions.count(kind)) open[nameOf(kind)] = count;
-    }
-    nlohmann::json started = nlohmann::json::object();
-    const auto counts = world.startedByAll();
-    for (std::size_t i = 0; i < groups; ++i) {
-        if (counts[i] != 0) started[nameOf(static_cast<Group>(i))] = counts[i];
-    }
-    return {{"handedOut", std::move(handedOut)},
-            {"open", std::move(open)},
-            {"started", std::move(started)},
-            {"closedInside", world.sessions.closedInside()},
-            {"misuse", world.misuse}};
+    answer.EndObject();
+}
+
+}  // namespace
+
+void writeBalance(JsonWriter& answer, const World& world) {
+    writeCounts<BlockKind>(answer, "handedOut", blockKinds, [&](BlockKind kind) {
+        return kind == BlockKind::held ? 0 : world.memory.live(kind);
+    });
+    writeCounts<SessionKind>(answer, "open", sessionKinds,
+                             [&](SessionKind kind) { return world.sessions.count(kind); });
+    writeCounts<Group>(answer, "started", groups, [counts = world.startedByAll()](Group group) {
+        return counts[static_cast<std::size_t>(group)];
+    });
+    answer.member("closedInside", world.sessions.closedInside());
+    answer.member("misuse", world.misuse);
 }
 
 }  // namespace ovno2::simulator

@@ -3,14 +3,19 @@
 // docs/simulator.md describes them. Runs with the world's lock held; no state of its own.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
 
+#include "simulator/images/json_node.h"
 #include "simulator/world/world.h"
 
 namespace ovno2::simulator {
 
-// Carries out {"command": NAME, ...}. The answer is an object; {"error": TEXT} when the command cannot be
-// understood.
-nlohmann::json runCommand(World& world, const nlohmann::json& command);
+// Carries out {"command": NAME, ...}. The answer is an object as JSON text. A command that cannot be
+// understood is an exception.
+std::string runCommand(World& world, const JsonNode& command);
+
+// The same from text. {"error": TEXT} for a command that cannot be understood.
+std::string answerTo(World& world, std::string_view command);
 
 }  // namespace ovno2::simulator

@@ -18,8 +18,8 @@ std::shared_ptr<Phone> readPhoneImage(const std::filesystem::path& image);
 // The identity part alone, as phone.json or a test gives it.
 std::shared_ptr<Phone> readIdentity(const JsonNode& root);
 
-// "recordSizes" of phone.json; members that are absent keep their value.
-void readRecordSizes(const JsonNode& node, RecordSizes& sizes);
+// The value of "recordSizes"' member `name`, which must be one that the record can have.
+Word readRecordSize(std::string_view name, const JsonNode& node);
 
 // "usb", "bluetooth", "cable" or "infrared".
 Word readMedium(const JsonNode& node);

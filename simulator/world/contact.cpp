@@ -1,6 +1,7 @@
 #include "simulator/world/contact.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace ovno2::simulator {
 
@@ -11,14 +12,15 @@ Contact::TextPlace Contact::addText(std::u16string_view text) {
     return place;
 }
 
-bool Contact::arrange() {
-    const auto byPair = [](const Field& left, const Field& right) { return left.pair < right.pair; };
-    if (!std::is_sorted(fields.begin(), fields.end(), byPair)) {
-        std::stable_sort(fields.begin(), fields.end(), byPair);
-    }
+bool Contact::arrange(const std::vector<Field>& unsorted) {
     std::array<std::size_t, pairCount> counts{};
-    for (const Field& field : fields)
+    for (const Field& field : unsorted)
         ++counts[field.pair];
+    std::array<std::size_t, pairCount> next{};
+    std::exclusive_scan(counts.begin(), counts.end(), next.begin(), std::size_t{0});
+    fields.resize(unsorted.size());
+    for (const Field& field : unsorted)
+        fields[next[field.pair]++] = field;
     return *std::max_element(counts.begin(), counts.end()) <= mostItemsPerPair;
 }
 

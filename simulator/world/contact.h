@@ -59,8 +59,8 @@ struct Contact {
     TextPlace addText(std::u16string_view text);
     std::u16string_view textAt(TextPlace place) const { return texts.c_str() + place; }
 
-    // Sorts the fields by pair; false when a pair holds more than mostItemsPerPair.
-    bool arrange();
+    // Takes the fields, pair by pair; false when a pair holds more than mostItemsPerPair.
+    bool arrange(const std::vector<Field>& unsorted);
 };
 
 // The pair (and, plus 1, the group) that a field id belongs to by default.
