@@ -70,10 +70,6 @@ class TemporaryFolder {
     std::filesystem::path path;
 };
 
-// The platform's last error as a caller sees it.
-unsigned long lastError();
-void clearLastError();
-
 std::string fileContent(const std::filesystem::path& file);
 
 inline const char* const annasSerial = "356300010000017";
