@@ -1,7 +1,6 @@
 #include "simulator/calls/item_records.h"
 
 #include <algorithm>
-#include <array>
 
 #include "simulator/calls/record_builder.h"
 
@@ -59,13 +58,17 @@ class ItemWriter {
     void write(ContactRecord& record) {
         if (datesAt != textsAt) writeParts();
         std::memcpy(block + textsAt, contact.texts.data(), contact.texts.size() * sizeof(char16_t));
-        const bool sized = sizes.dataItem == sizeof(library::DataItemRecord);
-        const std::array<Word, pairCount> counts = sized ? writeItems<true>() : writeItems<false>();
+        if (sizes.dataItem == sizeof(library::DataItemRecord)) {
+            writeItems<true>();
+        } else {
+            writeItems<false>();
+        }
         ItemPair* const pairs[pairCount] = {&record.a, &record.b, &record.c, &record.d};
         char* first = block;
         for (std::size_t i = 0; i < pairCount; ++i) {
-            *pairs[i] = {counts[i], counts[i] == 0 ? 0 : addressOf(first)};
-            first += counts[i] * sizes.dataItem;
+            const Word count = contact.fieldCounts[i];
+            *pairs[i] = {count, count == 0 ? 0 : addressOf(first)};
+            first += count * sizes.dataItem;
         }
     }
 
@@ -74,19 +77,18 @@ class ItemWriter {
         return place == Contact::none ? 0 : addressOf(block + textsAt + place * sizeof(char16_t));
     }
 
-    // Data items with their size in front, or without; how many each pair has.
+    // Data items with their size in front, or without.
     template <bool sized>
-    std::array<Word, pairCount> writeItems() const {
-        std::array<Word, pairCount> counts{};
+    void writeItems() const {
         char* item = block;
         for (const Contact::Field& field : contact.fields) {
-            ++counts[field.pair];
-            const Word words[5] = {sizeof words, field.reserved, field.group, field.id, valueOf(field)};
+            const bool isText = field.kind == Contact::Kind::text;  // as nearly all are
+            const Word value = isText ? textAddress(field.value) : valueOf(field);
+            const Word words[5] = {sizeof words, field.reserved, field.group, field.id, value};
             constexpr std::size_t bytes = sized ? sizeof words : sizeof words - sizeof(Word);
             std::memcpy(item, words + (sized ? 0 : 1), bytes);
             item += bytes;
         }
-        return counts;
     }
 
     Word valueOf(const Contact::Field& field) const {

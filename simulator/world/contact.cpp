@@ -13,15 +13,15 @@ Contact::TextPlace Contact::addText(std::u16string_view text) {
 }
 
 bool Contact::arrange(const std::vector<Field>& unsorted) {
-    std::array<std::size_t, pairCount> counts{};
+    fieldCounts = {};
     for (const Field& field : unsorted)
-        ++counts[field.pair];
-    std::array<std::size_t, pairCount> next{};
-    std::exclusive_scan(counts.begin(), counts.end(), next.begin(), std::size_t{0});
+        ++fieldCounts[field.pair];
+    std::array<Word, pairCount> next{};
+    std::exclusive_scan(fieldCounts.begin(), fieldCounts.end(), next.begin(), Word{0});
     fields.resize(unsorted.size());
     for (const Field& field : unsorted)
         fields[next[field.pair]++] = field;
-    return *std::max_element(counts.begin(), counts.end()) <= mostItemsPerPair;
+    return *std::max_element(fieldCounts.begin(), fieldCounts.end()) <= mostItemsPerPair;
 }
 
 std::uint8_t defaultPair(Word fieldId) {

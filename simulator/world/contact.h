@@ -50,8 +50,9 @@ struct Contact {
     std::string uid;
     Word position = 0;
     Word folderId = 0;
-    std::vector<Field> fields;  // sorted by pair, the phone's order within each
-    std::u16string texts;       // every text with its terminator
+    std::vector<Field> fields;                  // sorted by pair, the phone's order within each
+    std::array<Word, pairCount> fieldCounts{};  // of each pair
+    std::u16string texts;                       // every text with its terminator
     std::vector<Date> dates;
     std::vector<Picture> pictures;
     std::vector<AddressWords> addresses;
