@@ -17,7 +17,7 @@
 #include "devices/session.h"
 #include "library/library_memory.h"
 #include "platform/portable/libraries.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 namespace {
 

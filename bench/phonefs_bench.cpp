@@ -15,7 +15,7 @@
 #include "phonefs/file_operations.h"
 #include "phonefs/nokia_files.h"
 #include "platform/portable/libraries.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 namespace ovno2 {
 namespace {

@@ -24,7 +24,7 @@
 #include "devices/session.h"
 #include "host/com_client.h"
 #include "log/debug_log.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 namespace {
 

@@ -1,7 +1,8 @@
-// The way in for tests: JSON commands, one exported C function (simulator/control.h is the comfortable side
-// of it).
+// The way in for tests: JSON commands, one exported C function (simulator/control/control.h is the
+// comfortable side of it).
 #include "simulator/calls/exports.h"
-#include "simulator/instruments/control_commands.h"
+#include "simulator/calls/the_world.h"
+#include "simulator/commands/control_commands.h"
 
 using namespace ovno2::simulator;
 
@@ -16,12 +17,6 @@ thread_local std::string lastAnswer;
 SIMULATOR_EXPORT const char* SimulatorControl(const char* command) {
     World& world = theWorld();
     const std::lock_guard guard(world.lock);
-    nlohmann::json result;
-    try {
-        result = runCommand(world, nlohmann::json::parse(command == nullptr ? "" : command));
-    } catch (const std::exception& error) {
-        result = {{"error", error.what()}};
-    }
-    lastAnswer = result.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    lastAnswer = answerTo(world, command == nullptr ? "" : command);
     return lastAnswer.c_str();
 }

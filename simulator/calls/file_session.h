@@ -2,7 +2,7 @@
 #pragma once
 
 #include "simulator/calls/serve.h"
-#include "simulator/world/file_store.h"
+#include "simulator/images/file_store.h"
 
 namespace ovno2::simulator {
 

@@ -1,9 +1,9 @@
 // A caller's item record back into a contact.
 #include <algorithm>
 
+#include "simulator/base/text.h"
 #include "simulator/calls/item_records.h"
 #include "simulator/calls/memory_calls.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -33,6 +33,7 @@ class ItemReader {
                 readItem(static_cast<Address>(pairs[pair].items + i * itemBytes), pair);
             }
         }
+        contact->arrange(fields);
         return contact;
     }
 
@@ -93,7 +94,7 @@ class ItemReader {
         field.pair = pair;
         field.kind = kindOf(field.id);
         readValue(field, word[3]);
-        contact->fields.push_back(field);
+        fields.push_back(field);
     }
 
     void readValue(Contact::Field& field, Word value) {
@@ -163,6 +164,7 @@ class ItemReader {
     const std::size_t itemBytes;
     const Contact* const previous;
     std::shared_ptr<Contact> contact;
+    std::vector<Contact::Field> fields;
 };
 
 }  // namespace

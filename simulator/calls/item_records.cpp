@@ -1,7 +1,6 @@
 #include "simulator/calls/item_records.h"
 
 #include <algorithm>
-#include <array>
 
 #include "simulator/calls/record_builder.h"
 
@@ -26,7 +25,7 @@ std::size_t dateBytes(const RecordSizes& sizes) {
 
 const std::string& pictureBytes(const Phone& phone, const Contact::Picture& picture, std::string& buffer) {
     if (picture.file.empty()) return picture.bytes;
-    buffer = readWhole(phone.image / picture.file);
+    buffer = std::string_view(readWhole(phone.image / picture.file));
     return buffer;
 }
 
@@ -59,17 +58,17 @@ class ItemWriter {
     void write(ContactRecord& record) {
         if (datesAt != textsAt) writeParts();
         std::memcpy(block + textsAt, contact.texts.data(), contact.texts.size() * sizeof(char16_t));
-        std::array<Word, pairCount> counts{};
-        char* item = block;
-        for (const Contact::Field& field : contact.fields) {
-            ++counts[field.pair];
-            item = writeItem(item, field);
+        if (sizes.dataItem == sizeof(library::DataItemRecord)) {
+            writeItems<true>();
+        } else {
+            writeItems<false>();
         }
         ItemPair* const pairs[pairCount] = {&record.a, &record.b, &record.c, &record.d};
         char* first = block;
         for (std::size_t i = 0; i < pairCount; ++i) {
-            *pairs[i] = {counts[i], counts[i] == 0 ? 0 : addressOf(first)};
-            first += counts[i] * sizes.dataItem;
+            const Word count = contact.fieldCounts[i];
+            *pairs[i] = {count, count == 0 ? 0 : addressOf(first)};
+            first += count * sizes.dataItem;
         }
     }
 
@@ -78,16 +77,18 @@ class ItemWriter {
         return place == Contact::none ? 0 : addressOf(block + textsAt + place * sizeof(char16_t));
     }
 
-    char* writeItem(char* item, const Contact::Field& field) const {
-        Word words[5];
-        Word* word = words;
-        if (sizes.dataItem == sizeof(library::DataItemRecord)) *word++ = sizes.dataItem;
-        *word++ = field.reserved;
-        *word++ = field.group;
-        *word++ = field.id;
-        *word = valueOf(field);
-        std::memcpy(item, words, sizes.dataItem);
-        return item + sizes.dataItem;
+    // Data items with their size in front, or without.
+    template <bool sized>
+    void writeItems() const {
+        char* item = block;
+        for (const Contact::Field& field : contact.fields) {
+            const bool isText = field.kind == Contact::Kind::text;  // as nearly all are
+            const Word value = isText ? textAddress(field.value) : valueOf(field);
+            const Word words[5] = {sizeof words, field.reserved, field.group, field.id, value};
+            constexpr std::size_t bytes = sized ? sizeof words : sizeof words - sizeof(Word);
+            std::memcpy(item, words + (sized ? 0 : 1), bytes);
+            item += bytes;
+        }
     }
 
     Word valueOf(const Contact::Field& field) const {

@@ -6,10 +6,11 @@
 #include "simulator/calls/memory_calls.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 
+#include "simulator/base/text.h"
 #include "simulator/calls/exports.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 

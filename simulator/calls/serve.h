@@ -11,12 +11,12 @@
 #include <system_error>
 #include <type_traits>
 
-#include "simulator/images/json_node.h"
-#include "simulator/refused.h"
-#include "simulator/status.h"
+#include "simulator/base/refused.h"
+#include "simulator/base/status.h"
+#include "simulator/base/text.h"
+#include "simulator/calls/the_world.h"
+#include "simulator/images/image_file.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
-#include "simulator/world/world.h"
 
 namespace ovno2::simulator {
 

@@ -5,67 +5,112 @@
 #include <set>
 #include <system_error>
 
+#include "simulator/base/text.h"
 #include "simulator/images/date_text.h"
-#include "simulator/images/json_node.h"
+#include "simulator/images/json_writer.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {
 
-nlohmann::ordered_json folderJson(const ContentFolder& folder) {
-    nlohmann::ordered_json subfolders = nlohmann::ordered_json::array();
+void writeFolder(JsonWriter& writer, const ContentFolder& folder) {
+    writer.StartObject();
+    writer.member("id", folder.id);
+    writer.member("name", folder.name);
+    writer.member("path", folder.path);
+    writer.Key("subfolders");
+    writer.StartArray();
     for (const ContentFolder& subfolder : folder.subfolders)
-        subfolders.push_back(folderJson(subfolder));
-    return {{"id", folder.id},
-            {"name", toUtf8(folder.name)},
-            {"path", toUtf8(folder.path)},
-            {"subfolders", std::move(subfolders)}};
+        writeFolder(writer, subfolder);
+    writer.EndArray();
+    writer.EndObject();
 }
 
-nlohmann::ordered_json textOrNull(const Contact& contact, Contact::TextPlace place) {
-    if (place == Contact::none) return nullptr;
-    return toUtf8(contact.textAt(place));
+void writeText(JsonWriter& writer, const Contact& contact, Contact::TextPlace place) {
+    if (place == Contact::none) {
+        writer.Null();
+    } else {
+        writer.value(contact.textAt(place));
+    }
 }
 
-nlohmann::ordered_json fieldJson(const Contact& contact, const Contact::Field& field) {
-    nlohmann::ordered_json node = {{"id", field.id}};
+void writeDate(JsonWriter& writer, const library::DateRecord& date) {
+    writer.member("date", dateText(date));
+    if (date.firstOffset == 0 && date.secondOffset == 0) return;
+    writer.Key("offsets");
+    writer.StartArray();
+    writer.value(date.firstOffset);
+    writer.value(date.secondOffset);
+    writer.EndArray();
+}
+
+void writePicture(JsonWriter& writer, const Contact& contact, const Contact::Picture& picture) {
+    const std::u8string file = picture.file.generic_u8string();
+    writer.Key("picture");
+    writer.StartObject();
+    writer.Key("format");
+    writeText(writer, contact, picture.format);
+    writer.member("file", std::string(file.begin(), file.end()));
+    writer.EndObject();
+}
+
+void writeField(JsonWriter& writer, const Contact& contact, const Contact::Field& field) {
+    writer.StartObject();
+    writer.member("id", field.id);
     switch (field.kind) {
         case Contact::Kind::text:
-            node["text"] = textOrNull(contact, field.value);
+            writer.Key("text");
+            writeText(writer, contact, field.value);
             break;
         case Contact::Kind::number:
-            node["number"] = field.value;
+            writer.member("number", field.value);
             break;
-        case Contact::Kind::date: {
-            const library::DateRecord& date = contact.dates[field.value].record;
-            node["date"] = dateText(date);
-            if (date.firstOffset != 0 || date.secondOffset != 0) {
-                node["offsets"] = {date.firstOffset, date.secondOffset};
-            }
+        case Contact::Kind::date:
+            writeDate(writer, contact.dates[field.value].record);
             break;
-        }
-        case Contact::Kind::picture: {
-            const Contact::Picture& picture = contact.pictures[field.value];
-            const std::u8string file = picture.file.generic_u8string();
-            node["picture"] = {{"format", textOrNull(contact, picture.format)},
-                               {"file", std::string(file.begin(), file.end())}};
+        case Contact::Kind::picture:
+            writePicture(writer, contact, contact.pictures[field.value]);
             break;
-        }
-        case Contact::Kind::address: {
-            nlohmann::ordered_json words = nlohmann::ordered_json::array();
-            for (const Contact::TextPlace place : contact.addresses[field.value]) {
-                words.push_back(textOrNull(contact, place));
-            }
-            node["address"] = std::move(words);
+        case Contact::Kind::address:
+            writer.Key("address");
+            writer.StartArray();
+            for (const Contact::TextPlace place : contact.addresses[field.value])
+                writeText(writer, contact, place);
+            writer.EndArray();
             break;
-        }
     }
     if (field.pair != defaultPair(field.id))
-        node["pair"] = std::string(1, static_cast<char>('a' + field.pair));
-    if (field.group != field.pair + 1U) node["group"] = field.group;
-    if (field.reserved != 0) node["reserved"] = field.reserved;
-    return node;
+        writer.member("pair", std::string(1, static_cast<char>('a' + field.pair)));
+    if (field.group != field.pair + 1U) writer.member("group", field.group);
+    if (field.reserved != 0) writer.member("reserved", field.reserved);
+    writer.EndObject();
+}
+
+// One line a contact and one a field, so that changes of a phone book show line by line.
+void writeContacts(JsonWriter& writer, const ContactStore& store) {
+    writer.layout("{\n\"format\": 1,\n\"folder\": ");
+    writeFolder(writer, store.root);
+    if (store.capacity != 0) writer.layout(",\n\"capacity\": " + std::to_string(store.capacity));
+    if (store.nextUid != 0) writer.layout(",\n\"nextUid\": " + std::to_string(store.nextUid));
+    writer.layout(",\n\"contacts\": [");
+    const char* separator = "\n";
+    for (const auto& contact : store.contacts) {
+        writer.layout(separator);
+        writer.layout("{\"uid\": \"" + toHex(contact->uid) +
+                      "\", \"position\": " + std::to_string(contact->position));
+        if (contact->folderId != store.root.id)
+            writer.layout(", \"folderId\": " + std::to_string(contact->folderId));
+        writer.layout(", \"fields\": [");
+        const char* fieldSeparator = "\n  ";
+        for (const Contact::Field& field : contact->fields) {
+            writer.layout(fieldSeparator);
+            writeField(writer, *contact, field);
+            fieldSeparator = ",\n  ";
+        }
+        writer.layout("]}");
+        separator = ",\n";
+    }
+    writer.layout("\n]\n}\n");
 }
 
 using PictureFiles = std::set<std::filesystem::path>;
@@ -94,7 +139,7 @@ std::string extensionOf(const Contact& contact, const Contact::Picture& picture)
 }
 
 // Puts the picture's bytes into a file of the image that is not there yet; its name inside the image.
-std::filesystem::path writePicture(const std::filesystem::path& image, const Contact& contact,
+std::filesystem::path storePicture(const std::filesystem::path& image, const Contact& contact,
                                    const Contact::Picture& picture) {
     const std::filesystem::path folder = image / "pictures";
     std::filesystem::create_directories(folder);
@@ -119,7 +164,7 @@ void writeNewPictures(const std::filesystem::path& image, ContactStore& store, P
         auto changed = std::make_shared<Contact>(*contact);
         for (Contact::Picture& picture : changed->pictures) {
             if (!picture.file.empty()) continue;
-            picture.file = writePicture(image, *changed, picture);
+            picture.file = storePicture(image, *changed, picture);
             picture.bytes.clear();
             written.insert(picture.file);
         }
@@ -141,7 +186,7 @@ void readContactsImage(Phone& phone) {
     std::error_code failed;
     if (!std::filesystem::exists(file, failed)) return;
     phone.contactsStamp = system::stampOf(file);
-    phone.contacts = parseContacts(readWhole(file), file, phone.image);
+    phone.contacts = readContacts(file, phone.image);
 }
 
 void refreshContacts(Phone& phone) {
@@ -157,7 +202,9 @@ void replaceContacts(Phone& phone, std::shared_ptr<ContactStore> store) {
         PictureFiles written;
         try {
             writeNewPictures(phone.image, *store, written);
-            system::writeDurably(incoming, contactsJson(*store));
+            JsonWriter writer;
+            writeContacts(writer, *store);
+            system::writeDurably(incoming, writer.text());
             system::replaceDurably(incoming, file);
         } catch (const std::system_error&) {
             removeFiles(phone.image, written, {});
@@ -167,31 +214,6 @@ void replaceContacts(Phone& phone, std::shared_ptr<ContactStore> store) {
         phone.contactsStamp = system::stampOf(file);
     }
     phone.contacts = std::move(store);
-}
-
-std::string contactsJson(const ContactStore& store) {
-    std::string text = "{\n\"format\": 1,\n\"folder\": " + folderJson(store.root).dump() + ",\n";
-    if (store.capacity != 0) text += "\"capacity\": " + std::to_string(store.capacity) + ",\n";
-    if (store.nextUid != 0) text += "\"nextUid\": " + std::to_string(store.nextUid) + ",\n";
-    text += "\"contacts\": [";
-    const char* separator = "\n";
-    for (const auto& contact : store.contacts) {
-        text.append(separator).append("{\"uid\": \"").append(toHex(contact->uid));
-        text.append("\", \"position\": ").append(std::to_string(contact->position));
-        if (contact->folderId != store.root.id) {
-            text.append(", \"folderId\": ").append(std::to_string(contact->folderId));
-        }
-        text += ", \"fields\": [";
-        const char* fieldSeparator = "\n  ";
-        for (const Contact::Field& field : contact->fields) {
-            text.append(fieldSeparator).append(fieldJson(*contact, field).dump());
-            fieldSeparator = ",\n  ";
-        }
-        text += "]}";
-        separator = ",\n";
-    }
-    text += "]\n}\n";
-    return text;
 }
 
 }  // namespace ovno2::simulator

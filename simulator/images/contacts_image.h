@@ -1,12 +1,10 @@
 // contacts.json: reading it into a ContactStore and writing one back.
 //
-// Reading is a stream over the file, so that a phone book of 100,000 contacts costs no more than its own
-// size. No state. A damaged file is an ImageError.
+// Contacts are taken out of the file one by one, so that a phone book of 100,000 contacts costs no more than
+// its own size. No state. A damaged file is an ImageError.
 #pragma once
 
-#include <string>
-#include <string_view>
-
+#include "simulator/images/json_node.h"
 #include "simulator/world/phone.h"
 
 namespace ovno2::simulator {
@@ -23,11 +21,9 @@ void refreshContacts(Phone& phone);
 // cannot be written.
 void replaceContacts(Phone& phone, std::shared_ptr<ContactStore> store);
 
-// A phone book from text; `file` is only named in errors, `image` is where the pictures are.
-std::shared_ptr<ContactStore> parseContacts(const std::string& json, const std::filesystem::path& file,
-                                            const std::filesystem::path& image);
-
-// The text of contacts.json for this store. Pictures must be in files.
-std::string contactsJson(const ContactStore& store);
+// A phone book from a file, or from values as such a file has them; `image` is where the pictures are.
+std::shared_ptr<ContactStore> readContacts(const std::filesystem::path& file,
+                                           const std::filesystem::path& image);
+std::shared_ptr<ContactStore> readContacts(const JsonNode& root, const std::filesystem::path& image);
 
 }  // namespace ovno2::simulator

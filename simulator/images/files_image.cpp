@@ -4,15 +4,14 @@
 #include <chrono>
 #include <cstdio>
 
+#include "simulator/base/text.h"
 #include "simulator/images/date_text.h"
-#include "simulator/images/json_node.h"
+#include "simulator/images/json_text.h"
+#include "simulator/images/json_writer.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // A file time counts 100 ns since 1 January 1601.
 constexpr std::int64_t ticksPerSecond = 10000000;
@@ -26,7 +25,7 @@ std::int64_t daysSince1970(int year, int month, int day) {
 }
 
 std::uint64_t readTime(const JsonNode& node) {
-    const std::string text = node.utf8();
+    const std::string_view text = node.utf8();
     library::DateRecord date{};
     const bool complete = text.size() == 20 && text.back() == 'Z' && parseDate(text.substr(0, 19), date);
     if (!complete || date.year < 1601 || date.month == 0 || date.day == 0) {
@@ -60,34 +59,35 @@ void readDrive(const JsonNode& node, Drive& drive) {
     drive.label = node.optionalText("label");
     drive.memoryType = node.optionalText("memoryType");
     if (const auto capacity = node.optionalMember("capacity")) {
-        if (!capacity->json().is_number_unsigned()) capacity->fail("a number of bytes");
-        drive.capacity = capacity->json().get<std::uint64_t>();
+        const std::optional<std::int64_t> bytes = capacity->integer();
+        if (!bytes || *bytes < 0) capacity->fail("a number of bytes");
+        drive.capacity = static_cast<std::uint64_t>(*bytes);
     }
 }
 
-std::filesystem::path pathBelow(const std::string& path, const FileSettings& settings) {
+std::filesystem::path pathBelow(std::string_view path, const FileSettings& settings) {
     return settings.root / std::filesystem::path(std::u8string(path.begin(), path.end()));
 }
 
-bool staysInside(const std::string& path) {
+bool staysInside(std::string_view path) {
     const std::filesystem::path relative(std::u8string(path.begin(), path.end()));
     return !path.empty() && !relative.has_root_path() &&
            std::none_of(relative.begin(), relative.end(), [](const auto& part) { return part == ".."; });
 }
 
 // The path of an entry that must exist.
-std::string readEntry(const JsonNode& node, const std::string& path, const FileSettings& settings) {
+std::string readEntry(const JsonNode& node, std::string_view path, const FileSettings& settings) {
     std::error_code ignored;
     if (!staysInside(path) || !std::filesystem::exists(pathBelow(path, settings), ignored)) {
         node.fail("the path of an entry, such as \"C/Images/beach.jpg\"");
     }
-    return path;
+    return std::string(path);
 }
 
 // A folder that a copy of the image may have lost, since not everything that carries files carries empty
 // folders. An image that nobody may write to stays without it.
 std::string readEmptyFolder(const JsonNode& node, const FileSettings& settings) {
-    std::string path = node.utf8();
+    std::string path(node.utf8());
     const bool onDrive = path.size() > 2 && path[1] == '/' && settings.drives.contains(path.substr(0, 1));
     if (!staysInside(path) || !onDrive) node.fail("the path of a folder on a drive, such as \"C/Games\"");
     std::error_code ignored;
@@ -99,7 +99,8 @@ void readSettings(const JsonNode& root, FileSettings& settings) {
     root.expectFormat();
     root.expectMembers({"format", "drives", "emptyFolders", "readOnly", "attributes", "times", "nameLength"});
     if (const auto drives = root.optionalMember("drives")) {
-        drives->forEachMember([&](const std::string& letter, const JsonNode& node) {
+        drives->forEachMember([&](std::string_view name, const JsonNode& node) {
+            const std::string letter(name);
             if (!settings.drives.contains(letter)) node.fail("the letter of a folder in \"files\"");
             readDrive(node, settings.drives[letter]);
         });
@@ -115,17 +116,40 @@ void readSettings(const JsonNode& root, FileSettings& settings) {
         });
     }
     if (const auto attributes = root.optionalMember("attributes")) {
-        attributes->forEachMember([&](const std::string& path, const JsonNode& node) {
+        attributes->forEachMember([&](std::string_view path, const JsonNode& node) {
             settings.attributes[readEntry(node, path, settings)] = node.word();
         });
     }
     if (const auto times = root.optionalMember("times")) {
-        times->forEachMember([&](const std::string& path, const JsonNode& node) {
+        times->forEachMember([&](std::string_view path, const JsonNode& node) {
             settings.times[readEntry(node, path, settings)] = readTime(node);
         });
     }
     if (const auto length = root.optionalMember("nameLength"))
         settings.nameLength = length->wordBetween(1, 4096);
+}
+
+// A list or an object that is left out when there is nothing in it.
+template <typename Texts>
+void writeList(PrettyJsonWriter& writer, const char* name, const Texts& texts) {
+    if (texts.empty()) return;
+    writer.Key(name);
+    writer.StartArray();
+    for (const std::string& text : texts)
+        writer.value(text);
+    writer.EndArray();
+}
+
+template <typename Map, typename WriteValue>
+void writeMembers(PrettyJsonWriter& writer, const char* name, const Map& map, WriteValue writeValue) {
+    if (map.empty()) return;
+    writer.Key(name);
+    writer.StartObject();
+    for (const auto& [key, value] : map) {
+        writer.Key(key.c_str());
+        writeValue(value);
+    }
+    writer.EndObject();
 }
 
 }  // namespace
@@ -148,31 +172,32 @@ void readFilesImage(Phone& phone) {
         settings->drives[name];
     }
     if (described) {
-        const nlohmann::json text = parseJsonFile(file);
-        readSettings(JsonNode(text, file), *settings);
+        readSettings(JsonText(file).parse(), *settings);
     }
     phone.files = std::move(settings);
 }
 
 void writeFilesJson(const std::filesystem::path& image, const FileSettings& settings) {
-    Json root = {{"format", 1}};
-    for (const auto& [letter, drive] : settings.drives) {
-        Json& node = root["drives"][letter] = Json::object();
-        if (drive.label) node["label"] = toUtf8(*drive.label);
-        if (drive.memoryType) node["memoryType"] = toUtf8(*drive.memoryType);
-        if (drive.capacity) node["capacity"] = *drive.capacity;
-    }
-    for (const std::string& path : settings.emptyFolders)
-        root["emptyFolders"].push_back(path);
-    for (const std::string& path : settings.readOnly)
-        root["readOnly"].push_back(path);
-    for (const auto& [path, bits] : settings.attributes)
-        root["attributes"][path] = "0x" + hexNumber(bits);
-    for (const auto& [path, time] : settings.times)
-        root["times"][path] = timeText(time);
-    root["nameLength"] = settings.nameLength;
+    PrettyJsonWriter writer;
+    writer.StartObject();
+    writer.member("format", 1);
+    writeMembers(writer, "drives", settings.drives, [&](const Drive& drive) {
+        writer.StartObject();
+        if (drive.label) writer.member("label", *drive.label);
+        if (drive.memoryType) writer.member("memoryType", *drive.memoryType);
+        if (drive.capacity) writer.member("capacity", *drive.capacity);
+        writer.EndObject();
+    });
+    writeList(writer, "emptyFolders", settings.emptyFolders);
+    writeList(writer, "readOnly", settings.readOnly);
+    writeMembers(writer, "attributes", settings.attributes,
+                 [&](Word bits) { writer.value("0x" + hexNumber(bits)); });
+    writeMembers(writer, "times", settings.times, [&](std::uint64_t time) { writer.value(timeText(time)); });
+    writer.member("nameLength", settings.nameLength);
+    writer.EndObject();
     const std::filesystem::path incoming = image / ".incoming-files.json";
-    system::writeDurably(incoming, root.dump(2) + "\n");
+    writer.layout("\n");
+    system::writeDurably(incoming, writer.text());
     system::replaceDurably(incoming, image / "files.json");
 }
 

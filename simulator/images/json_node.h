@@ -1,94 +1,107 @@
-// A value in a JSON file that knows its place, so that an error can name it.
+// A value in a JSON text that knows its place, so that an error can name it.
 //
-// Nodes are short-lived and point to their parent, which must outlive them. Every reading member throws
-// ImageError when the value is not what it expects.
+// Nodes are short-lived and point to their value and their parent, which must outlive them. The place is put
+// together only when an error needs it. Every reading member throws ImageError when the value is not what it
+// expects.
 #pragma once
 
-#include <filesystem>
 #include <initializer_list>
-#include <nlohmann/json.hpp>
 #include <optional>
-#include <stdexcept>
+#include <rapidjson/document.h>
 #include <string>
 #include <string_view>
 
 #include "library/library_records.h"
+#include "simulator/images/image_file.h"
 
 namespace ovno2::simulator {
 
 using library::Word;
-
-// "FILE: PLACE: expected WHAT".
-struct ImageError : std::runtime_error {
-    ImageError(const std::filesystem::path& file, std::string_view place, std::string_view expected);
-};
-
-// Reads a whole file; throws ImageError when it cannot be read.
-std::string readWhole(const std::filesystem::path& file);
-
-// The place of a byte in a text: "line N column M", both from 1.
-std::string lineAndColumn(std::string_view text, std::size_t at);
-
-// Parses a file; text that is not JSON gives an ImageError with line and column.
-nlohmann::json parseJsonFile(const std::filesystem::path& file);
+using JsonValue = rapidjson::Value;
 
 class JsonNode {
   public:
-    JsonNode(const nlohmann::json& root, const std::filesystem::path& fileName)
-        : value(root), file(fileName) {}
+    JsonNode(const JsonValue& root, const std::filesystem::path& fileName) : value(root), file(fileName) {}
+
+    // A member or an element of another node.
+    JsonNode(const JsonValue& child, const JsonNode& parentNode, std::string_view name)
+        : value(child), file(parentNode.file), parent(&parentNode), key(name) {}
+    JsonNode(const JsonValue& child, const JsonNode& parentNode, std::size_t at)
+        : value(child), file(parentNode.file), parent(&parentNode), index(at) {}
 
     // An object with no other members than these; the file's root also has "format": 1.
-    void expectMembers(std::initializer_list<const char*> allowed) const;
+    void expectMembers(std::initializer_list<std::string_view> allowed) const;
     void expectFormat() const;
 
-    bool has(const char* name) const { return value.contains(name); }
-    JsonNode member(const char* name) const;  // must be there
-    std::optional<JsonNode> optionalMember(const char* name) const;
-    std::size_t arraySize() const;  // must be an array
-    JsonNode element(std::size_t at) const;
+    JsonNode member(std::string_view name) const;  // must be there
+    std::optional<JsonNode> optionalMember(std::string_view name) const;
+    std::size_t arraySize() const {  // must be an array
+        if (!value.IsArray()) fail("a list");
+        return value.Size();
+    }
 
-    Word word() const;  // a number or a text such as "0x20"
-    Word wordBetween(Word lowest, Word highest) const;
-    std::string utf8() const;
+    bool isNull() const { return value.IsNull(); }
+    bool isObject() const { return value.IsObject(); }
+    bool isArray() const { return value.IsArray(); }
+    bool isText() const { return value.IsString(); }
+    bool is(std::string_view text) const { return value.IsString() && textOf(value) == text; }
+
+    std::optional<Word> optionalWord() const;  // a number or a text such as "0x20"
+    Word word() const { return value.IsUint() ? value.GetUint() : wordOfText(); }
+    Word wordBetween(Word lowest, Word highest) const {
+        const bool fits = value.IsUint() && value.GetUint() >= lowest && value.GetUint() <= highest;
+        return fits ? value.GetUint() : wordOfText(lowest, highest);
+    }
+    std::optional<std::int64_t> integer() const;
+    std::string_view utf8() const {  // valid as long as the value
+        if (!value.IsString()) fail("a text");
+        return textOf(value);
+    }
     std::u16string text() const;
     std::optional<std::u16string> textOrNull() const;
     bool boolean() const;
-    const nlohmann::json& json() const { return value; }
 
     // Short forms for members that may be absent.
-    Word word(const char* name, Word otherwise) const;
-    std::optional<std::u16string> optionalText(const char* name) const;  // null counts as absent
+    Word word(std::string_view name, Word otherwise) const;
+    std::optional<std::u16string> optionalText(std::string_view name) const;  // null counts as absent
+    bool flag(std::string_view name, bool otherwise) const;
+
+    // The same value as the root of something of its own.
+    JsonNode asRoot(const std::filesystem::path& fileName) const { return {value, fileName}; }
 
     std::string place() const;
     [[noreturn]] void fail(std::string_view expected) const;
+    [[noreturn]] void failBelow(std::string_view path, std::string_view expected) const;
 
+    // visit(node, index) for each element of a list.
     template <typename Visit>
     void forEachElement(Visit visit) const {
         const std::size_t count = arraySize();
         for (std::size_t i = 0; i < count; ++i)
-            visit(element(i), i);
+            visit(JsonNode(value[static_cast<rapidjson::SizeType>(i)], *this, i), i);
     }
     // visit(name, node) for each member of an object.
     template <typename Visit>
     void forEachMember(Visit visit) const {
-        if (!value.is_object()) fail("an object");
-        for (auto item = value.begin(); item != value.end(); ++item) {
-            visit(item.key(), JsonNode(item.value(), *this, item.key().c_str(), 0));
+        if (!value.IsObject()) fail("an object");
+        for (const auto& item : value.GetObject()) {
+            const std::string_view name = textOf(item.name);
+            visit(name, JsonNode(item.value, *this, name));
         }
     }
 
   private:
-    JsonNode(const nlohmann::json& child, const JsonNode& parentNode, const char* name, std::size_t at)
-        : value(child), file(parentNode.file), parent(&parentNode), key(name), index(at) {}
+    Word wordOfText() const;
+    Word wordOfText(Word lowest, Word highest) const;
+    static std::string_view textOf(const JsonValue& text) {
+        return {text.GetString(), text.GetStringLength()};
+    }
 
-    const nlohmann::json& value;
+    const JsonValue& value;
     const std::filesystem::path& file;
     const JsonNode* parent = nullptr;
-    const char* key = nullptr;  // null = element of an array
+    std::string_view key;  // without data: an element of a list
     std::size_t index = 0;
 };
-
-// An upper limit for the values that a JSON number or "0x" text may take; see JsonNode::word.
-std::optional<Word> wordOf(const nlohmann::json& value);
 
 }  // namespace ovno2::simulator

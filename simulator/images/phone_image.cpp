@@ -1,10 +1,10 @@
 #include "simulator/images/phone_image.h"
 
-#include <algorithm>
 #include <limits>
 
 #include "simulator/images/contacts_image.h"
 #include "simulator/images/files_image.h"
+#include "simulator/images/json_text.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -33,13 +33,15 @@ void readVersions(const JsonNode& node, Versions& versions) {
     versions.fileSystem = node.word("fileSystem", versions.fileSystem);
 }
 
-void readOneOf(const JsonNode& sizes, const char* name, Word first, Word second, Word& size) {
-    const std::optional<JsonNode> node = sizes.optionalMember(name);
-    if (!node) return;
-    const Word value = node->word();
-    if (value != first && value != second)
-        node->fail(std::to_string(first) + " or " + std::to_string(second));
-    size = value;
+void readRecordSizes(const JsonNode& node, RecordSizes& sizes) {
+    node.expectMembers({"dataItem", "folder", "calendar", "date"});
+    const auto read = [&](std::string_view name, Word& size) {
+        if (const auto member = node.optionalMember(name)) size = readRecordSize(name, *member);
+    };
+    read("dataItem", sizes.dataItem);
+    read("folder", sizes.folder);
+    read("calendar", sizes.calendar);
+    read("date", sizes.date);
 }
 
 void readRefusals(const JsonNode& node, Phone& phone) {
@@ -50,25 +52,26 @@ void readRefusals(const JsonNode& node, Phone& phone) {
 
 }  // namespace
 
-void readRecordSizes(const JsonNode& node, RecordSizes& sizes) {
-    node.expectMembers({"dataItem", "folder", "calendar", "date"});
-    readOneOf(node, "dataItem", 16, 20, sizes.dataItem);
-    readOneOf(node, "folder", 32, 48, sizes.folder);
-    readOneOf(node, "calendar", 104, 112, sizes.calendar);
-    if (const auto date = node.optionalMember("date")) sizes.date = date->wordBetween(0, 255);
+Word readRecordSize(std::string_view name, const JsonNode& node) {
+    if (name == "date") return node.wordBetween(0, 255);
+    const Word larger = name == "dataItem" ? 20 : name == "folder" ? 48 : 112;
+    const Word smaller = name == "dataItem" ? 16 : name == "folder" ? 32 : 104;
+    const Word value = node.word();
+    if (value != smaller && value != larger)
+        node.fail(std::to_string(smaller) + " or " + std::to_string(larger));
+    return value;
 }
 
 Word readMedium(const JsonNode& node) {
-    const std::string name = node.json().is_string() ? node.utf8() : std::string();
-    if (name == "usb") return library::mediumUsb;
-    if (name == "bluetooth") return library::mediumBluetooth;
-    if (name == "cable") return library::mediumCable;
-    if (name == "infrared") return library::mediumInfrared;
+    if (node.is("usb")) return library::mediumUsb;
+    if (node.is("bluetooth")) return library::mediumBluetooth;
+    if (node.is("cable")) return library::mediumCable;
+    if (node.is("infrared")) return library::mediumInfrared;
     node.fail("\"usb\", \"bluetooth\", \"cable\" or \"infrared\"");
 }
 
 Status readStatus(const JsonNode& node) {
-    const std::optional<Word> status = wordOf(node.json());
+    const std::optional<Word> status = node.optionalWord();
     if (!status || (*status & 0x80000000) == 0)
         node.fail("a status with the top bit set, such as \"0x80100014\"");
     return *status;
@@ -87,7 +90,7 @@ std::shared_ptr<Phone> readIdentity(const JsonNode& root) {
     phone->model = root.optionalText("model");
     phone->manufacturer = root.optionalText("manufacturer");
     phone->typeName = root.optionalText("typeName");
-    if (const auto platform = root.optionalMember("platform"); platform && !platform->json().is_null()) {
+    if (const auto platform = root.optionalMember("platform"); platform && !platform->isNull()) {
         platform->expectMembers({"code", "level"});
         phone->platform = Platform{platform->member("code").word(), platform->member("level").word()};
     }
@@ -99,38 +102,12 @@ std::shared_ptr<Phone> readIdentity(const JsonNode& root) {
 }
 
 std::shared_ptr<Phone> readPhoneImage(const std::filesystem::path& image) {
-    const std::filesystem::path identityFile = image / "phone.json";
-    const nlohmann::json identity = parseJsonFile(identityFile);
-    std::shared_ptr<Phone> phone = readIdentity(JsonNode(identity, identityFile));
+    JsonText identity(image / "phone.json");
+    std::shared_ptr<Phone> phone = readIdentity(identity.parse());
     phone->image = image;
     readContactsImage(*phone);
     readFilesImage(*phone);
     return phone;
-}
-
-std::vector<std::shared_ptr<Phone>> readPhones(const std::filesystem::path& folder,
-                                               std::vector<std::string>& errors) {
-    std::vector<std::filesystem::path> images;
-    std::error_code failed;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, failed)) {
-        if (std::filesystem::exists(entry.path() / "phone.json", failed)) images.push_back(entry.path());
-    }
-    if (failed || !std::filesystem::is_directory(folder)) {
-        errors.push_back(ImageError(folder, "/", "a folder of phone images").what());
-        return {};
-    }
-    std::sort(images.begin(), images.end());
-    std::vector<std::shared_ptr<Phone>> phones;
-    for (const std::filesystem::path& image : images) {
-        try {
-            phones.push_back(readPhoneImage(image));
-        } catch (const std::exception& error) {
-            errors.emplace_back(error.what());
-        }
-    }
-    std::stable_sort(phones.begin(), phones.end(),
-                     [](const auto& left, const auto& right) { return left->order < right->order; });
-    return phones;
 }
 
 }  // namespace ovno2::simulator

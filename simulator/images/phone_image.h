@@ -1,6 +1,6 @@
-// Reading phone images: phone.json with its stores, and whole folders of images.
+// Reading a phone image: phone.json with its stores.
 //
-// No state. A damaged image is an ImageError; readPhones collects them and goes on with the next image.
+// No state. A damaged image is an ImageError.
 #pragma once
 
 #include <memory>
@@ -18,13 +18,8 @@ std::shared_ptr<Phone> readPhoneImage(const std::filesystem::path& image);
 // The identity part alone, as phone.json or a test gives it.
 std::shared_ptr<Phone> readIdentity(const JsonNode& root);
 
-// The images below a phones folder in the order the phones are reported; what is wrong with the others goes
-// to `errors`, one line each.
-std::vector<std::shared_ptr<Phone>> readPhones(const std::filesystem::path& folder,
-                                               std::vector<std::string>& errors);
-
-// "recordSizes" of phone.json; members that are absent keep their value.
-void readRecordSizes(const JsonNode& node, RecordSizes& sizes);
+// The value of "recordSizes"' member `name`, which must be one that the record can have.
+Word readRecordSize(std::string_view name, const JsonNode& node);
 
 // "usb", "bluetooth", "cable" or "infrared".
 Word readMedium(const JsonNode& node);

@@ -1,27 +1,20 @@
 #include "simulator/images/surroundings_image.h"
 
+#include "simulator/images/json_text.h"
+#include "simulator/images/json_writer.h"
 #include "simulator/images/phone_image.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr const char* reachNames[] = {"always", "afterSearch", "never"};
 
 FoundDevice::Reach readReach(const JsonNode& node) {
-    const std::string name = node.json().is_string() ? node.utf8() : std::string();
     for (std::size_t i = 0; i < std::size(reachNames); ++i) {
-        if (name == reachNames[i]) return static_cast<FoundDevice::Reach>(i);
+        if (node.is(reachNames[i])) return static_cast<FoundDevice::Reach>(i);
     }
     node.fail("\"always\", \"afterSearch\" or \"never\"");
-}
-
-bool optionalFlag(const JsonNode& node, const char* name) {
-    const auto child = node.optionalMember(name);
-    return child && child->boolean();
 }
 
 }  // namespace
@@ -40,8 +33,8 @@ std::vector<FoundDevice> readBluetooth(const JsonNode& root) {
         device.state = node.word("state", 0);
         device.passkey = node.optionalText("passkey");
         if (const auto reach = node.optionalMember("reach")) device.reach = readReach(*reach);
-        device.paired = optionalFlag(node, "paired");
-        device.trusted = optionalFlag(node, "trusted");
+        device.paired = node.flag("paired", false);
+        device.trusted = node.flag("trusted", false);
         found.push_back(std::move(device));
     });
     return found;
@@ -57,53 +50,50 @@ std::vector<Medium> readMedia(const JsonNode& root) {
         medium.medium = readMedium(node.member("medium"));
         medium.description = node.optionalText("description").value_or(u"");
         const JsonNode state = node.member("state");
-        const std::string name = state.json().is_string() ? state.utf8() : std::string();
-        if (name != "on" && name != "off") state.fail("\"on\" or \"off\"");
-        medium.on = name == "on";
+        medium.on = state.is("on");
+        if (!medium.on && !state.is("off")) state.fail("\"on\" or \"off\"");
         media.push_back(std::move(medium));
     });
     return media;
-}
-
-std::vector<Medium> allMediaOn() {
-    return {{library::mediumInfrared, u"Infrared", true},
-            {library::mediumCable, u"Serial cable", true},
-            {library::mediumBluetooth, u"Bluetooth", true},
-            {library::mediumUsb, u"USB", true}};
 }
 
 std::vector<FoundDevice> readBluetooth(const std::filesystem::path& folder) {
     const std::filesystem::path file = folder / "bluetooth.json";
     std::error_code failed;
     if (!std::filesystem::exists(file, failed)) return {};
-    const nlohmann::json text = parseJsonFile(file);
-    return readBluetooth(JsonNode(text, file));
+    return readBluetooth(JsonText(file).parse());
 }
 
 std::vector<Medium> readMedia(const std::filesystem::path& folder) {
     const std::filesystem::path file = folder / "media.json";
     std::error_code failed;
     if (!std::filesystem::exists(file, failed)) return allMediaOn();
-    const nlohmann::json text = parseJsonFile(file);
-    return readMedia(JsonNode(text, file));
+    return readMedia(JsonText(file).parse());
 }
 
 void writeBluetooth(const std::filesystem::path& folder, const std::vector<FoundDevice>& found) {
-    Json list = Json::array();
+    PrettyJsonWriter writer;
+    writer.StartObject();
+    writer.member("format", 1);
+    writer.Key("found");
+    writer.StartArray();
     for (const FoundDevice& device : found) {
-        Json node = {{"deviceNumber", device.deviceNumber},
-                     {"deviceName", toUtf8(device.deviceName)},
-                     {"address", toUtf8(device.address)},
-                     {"state", device.state},
-                     {"reach", reachNames[static_cast<std::size_t>(device.reach)]},
-                     {"paired", device.paired},
-                     {"trusted", device.trusted}};
-        if (device.passkey) node["passkey"] = toUtf8(*device.passkey);
-        list.push_back(std::move(node));
+        writer.StartObject();
+        writer.member("deviceNumber", device.deviceNumber);
+        writer.member("deviceName", device.deviceName);
+        writer.member("address", device.address);
+        writer.member("state", device.state);
+        writer.member("reach", reachNames[static_cast<std::size_t>(device.reach)]);
+        writer.member("paired", device.paired);
+        writer.member("trusted", device.trusted);
+        if (device.passkey) writer.member("passkey", *device.passkey);
+        writer.EndObject();
     }
-    const Json root = {{"format", 1}, {"found", std::move(list)}};
+    writer.EndArray();
+    writer.EndObject();
     const std::filesystem::path incoming = folder / ".incoming-bluetooth.json";
-    system::writeDurably(incoming, root.dump(2) + "\n");
+    writer.layout("\n");
+    system::writeDurably(incoming, writer.text());
     system::replaceDurably(incoming, folder / "bluetooth.json");
 }
 

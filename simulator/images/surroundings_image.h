@@ -12,7 +12,6 @@ namespace ovno2::simulator {
 // Without the file: nothing is found, all four media are on.
 std::vector<FoundDevice> readBluetooth(const std::filesystem::path& folder);
 std::vector<Medium> readMedia(const std::filesystem::path& folder);
-std::vector<Medium> allMediaOn();
 
 // From the parsed file, for tests that build a world in memory.
 std::vector<FoundDevice> readBluetooth(const JsonNode& root);

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "simulator/base/text.h"
 #include "simulator/memory/low_memory.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 

@@ -6,9 +6,7 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <list>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,9 +14,11 @@
 #include <vector>
 
 #include "simulator/memory/low_memory.h"
-#include "simulator/world/phone.h"
 
 namespace ovno2::simulator {
+
+using library::Status;
+using library::Word;
 
 // The n-th call of a function, counted from when the fault was planned, or every call from the n-th on.
 struct Occasion {

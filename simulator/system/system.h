@@ -23,6 +23,9 @@ inline constexpr std::size_t pageUnit = 65536;
 void* takePages(std::size_t bytes);
 void givePages(void* pages, std::size_t bytes);
 
+// For memory of any kind that is filled in one go: it comes in large pages where the system has them.
+void preferLargePages(void* memory, std::size_t bytes);
+
 // Takes the pages' access away: reading them faults from now on.
 void protectPages(void* pages, std::size_t bytes);
 

@@ -74,12 +74,19 @@ void* takePages(std::size_t bytes) {
                                    MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE, -1, 0);
         if (pages == wanted) {
             cursor += bytes;
-            if (bytes >= hugePage) ::madvise(pages, bytes, MADV_HUGEPAGE);  // a file is filled in one go
+            preferLargePages(pages, bytes);
             return pages;
         }
         if (pages != MAP_FAILED) ::munmap(pages, bytes);
         cursor += pageUnit;
     }
+}
+
+void preferLargePages(void* memory, std::size_t bytes) {
+    const auto start = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t first = (start + hugePage - 1) / hugePage * hugePage;
+    const std::uintptr_t end = (start + bytes) / hugePage * hugePage;
+    if (first < end) ::madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
 }
 
 void givePages(void* pages, std::size_t bytes) {

@@ -50,6 +50,8 @@ void givePages(void* pages, std::size_t) {
     ::VirtualFree(pages, 0, MEM_RELEASE);
 }
 
+void preferLargePages(void*, std::size_t) {}
+
 void protectPages(void* pages, std::size_t bytes) {
     DWORD old = 0;
     ::VirtualProtect(pages, bytes, PAGE_NOACCESS, &old);

@@ -1,6 +1,7 @@
 #include "simulator/world/contact.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace ovno2::simulator {
 
@@ -11,15 +12,16 @@ Contact::TextPlace Contact::addText(std::u16string_view text) {
     return place;
 }
 
-bool Contact::arrange() {
-    const auto byPair = [](const Field& left, const Field& right) { return left.pair < right.pair; };
-    if (!std::is_sorted(fields.begin(), fields.end(), byPair)) {
-        std::stable_sort(fields.begin(), fields.end(), byPair);
-    }
-    std::array<std::size_t, pairCount> counts{};
-    for (const Field& field : fields)
-        ++counts[field.pair];
-    return *std::max_element(counts.begin(), counts.end()) <= mostItemsPerPair;
+bool Contact::arrange(const std::vector<Field>& unsorted) {
+    fieldCounts = {};
+    for (const Field& field : unsorted)
+        ++fieldCounts[field.pair];
+    std::array<Word, pairCount> next{};
+    std::exclusive_scan(fieldCounts.begin(), fieldCounts.end(), next.begin(), Word{0});
+    fields.resize(unsorted.size());
+    for (const Field& field : unsorted)
+        fields[next[field.pair]++] = field;
+    return *std::max_element(fieldCounts.begin(), fieldCounts.end()) <= mostItemsPerPair;
 }
 
 std::uint8_t defaultPair(Word fieldId) {

@@ -50,8 +50,9 @@ struct Contact {
     std::string uid;
     Word position = 0;
     Word folderId = 0;
-    std::vector<Field> fields;  // sorted by pair, the phone's order within each
-    std::u16string texts;       // every text with its terminator
+    std::vector<Field> fields;                  // sorted by pair, the phone's order within each
+    std::array<Word, pairCount> fieldCounts{};  // of each pair
+    std::u16string texts;                       // every text with its terminator
     std::vector<Date> dates;
     std::vector<Picture> pictures;
     std::vector<AddressWords> addresses;
@@ -59,8 +60,8 @@ struct Contact {
     TextPlace addText(std::u16string_view text);
     std::u16string_view textAt(TextPlace place) const { return texts.c_str() + place; }
 
-    // Sorts the fields by pair; false when a pair holds more than mostItemsPerPair.
-    bool arrange();
+    // Takes the fields, pair by pair; false when a pair holds more than mostItemsPerPair.
+    bool arrange(const std::vector<Field>& unsorted);
 };
 
 // The pair (and, plus 1, the group) that a field id belongs to by default.

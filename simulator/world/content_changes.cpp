@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "simulator/refused.h"
+#include "simulator/base/refused.h"
 
 namespace ovno2::simulator {
 namespace {

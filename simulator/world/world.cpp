@@ -2,13 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <iostream>
-
-#include "simulator/images/phone_image.h"
-#include "simulator/images/surroundings_image.h"
-#include "simulator/instruments/control_commands.h"
-#include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -20,51 +13,6 @@ unsigned long threadNumber() {
     return own;
 }
 
-std::filesystem::path pathOf(const std::string& utf8) {
-    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
-void loadDefaultPhones(World& world) {
-    const std::optional<std::string> list = system::environment("OVNO2_PHONES");
-    if (!list) {
-        const std::filesystem::path beside = system::libraryFolder() / "phones";
-        std::error_code ignored;
-        if (std::filesystem::is_directory(beside, ignored)) world.load(beside);
-        return;
-    }
-    for (std::size_t at = 0; at < list->size();) {
-        const std::size_t end = std::min(list->find(system::pathListSeparator, at), list->size());
-        if (end > at) world.load(pathOf(list->substr(at, end - at)));
-        at = end + 1;
-    }
-}
-
-// A plan from a file: one command of the control interface, or a list of them.
-void runPlanFile(World& world, const std::filesystem::path& file) {
-    try {
-        const nlohmann::json plan = parseJsonFile(file);
-        const nlohmann::json commands = plan.is_array() ? plan : nlohmann::json::array({plan});
-        for (const nlohmann::json& command : commands) {
-            const nlohmann::json answer = runCommand(world, command);
-            if (answer.contains("error")) world.imageErrors.push_back(answer["error"].get<std::string>());
-        }
-    } catch (const std::exception& error) {
-        world.imageErrors.emplace_back(error.what());
-    }
-}
-
-World* begin() {
-    auto* const world = new World;  // lives as long as the process: other libraries call it while they unload
-    loadDefaultPhones(*world);
-    if (const auto plan = system::environment("OVNO2_SIMULATOR_PLAN")) runPlanFile(*world, pathOf(*plan));
-    if (const auto journal = system::environment("OVNO2_JOURNAL")) world->journal.writeTo(pathOf(*journal));
-    if (system::environment("OVNO2_PHONES_VERBOSE")) {
-        for (const std::string& error : world->imageErrors)
-            std::cerr << error << '\n';
-    }
-    return world;
-}
-
 }  // namespace
 
 const char* nameOf(Group group) {
@@ -73,9 +21,11 @@ const char* nameOf(Group group) {
     return names[static_cast<std::size_t>(group)];
 }
 
-World& theWorld() {
-    static World& world = *begin();
-    return world;
+std::vector<Medium> allMediaOn() {
+    return {{library::mediumInfrared, u"Infrared", true},
+            {library::mediumCable, u"Serial cable", true},
+            {library::mediumBluetooth, u"Bluetooth", true},
+            {library::mediumUsb, u"USB", true}};
 }
 
 World::World() : media(allMediaOn()) {}
@@ -94,24 +44,6 @@ void World::reset() {
     releasedParts.clear();
     startedByThread.clear();
     memory.releaseAll();
-}
-
-void World::load(const std::filesystem::path& folder) {
-    for (const auto& phone : readPhones(folder, imageErrors)) {
-        if (!add(phone)) {
-            imageErrors.emplace_back(ImageError(phone->image / "phone.json", "/serialNumber",
-                                                "a serial number that no other phone has")
-                                         .what());
-        }
-    }
-    if (!phonesFolder.empty()) return;
-    phonesFolder = folder;
-    try {
-        found = readBluetooth(folder);
-        media = readMedia(folder);
-    } catch (const std::exception& error) {
-        imageErrors.emplace_back(error.what());
-    }
 }
 
 bool World::add(std::shared_ptr<Phone> phone) {

@@ -1,4 +1,4 @@
-// The one world of phones of this process, which both libraries answer from.
+// A world of phones: what both libraries answer from.
 //
 // Owns everything else: the phones, the media, the memory handed out, the sessions, the journal and the plan.
 // One lock guards all of it; a call of the library holds it from beginning to end (calls/serve.h). What a
@@ -30,6 +30,7 @@ struct Medium {
     std::u16string description;
     bool on = true;
 };
+std::vector<Medium> allMediaOn();
 
 // A device that a Bluetooth search finds.
 struct FoundDevice {
@@ -70,9 +71,6 @@ class World {
     // An empty world: no phones, no sessions, nothing handed out, no plan, the journal off.
     void reset();
 
-    // Adds the images of a phones folder. What is wrong goes to `imageErrors`.
-    void load(const std::filesystem::path& folder);
-
     // Adds a phone behind those that are reported before it; false when its serial number is there already.
     bool add(std::shared_ptr<Phone> phone);
 
@@ -97,9 +95,5 @@ class World {
   private:
     std::map<unsigned long, std::array<unsigned, groups>> startedByThread;
 };
-
-// The world, begun at the first call: phones from OVNO2_PHONES or the folder "phones" beside the library, the
-// plan from OVNO2_SIMULATOR_PLAN, the journal to OVNO2_JOURNAL.
-World& theWorld();
 
 }  // namespace ovno2::simulator

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "common/machine_test.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 #ifndef _WIN32
 #include "platform/portable/libraries.h"

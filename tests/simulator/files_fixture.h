@@ -17,8 +17,8 @@ class Files : public World {
         folder.write("one/files/C/note.txt", "note");
         folder.write("one/files/E/empty.bin", "");
         folder.write("one/files.json", R"({"format": 1,
-            "drives": {"C": {"label": "Phone memory", "memoryType": "internal", "capacity": 100}},
-            "readOnly": ["C/System/fixed.cfg"], "attributes": {"C/Images": "0x2000"},
+            "drives": {"C": {"capacity": 100}},
+            "emptyFolders": ["C/Games/Old", "E/Empty"], "readOnly": ["C/System/fixed.cfg"], "attributes": {"C/Images": "0x2000"},
             "times": {"C/Images/beach.jpg": "2008-07-19T16:04:11Z", "C/note.txt": "1999-12-31T23:59:59Z"},
             "nameLength": 20})");
         open();

@@ -44,19 +44,21 @@ TEST_F(Images, ADamagedImageIsLeftOutWithFilePlaceAndWhatWasExpected) {
         {"phone.json", "{\n  \"format\": 1,\n  oops", "line 3 column 3", "JSON text"},
         {"phone.json", "[]", ": /:", "an object"},
         {"phone.json", R"({"format": 2, "connections": []})", "/format", "format 1"},
-        {"phone.json", R"({"format": 1})", ": /:", "a member \"connections\""},
         {"phone.json", R"({"format": 1, "connections": []})", "/connections", "at least one"},
         {"phone.json", R"({"format": 1, "connections": [{"medium": "air"}]})", "/connections/0/medium",
          "\"usb\""},
         {"phone.json", phoneWith(R"("serialNumber": 5)"), "/serialNumber", "a text or null"},
         {"phone.json", phoneWith(R"("seralNumber": "5")"), "/seralNumber", "no member of this name"},
         {"phone.json", phoneWith(R"("platform": {"code": "20", "level": 1})"), "/platform/code", "\"0x20\""},
-        {"phone.json", phoneWith(R"("platform": {"code": -1, "level": 1})"), "/platform/code", "4294967295"},
         {"phone.json", phoneWith(R"("recordSizes": {"dataItem": 18})"), "/recordSizes/dataItem", "16 or 20"},
         {"phone.json", phoneWith(R"("recordSizes": {"date": 256})"), "/recordSizes/date", "0 to 255"},
         {"phone.json", phoneWith(R"("refuses": {"content": 5})"), "/refuses/content", "top bit"},
         {"contacts.json", "{\"format\": 1,\n\"contacts\": [}", "line 2", "JSON text"},
         {"contacts.json", bookWith("[]") + std::string("\n\0x", 3), "column 1", "JSON text"},
+        {"contacts.json", bookWith("[]") + ",", "line 1", "JSON text"},
+        {"contacts.json", "{\"format\": \"\\n\\n\",\n oops", "line 2 column 2", "JSON text"},
+        {"contacts.json", bookWith(std::string(100000, '[')), "line 1", "less deep nesting"},
+        {"phone.json", std::string(100000, '['), "line 1", "less deep nesting"},
         {"contacts.json", "7", ": /:", "an object"},
         {"contacts.json", R"({"format": 1, "contacts": []})", ": /:", "\"folder\""},
         {"contacts.json", R"({"folder": {"id": 1}, "contacts": []})", ": /:", "format 1"},
@@ -123,59 +125,36 @@ TEST_F(Images, AnyCutOffOrAlteredPhoneBookIsReadOrRefusedButNeverBreaksTheWorld)
 }
 
 TEST_F(Images, PhonesComeByTheirOrderAndASerialNumberBelongsToOne) {
-    const auto phone = [&](const char* folder, const char* serial, const char* order) {
-        phones.write(std::string(folder) + "/phone.json",
-                     phoneWith(std::string(R"("serialNumber": ")") + serial + "\"" + order));
-    };
-    phone("a", "4", "");
-    phone("b", "3", "");
-    phone("c", "2", R"(, "order": 2)");
-    phone("d", "1", R"(, "order": 1)");
-    phone("e", "4", "");
+    const std::pair<const char*, const char*> phoneFiles[] = {{"a", R"("serialNumber": "4")"},
+                                                              {"b", R"("serialNumber": "3")"},
+                                                              {"c", R"("serialNumber": "2", "order": 2)"},
+                                                              {"d", R"("serialNumber": "1", "order": 1)"},
+                                                              {"e", R"("serialNumber": "4")"}};
+    for (const auto& [name, members] : phoneFiles)
+        phones.write(std::string(name) + "/phone.json", phoneWith(members));
     phones.write("notes/readme.txt", "not an image");
     EXPECT_THAT(load(), ElementsAre(HasSubstr("no other phone")));
-    std::vector<std::string> serials;
+    std::string serials;
     const Json listed = control.run("phones");
     for (const Json& one : listed["phones"])
-        serials.push_back(one["serial"]);
-    EXPECT_THAT(serials, ElementsAre("1", "2", "4", "3"));
+        serials += one["serial"];
+    EXPECT_EQ(serials, "1243");
 }
 
 TEST_F(Images, EveryTextSurvivesFromTheImageToTheReader) {
-    const std::vector<std::string> texts = {"Zażółć gęślą jaźń", "Θάλασσα", "Шахматы", "海边",  "صورة",
-                                            "a\nb\tc\r\n",       "😀",       "\"\\/",   "\u0001"};
+    const std::vector<std::string> texts = {"Zażółć gęślą jaźń", "海边😀", "Maximilian Mustermann é",
+                                            "a\nb\t\"\\/\u0001"};
     Json fields = Json::array();
     for (const std::string& text : texts)
         fields.push_back({{"id", 2}, {"text", text}});
     phones.write("one/phone.json", phoneWith(std::string(R"("serialNumber": ")") + annasSerial + "\""));
-    phones.write("one/contacts.json", bookWith(Json::array({{{"uid", "01"}, {"fields", fields}}}).dump()));
+    phones.write("one/contacts.json",
+                 "\xEF\xBB\xBF" + bookWith(Json::array({{{"uid", "01"}, {"fields", fields}}}).dump()));
     ASSERT_THAT(load(), IsEmpty());
     ContentSession session;
     EXPECT_THAT(session.texts(session.ids()[0]),
-                ElementsAre(u"2=Zażółć gęślą jaźń", u"2=Θάλασσα", u"2=Шахматы", u"2=海边", u"2=صورة",
-                            u"2=a\nb\tc\r\n", u"2=😀", u"2=\"\\/", u"2=\u0001"));
-}
-
-TEST_F(Images, APictureIsReadWhenItsContactIs) {
-    phones.write("one/phone.json", phoneWith(std::string(R"("serialNumber": ")") + annasSerial + "\""));
-    phones.write("one/pictures/a.jpg", "first");
-    phones.write("one/contacts.json",
-                 fieldWith(R"("id": 10, "picture": {"format": "JPEG", "file": "pictures/a.jpg"})"));
-    ASSERT_THAT(load(), IsEmpty());
-    phones.write("one/pictures/a.jpg", "changed since");
-    ContentSession session;
-    ContactRecord contact;
-    ASSERT_EQ(session.read(session.ids()[0], contact), statusOk);
-    const auto item = recordAt<DataItemRecord>(contact.a.items + sizeof(DataItemRecord));
-    const auto picture = recordAt<PictureRecord>(item.value);
-    EXPECT_EQ(picture.size, 16U);
-    EXPECT_EQ(textAt(picture.format), u"JPEG");
-    const auto* const bytes = reinterpret_cast<const char*>(static_cast<std::uintptr_t>(picture.bytes));
-    EXPECT_EQ(std::string(bytes, picture.byteCount), "changed since");
-    session.free(contact);
-
-    std::filesystem::remove(phones.path / "one/pictures/a.jpg");
-    EXPECT_NE(session.read(session.ids()[0], contact), statusOk);
+                ElementsAre(u"2=Zażółć gęślą jaźń", u"2=海边😀", u"2=Maximilian Mustermann é",
+                            u"2=a\nb\t\"\\/\u0001"));
 }
 
 }  // namespace

@@ -1,26 +1,15 @@
 #include "simulator/library.h"
 
-#include <cerrno>
+#include <dlfcn.h>
 #include <fstream>
 #include <random>
-
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
 
 namespace simulator_tests {
 
 void* symbol(const char* library, const char* name) {
     const std::filesystem::path folder(OVNO2_SIMULATOR_FOLDER);
-#if defined(_WIN32)
-    HMODULE const opened = ::LoadLibraryW((folder / (std::string(library) + ".dll")).c_str());
-    void* const found = opened == nullptr ? nullptr : reinterpret_cast<void*>(::GetProcAddress(opened, name));
-#else
     void* const opened = ::dlopen((folder / ("lib" + std::string(library) + ".so")).c_str(), RTLD_NOW);
     void* const found = opened == nullptr ? nullptr : ::dlsym(opened, name);
-#endif
     EXPECT_NE(found, nullptr) << name;
     return found;
 }
@@ -39,27 +28,10 @@ TemporaryFolder::~TemporaryFolder() {
 
 std::filesystem::path TemporaryFolder::write(const std::string& name, const std::string& content) const {
     std::filesystem::path file = path / std::u8string(name.begin(), name.end());
-    file.make_preferred();
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << content;
     return file;
 }
-
-#if defined(_WIN32)
-unsigned long lastError() {
-    return ::GetLastError();
-}
-void clearLastError() {
-    ::SetLastError(0);
-}
-#else
-unsigned long lastError() {
-    return static_cast<unsigned long>(errno);
-}
-void clearLastError() {
-    errno = 0;
-}
-#endif
 
 std::string fileContent(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);

@@ -12,7 +12,7 @@
 
 #include "library/library_calls.h"
 #include "simulator/calls/exports.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 namespace simulator_tests {
 
@@ -69,10 +69,6 @@ class TemporaryFolder {
 
     std::filesystem::path path;
 };
-
-// The platform's last error as a caller sees it.
-unsigned long lastError();
-void clearLastError();
 
 std::string fileContent(const std::filesystem::path& file);
 

@@ -14,7 +14,7 @@
 
 #include "com/interface.h"
 #include "host/com_client.h"
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 namespace ovno2::windows_tests {
 

@@ -1,12 +1,12 @@
-#include "simulator/world/file_store.h"
+#include "simulator/images/file_store.h"
 
 #include <algorithm>
 #include <chrono>
 
+#include "simulator/base/refused.h"
+#include "simulator/base/text.h"
 #include "simulator/images/files_image.h"
-#include "simulator/refused.h"
 #include "simulator/system/system.h"
-#include "simulator/text.h"
 
 namespace ovno2::simulator {
 namespace {

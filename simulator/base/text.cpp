@@ -1,6 +1,8 @@
-#include "simulator/text.h"
+#include "simulator/base/text.h"
 
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 
 namespace ovno2::simulator {
 namespace {
@@ -9,6 +11,32 @@ constexpr char32_t replacement = 0xFFFD;
 
 bool continues(std::string_view text, std::size_t at) {
     return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
+}
+
+constexpr std::size_t blockBytes = sizeof(std::uint64_t);
+
+// Widens a block of ASCII characters; false when it is not all ASCII.
+bool widenBlock(const char* text, char16_t* out) {
+    std::uint64_t block = 0;
+    std::memcpy(&block, text, blockBytes);
+    if ((block & 0x8080808080808080) != 0) return false;
+    for (std::size_t i = 0; i < blockBytes; ++i)
+        out[i] = static_cast<unsigned char>(text[i]);
+    return true;
+}
+
+// Widens the ASCII characters at the front, by blocks while they last; returns how many. Nearly all text is
+// ASCII.
+std::size_t widenAscii(const char* text, std::size_t size, char16_t* out) {
+    std::size_t done = 0;
+    while (done + blockBytes <= size && widenBlock(text + done, out + done))
+        done += blockBytes;
+    // The last block may overlap the one before.
+    const std::size_t last = size - blockBytes;
+    if (size >= blockBytes && done > last && widenBlock(text + last, out + last)) return size;
+    for (; done < size && static_cast<unsigned char>(text[done]) < 0x80; ++done)
+        out[done] = static_cast<unsigned char>(text[done]);
+    return done;
 }
 
 // The code point at `at`, which moves behind it.
@@ -45,12 +73,12 @@ void appendUtf8(std::string& text, char32_t point) {
 
 }  // namespace
 
-bool appendUtf16(std::u16string& text, std::string_view utf8) {
-    bool valid = true;
-    const std::size_t start = text.size();
-    text.resize(start + utf8.size());  // a character has at least as many bytes as units
-    char16_t* out = text.data() + start;
-    for (std::size_t at = 0; at < utf8.size();) {
+char16_t* widenUtf8(std::string_view utf8, char16_t* out, bool& valid) {
+    for (std::size_t at = 0;;) {
+        const std::size_t plain = widenAscii(utf8.data() + at, utf8.size() - at, out);
+        out += plain;
+        at += plain;
+        if (at == utf8.size()) return out;
         const char32_t point = nextFromUtf8(utf8, at, valid);
         if (point < 0x10000) {
             *out++ = static_cast<char16_t>(point);
@@ -59,7 +87,14 @@ bool appendUtf16(std::u16string& text, std::string_view utf8) {
             *out++ = static_cast<char16_t>(0xDC00 + (point & 0x3FF));
         }
     }
-    text.resize(static_cast<std::size_t>(out - text.data()));
+}
+
+bool appendUtf16(std::u16string& text, std::string_view utf8) {
+    bool valid = true;
+    const std::size_t start = text.size();
+    text.resize(start + utf8.size());
+    const char16_t* const end = widenUtf8(utf8, text.data() + start, valid);
+    text.resize(static_cast<std::size_t>(end - text.data()));
     return valid;
 }
 

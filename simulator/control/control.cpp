@@ -1,4 +1,4 @@
-#include "simulator/control.h"
+#include "simulator/control/control.h"
 
 #include <stdexcept>
 

@@ -1,6 +1,6 @@
-#include "simulator/instruments/synthetic.h"
+#include "simulator/commands/synthetic.h"
 
-#include "simulator/text.h"
+#include "simulator/base/text.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -47,12 +47,13 @@ std::shared_ptr<ContactStore> syntheticContacts(std::size_t count, std::size_t f
     store->root = {1, u"Contacts", u"predefContacts", {}};
     store->contacts.reserve(count);
     store->byUid.reserve(count);
+    std::vector<Contact::Field> unsorted;
     for (std::size_t i = 1; i <= count; ++i) {
         auto contact = std::make_shared<Contact>();
+        unsorted.clear();
         contact->uid = uidOf(i);
         contact->position = static_cast<Word>(i);
         contact->folderId = store->root.id;
-        contact->fields.reserve(fields);
         for (std::size_t f = 0; f < fields; ++f) {
             const Sample& sample = samples[f % std::size(samples)];
             Contact::Field field;
@@ -70,9 +71,9 @@ std::shared_ptr<ContactStore> syntheticContacts(std::size_t count, std::size_t f
             } else {
                 field.value = contact->addText(toUtf16(sample.text + std::to_string(i)));
             }
-            contact->fields.push_back(field);
+            unsorted.push_back(field);
         }
-        contact->arrange();
+        contact->arrange(unsorted);
         contact->texts.shrink_to_fit();
         store->add(std::move(contact));
     }

@@ -1,7 +1,7 @@
 // Ends a call of the library with a status.
 #pragma once
 
-#include "simulator/status.h"
+#include "simulator/base/status.h"
 
 namespace ovno2::simulator {
 
