@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "host/command_output.h"
-#include "host/display_width.h"
-#include "support/utf8.h"
+#include "host/output/command_output.h"
+#include "host/output/display_width.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "host/display_width.h"
 #include "host/files/transfer_progress.h"
-#include "support/utf8.h"
+#include "host/output/display_width.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

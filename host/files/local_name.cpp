@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "support/utf8.h"
-#include "support/values.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

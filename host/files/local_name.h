@@ -14,7 +14,7 @@
 
 #include <map>
 
-#include "platform/types.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -2,9 +2,9 @@
 
 #include "frame/log/viewer_channel.h"
 #include "frame/registry/registry_access.h"
+#include "host/output/text.h"
 #include "support/current_platform.h"
 #include "support/log_front.h"
-#include "support/values.h"
 
 namespace ovno2::host {
 

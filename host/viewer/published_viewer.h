@@ -8,7 +8,7 @@
 #include <array>
 #include <optional>
 
-#include "platform/types.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -10,8 +10,9 @@
 #include <unistd.h>
 #include <utility>
 
-#include "host/console.h"
-#include "host/exit_status.h"
+#include "host/output/console.h"
+#include "host/output/exit_status.h"
+#include "host/output/text.h"
 #include "host/viewer/log_receiver.h"
 #include "host/viewer/routine_filter.h"
 #include "host/viewer/window.h"
@@ -19,7 +20,6 @@
 #include "platform/portable/spawn.h"
 #include "platform/portable/window_endpoint.h"
 #include "support/current_platform.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

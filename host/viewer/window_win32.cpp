@@ -7,12 +7,12 @@
 #include <commdlg.h>
 // clang-format on
 
-#include "host/console.h"
-#include "host/exit_status.h"
+#include "host/output/console.h"
+#include "host/output/exit_status.h"
+#include "host/output/text.h"
 #include "host/viewer/log_receiver.h"
 #include "host/viewer/routine_filter.h"
 #include "host/viewer/window.h"
-#include "support/utf8.h"
 
 namespace ovno2::host {
 

@@ -1,10 +1,10 @@
-#include "host/contact_output.h"
+#include "host/contacts/contact_output.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <set>
 
-#include "host/field_table.h"
+#include "host/contacts/field_table.h"
 #include "support/values.h"
 
 namespace ovno2::host {

@@ -1,11 +1,11 @@
 // The parts of `ovphone files` that decide by themselves: names, paths and the progress line.
 #include <gtest/gtest.h>
 
-#include "host/command_output.h"
 #include "host/files/download.h"
 #include "host/files/local_name.h"
 #include "host/files/phone_path.h"
 #include "host/files/transfer_progress.h"
+#include "host/output/command_output.h"
 #include "support/utf8.h"
 
 namespace ovno2::host {

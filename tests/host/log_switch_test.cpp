@@ -1,4 +1,4 @@
-#include "host/log_switch.h"
+#include "host/log/log_switch.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

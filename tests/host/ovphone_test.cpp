@@ -1,7 +1,7 @@
 // The program as its user starts it, on the bundled phones.
 #include <sstream>
 
-#include "host/display_width.h"
+#include "host/output/display_width.h"
 #include "host/ovphone_fixture.h"
 #include "support/utf8.h"
 

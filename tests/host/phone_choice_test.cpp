@@ -1,9 +1,9 @@
-#include "host/phone_choice.h"
+#include "host/phones/phone_choice.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/result_messages.h"
+#include "host/driver/result_messages.h"
 
 namespace ovno2::host {
 

@@ -1,8 +1,8 @@
-#include "host/table.h"
+#include "host/output/table.h"
 
 #include <gtest/gtest.h>
 
-#include "host/display_width.h"
+#include "host/output/display_width.h"
 #include "support/utf8.h"
 
 namespace ovno2::host {
