@@ -2,3 +2,9 @@
 #pragma once
 
 #include "host/driver/com_client.h"
+
+namespace ovno2::host {
+
+using TextVariable = Bstr;
+
+}  // namespace ovno2::host

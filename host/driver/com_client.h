@@ -21,22 +21,6 @@ inline Text textOf(BSTR text) {
     return Text(com::viewOf(text));
 }
 
-// A variable for a by-reference text.
-class TextVariable {
-  public:
-    TextVariable() = default;
-    explicit TextVariable(TextView text) : text_(com::newBstr(text)) {}
-    ~TextVariable() { SysFreeString(text_); }
-    TextVariable(const TextVariable&) = delete;
-    TextVariable& operator=(const TextVariable&) = delete;
-    BSTR* address() { return &text_; }
-    BSTR get() const { return text_; }
-    Text text() const { return textOf(text_); }
-
-  private:
-    BSTR text_ = nullptr;
-};
-
 // A one-dimensional array of BSTR, of 32-bit numbers or of records in memory; null is one without elements.
 template <class Slot>
 std::span<Slot> slotsOf(const OwnedSafeArray& array) {

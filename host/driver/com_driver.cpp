@@ -50,7 +50,7 @@ class ComDriver : public PhoneDriver {
                       const std::function<void(Long)>& progress, std::vector<Contact>& contacts) override {
         LONG on = 1;
         module_->put_GetAllFields_(&on);
-        TextVariable model(phone.model), serial(phone.serial), phonebook;
+        Bstr model(phone.model), serial(phone.serial), phonebook;
         module_->put_PhoneModel_(model.address());
         OwnedSafeArray items, groups;
         OwnedSafeArray table(newTable(fields));
@@ -73,7 +73,7 @@ class ComDriver : public PhoneDriver {
 
     Long listFolder(const ListedPhone& phone, const Text& folder,
                     std::vector<FolderEntry>& entries) override {
-        TextVariable model(phone.model);
+        Bstr model(phone.model);
         const Bstr path(folder);
         OwnedSafeArray items;
         LONG result = -1;
@@ -111,7 +111,7 @@ class ComDriver : public PhoneDriver {
     template <class Member, class... Texts>
     Long withTexts(Member member, const Texts&... texts) {
         LONG result = -1;
-        (module_.operator->()->*member)(TextVariable(texts).address()..., &result);
+        (module_.operator->()->*member)(Bstr(texts).address()..., &result);
         return static_cast<Long>(result);
     }
 
