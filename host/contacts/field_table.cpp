@@ -83,29 +83,19 @@ TextTable fieldDefinitions() {
     return TextTable(std::move(cells), std::size(rows) + 1, columns);
 }
 
-std::vector<TextView> splitValues(TextView fieldValues) {
-    std::vector<TextView> values(std::size(rows));
-    // What stands before the first tab belongs to the heading.
-    std::size_t start = fieldValues.find(u'\t');
-    for (std::size_t i = 0; i < values.size() && start != TextView::npos; ++i) {
-        const std::size_t end = fieldValues.find(u'\t', start + 1);
-        values[i] = fieldValues.substr(start + 1, end == TextView::npos ? end : end - start - 1);
-        start = end;
-    }
-    return values;
+Text decodedValue(TextView value) {
+    return replaceAll(value, u"\\t", u"\t");
 }
 
-Text decodedValue(Long code, TextView value) {
-    return code == code::picture ? Text(value) : replaceAll(value, u"\\t", u"\t");
-}
-
-std::vector<Text> splitCollected(Long code, TextView value) {
+std::vector<TextView> splitCollected(Long code, TextView value) {
     const TextView separator = code == code::other ? TextView(u"\\n") : TextView(u";");
-    std::vector<Text> parts;
+    std::vector<TextView> parts;
     for (std::size_t start = 0; start <= value.size();) {
         const std::size_t end = std::min(value.find(separator, start), value.size());
-        Text part = trimBlanks(value.substr(start, end - start));
-        if (!part.empty()) parts.push_back(std::move(part));
+        TextView part = value.substr(start, end - start);
+        part.remove_prefix(std::min(part.find_first_not_of(u' '), part.size()));
+        part.remove_suffix(part.size() - (part.find_last_not_of(u' ') + 1));
+        if (!part.empty()) parts.push_back(part);
         start = end + separator.size();
     }
     return parts;

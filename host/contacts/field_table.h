@@ -5,7 +5,9 @@
 // Rows are in the order in which people look for them; the JSON output keeps that order.
 #pragma once
 
+#include <algorithm>
 #include <span>
+#include <string_view>
 
 #include "host/driver/driver.h"
 
@@ -24,7 +26,7 @@ inline constexpr Long picture = 80;  // path of a file
 
 struct FieldRow {
     Long code;
-    const char* key;        // name in JSON
+    std::string_view key;   // name in JSON
     const char16_t* label;  // heading of a table
 };
 
@@ -38,15 +40,30 @@ std::size_t rowOf(Long code);
 // found no row.
 TextTable fieldDefinitions();
 
-// The values of one contact, one a field of `fieldRows`, as the module hands them over: one a row of its
-// table, separated by tabs. Missing values at the end are empty. The views are into `fieldValues`.
-std::vector<TextView> splitValues(TextView fieldValues);
+// Goes through the values of one contact, one a field of `fieldRows`, as the module hands them over: one a
+// row of its table, separated by tabs. Calls `visit(row, value)` for each that is not empty, in the rows'
+// order, with views into `fieldValues`; values beyond the table are left out.
+template <class Visit>
+void forEachValue(TextView fieldValues, Visit visit) {
+    const std::size_t count = fieldRows().size();
+    const char16_t* const end = fieldValues.data() + fieldValues.size();
+    // What stands before the first tab belongs to the heading.
+    const char16_t* separator = std::find(fieldValues.data(), end, u'\t');
+    for (std::size_t row = 0; row < count && separator != end; ++row) {
+        const char16_t* const start = separator + 1;
+        separator = start;
+        while (separator != end && *separator != u'\t')
+            ++separator;
+        if (separator != start) visit(row, TextView(start, separator));
+    }
+}
 
-// The value itself: the module writes a tab inside a value as the characters "\" and "t"; only in a path
-// these are what they seem.
-Text decodedValue(Long code, TextView value);
+// The value itself: the module writes a tab inside a value as the characters "\" and "t". In a path these are
+// what they seem.
+Text decodedValue(TextView value);
 
-// The single values that a "categories" or "other" value collects, without empty ones.
-std::vector<Text> splitCollected(Long code, TextView value);
+// The single values that a "categories" or "other" value collects, without empty ones and blanks around them;
+// views into `value`.
+std::vector<TextView> splitCollected(Long code, TextView value);
 
 }  // namespace ovno2::host

@@ -1,7 +1,6 @@
 // `ovphone doctor`: what is installed on this machine to reach phones with, and what is missing.
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "host/driver/driver.h"
 #include "host/driver/result_messages.h"
@@ -9,6 +8,7 @@
 #include "host/output/command_output.h"
 #include "host/output/console.h"
 #include "host/output/exit_status.h"
+#include "host/output/json.h"
 #include "host/phones/attached_phones.h"
 #include "host/phones/commands.h"
 
@@ -125,11 +125,17 @@ Diagnosis diagnose(PhoneDriver& driver) {
 void showDiagnosis(const Context& context) {
     const Diagnosis diagnosis = diagnose(*openDriver(context));
     if (context.asJson()) {
-        nlohmann::ordered_json object;
+        JsonDocument document;
+        document.StartObject();
         for (const Finding& finding : diagnosis.findings)
-            object[finding.key] = toUtf8(finding.value);
-        object["problems"] = diagnosis.problems;
-        write(object.dump(2) + "\n");
+            document.member(finding.key, finding.value);
+        document.key("problems");
+        document.StartArray();
+        for (const std::string& problem : diagnosis.problems)
+            document.text(fromUtf8(problem));
+        document.EndArray();
+        document.EndObject();
+        write(document.finished());
     } else {
         Table table({u"What", u"Found"});
         for (const Finding& finding : diagnosis.findings)

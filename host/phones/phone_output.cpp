@@ -1,8 +1,7 @@
 #include "host/phones/phone_output.h"
 
-#include <nlohmann/json.hpp>
-
 #include "host/output/command_output.h"
+#include "host/output/json.h"
 #include "host/output/text.h"
 
 namespace ovno2::host {
@@ -37,19 +36,22 @@ const char* nameOf(const Name (&names)[count], Long value) {
 }  // namespace
 
 std::string phonesAsJson(std::span<const ListedPhone> phones) {
-    std::string text = "[";
+    std::string text;
+    JsonLines lines([&](std::string_view piece) { text += piece; });
     for (const ListedPhone& phone : phones) {
-        nlohmann::ordered_json object;
-        object["model"] = toUtf8(phone.model);
-        object["medium"] = nameOf(media, phone.media);
-        object["serialNumber"] = toUtf8(phone.serial);
-        object["address"] = toUtf8(phone.address);
-        object["name"] = toUtf8(phone.name);
-        object["platform"] = nameOf(platforms, phone.type);
-        object["platformType"] = phone.type;
-        text += (text.size() == 1 ? "\n" : ",\n") + object.dump();
+        JsonLine& line = lines.next();
+        line.StartObject();
+        line.member("model", phone.model);
+        line.member("medium", nameOf(media, phone.media));
+        line.member("serialNumber", phone.serial);
+        line.member("address", phone.address);
+        line.member("name", phone.name);
+        line.member("platform", nameOf(platforms, phone.type));
+        line.member("platformType", phone.type);
+        line.EndObject();
     }
-    return text + (phones.empty() ? "]\n" : "\n]\n");
+    lines.end();
+    return text;
 }
 
 Table phonesAsTable(std::span<const ListedPhone> phones) {
