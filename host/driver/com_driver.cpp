@@ -65,6 +65,7 @@ class ComDriver : public PhoneDriver {
         contacts.clear();
         // The first contact stands at index 1 of an array that had no elements.
         const std::span<const tAdrItem> records = slotsOf<tAdrItem>(items);
+        contacts.reserve(records.size());
         for (std::size_t i = 1; i < records.size(); ++i)
             contacts.push_back(
                 {textOf(records[i].Location), textOf(records[i].FieldValues), textOf(records[i].Uid)});

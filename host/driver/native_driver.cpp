@@ -51,6 +51,7 @@ class NativeDriver : public PhoneDriver {
                                                              fromUtf8(pictures + '/'),
                                                              std::make_shared<ProgressObject>(progress));
         contacts.clear();
+        contacts.reserve(items.size());
         // The first contact stands at index 1 of an array that had no elements.
         for (std::size_t i = 1; i < items.size(); ++i) {
             AdrItem& item = items.at(static_cast<Long>(i));
