@@ -11,14 +11,15 @@ namespace {
 
 constexpr std::size_t pieceSize = 65536;
 
+constexpr std::uint16_t asciiEnd = 0x80;
 constexpr char16_t threeBytes = 0x800;  // from here on a character takes three bytes of UTF-8 or more
 
 constexpr char asItIs = 0;
 constexpr char asNumber = 'u';
 
 // By ASCII character: how it is written in quotes, as itself or with what behind a "\".
-constexpr std::array<char, 0x80> escapes = [] {
-    std::array<char, 0x80> table{};
+constexpr std::array<char, asciiEnd> escapes = [] {
+    std::array<char, asciiEnd> table{};
     for (std::size_t control = 0; control < 0x20; ++control)
         table[control] = asNumber;
     table['\b'] = 'b';
@@ -42,7 +43,7 @@ char* writeEscaped(char* to, char16_t unit, char escape) {
 }
 
 bool isPlain(char16_t unit) {
-    return unit < escapes.size() && escapes[unit] == asItIs;
+    return unit < asciiEnd && escapes[unit] == asItIs;
 }
 
 // Most text is ASCII without escapes. Eight units are looked at and copied together: false when one of them
@@ -54,8 +55,8 @@ bool copyPlainBlock(char* to, const char16_t* units) {
     using Bytes = std::uint8_t __attribute__((vector_size(blockSize)));
     Units block;
     std::memcpy(&block, units, sizeof block);
-    const auto special = std::bit_cast<std::array<std::uint64_t, 2>>(
-        (block < 0x20) | (block >= escapes.size()) | (block == u'"') | (block == u'\\'));
+    const auto special = std::bit_cast<std::array<std::uint64_t, 2>>((block < 0x20) | (block >= asciiEnd) |
+                                                                     (block == u'"') | (block == u'\\'));
     if ((special[0] | special[1]) != 0) return false;
     const Bytes bytes = __builtin_convertvector(block, Bytes);
     std::memcpy(to, &bytes, sizeof bytes);
@@ -64,7 +65,7 @@ bool copyPlainBlock(char* to, const char16_t* units) {
 
 // Writes what is not plain: a character, or a run of characters that take three bytes and more.
 char* writeSpecial(char* to, const char16_t*& unit, const char16_t* end) {
-    if (*unit < escapes.size()) {
+    if (*unit < asciiEnd) {
         to = writeEscaped(to, *unit, escapes[*unit]);
         ++unit;
     } else if (*unit < threeBytes) {
