@@ -47,7 +47,8 @@ int explain(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 int run(const std::function<void()>& action) {
-    std::setvbuf(stdout, nullptr, _IONBF, 0);  // commands write large pieces, which need not be copied once more
+    std::setvbuf(stdout, nullptr, _IONBF,
+                 0);  // commands write large pieces, which need not be copied once more
     try {
         action();
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)

@@ -8,6 +8,7 @@
 
 int main(int argc, char** argv) {
     using namespace ovno2::host;
+    console::useLargePages();
     constexpr RegisterCommand* commands[] = {registerOverview, registerList,   registerContacts,
                                              registerFiles,    registerDoctor, registerLog};
     return runCommandLine(console::arguments(argc, argv), commands);

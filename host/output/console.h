@@ -13,6 +13,10 @@ namespace ovno2::host::console {
 // The program's arguments, its own name first. Also makes the terminal show UTF-8.
 std::vector<std::string> arguments(int argc, char** argv);
 
+// Lets memory that is allocated from now on come in large pages where the system has them. A phone book of
+// 10,000 contacts takes 12,000 page faults otherwise, an eighth of the time that it takes to read it.
+void useLargePages();
+
 bool outputIsTerminal();
 bool errorIsTerminal();
 

@@ -1,6 +1,11 @@
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
+#ifdef __GLIBC__
+#include <malloc.h>
+#include <sys/mman.h>
+#endif
 #include <sys/ioctl.h>
 #include <system_error>
 #include <unistd.h>
@@ -11,6 +16,25 @@ namespace ovno2::host::console {
 
 std::vector<std::string> arguments(int argc, char** argv) {
     return {argv, argv + argc};
+}
+
+void useLargePages() {
+#ifdef __GLIBC__
+    // The heap reserves at once what a phone book of 10,000 contacts needs, and takes large blocks as well;
+    // only what is used of it becomes memory. Where so much cannot be reserved, everything is as usual.
+    constexpr int reserve = 64 << 20, laterStep = 1 << 20, largestBlock = 32 << 20;
+    mallopt(M_MMAP_THRESHOLD, largestBlock);
+    mallopt(M_TRIM_THRESHOLD, 2 * reserve);
+    mallopt(M_TOP_PAD, reserve);
+    const auto before = reinterpret_cast<std::uintptr_t>(sbrk(0));
+    void* volatile block = std::malloc(256 << 10);  // more than a new heap has
+    std::free(block);
+    mallopt(M_TOP_PAD, laterStep);
+    const auto end = reinterpret_cast<std::uintptr_t>(sbrk(0));
+    const std::uintptr_t page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const std::uintptr_t start = (before + page - 1) / page * page;
+    if (start < end) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+#endif
 }
 
 bool outputIsTerminal() {

@@ -38,6 +38,8 @@ std::vector<std::string> arguments(int argc, char** argv) {
     return list;
 }
 
+void useLargePages() {}
+
 bool outputIsTerminal() {
     return _isatty(_fileno(stdout)) != 0;
 }
