@@ -1,9 +1,15 @@
-#include "host/commands.h"
-#include "host/console.h"
+#include "host/command_line.h"
+#include "host/contacts/commands.h"
+#include "host/files/commands.h"
+#include "host/log/commands.h"
+#include "host/output/console.h"
+#include "host/overview.h"
+#include "host/phones/commands.h"
 
 int main(int argc, char** argv) {
     using namespace ovno2::host;
-    int exitStatus = 0;
-    const std::optional<Options> options = parseCommandLine(console::arguments(argc, argv), exitStatus);
-    return options ? runCommand(*options) : exitStatus;
+    console::useLargePages();
+    constexpr RegisterCommand* commands[] = {registerOverview, registerList,   registerContacts,
+                                             registerFiles,    registerDoctor, registerLog};
+    return runCommandLine(console::arguments(argc, argv), commands);
 }

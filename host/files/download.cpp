@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <system_error>
 
-#include "base/utf8.h"
-#include "host/command_output.h"
-#include "host/console.h"
-#include "host/exit_status.h"
+#include "host/driver/result_messages.h"
 #include "host/files/phone_path.h"
-#include "host/result_messages.h"
+#include "host/output/command_output.h"
+#include "host/output/console.h"
+#include "host/output/exit_status.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -1,11 +1,11 @@
 #include "host/files/file_report.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
-#include "base/utf8.h"
-#include "host/command_output.h"
-#include "host/display_width.h"
+#include "host/output/command_output.h"
+#include "host/output/display_width.h"
+#include "host/output/json.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 
@@ -24,21 +24,22 @@ std::size_t FileReport::count(FileOutcome outcome) const {
 }
 
 std::string FileReport::asJson(const char* verb) const {
-    std::string text = "[";
+    std::string text;
+    JsonLines lines([&](std::string_view piece) { text += piece; });
     for (const FileResult& result : results_) {
-        nlohmann::ordered_json object;
-        object["path"] = result.path;
-        if (!result.local.empty()) object["local"] = result.local;
-        object["result"] = result.outcome == FileOutcome::success ? verb
-                           : result.outcome == FileOutcome::equal ? "equal"
-                                                                  : "failed";
-        if (result.outcome == FileOutcome::success && result.bytes != 0) object["bytes"] = result.bytes;
-        if (!result.message.empty()) object["message"] = result.message;
-        text += (text.size() == 1 ? "\n" : ",\n") +
-                object.dump(/*indent=*/-1, /*indent_char=*/' ', /*ensure_ascii=*/false,
-                            nlohmann::ordered_json::error_handler_t::replace);
+        JsonLine& line = lines.next();
+        line.StartObject();
+        line.member("path", result.path);
+        if (!result.local.empty()) line.member("local", result.local);
+        line.member("result", result.outcome == FileOutcome::success ? verb
+                              : result.outcome == FileOutcome::equal ? "equal"
+                                                                     : "failed");
+        if (result.outcome == FileOutcome::success && result.bytes != 0) line.member("bytes", result.bytes);
+        if (!result.message.empty()) line.member("message", result.message);
+        line.EndObject();
     }
-    return text + (results_.empty() ? "]\n" : "\n]\n");
+    lines.end();
+    return text;
 }
 
 std::string safeMessage(const std::string& message) {

@@ -1,19 +1,19 @@
-#include "host/files/files_command.h"
-
+// `ovphone files` and its commands: browses the files of the chosen phone, copies and changes them.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <set>
 
-#include "base/utf8.h"
-#include "base/values.h"
-#include "host/attached_phones.h"
-#include "host/command_output.h"
-#include "host/console.h"
-#include "host/exit_status.h"
+#include "host/driver/result_messages.h"
+#include "host/files/commands.h"
 #include "host/files/download.h"
 #include "host/files/files_output.h"
 #include "host/files/phone_path.h"
 #include "host/files/upload.h"
-#include "host/result_messages.h"
+#include "host/output/command_output.h"
+#include "host/output/console.h"
+#include "host/output/exit_status.h"
+#include "host/output/text.h"
+#include "host/phones/attached_phones.h"
 
 namespace ovno2::host {
 
@@ -42,50 +42,25 @@ std::vector<fs::path> localPaths(const std::string& typed) {
     return found;
 }
 
+struct FilesOptions {
+    std::vector<std::string> paths;  // in the order of the line
+    std::string renamed;             // a path, and what it is called from now on
+    std::string newName;
+    bool recursive = false;
+    bool force = false;
+    bool parents = false;  // a new folder's missing folders are made, too
+};
+
 class FilesCommand {
   public:
-    explicit FilesCommand(const Options& options)
-        : options_(options),
-          wanted_(options.files),
-          phones_(options),
+    FilesCommand(const Context& context, const FilesOptions& wanted)
+        : asJson_(context.asJson()),
+          wanted_(wanted),
+          phones_(context),
           phone_(phones_.driver(), phones_.all(), phones_.chosen()) {}
 
-    void run() {
-        switch (wanted_.action) {
-            case FilesAction::list:
-                list();
-                break;
-            case FilesAction::tree:
-                tree();
-                break;
-            case FilesAction::get:
-                get();
-                break;
-            case FilesAction::put:
-                put();
-                break;
-            case FilesAction::rename:
-                rename();
-                break;
-            case FilesAction::remove:
-                change("deleted", &FilesCommand::remove);
-                break;
-            case FilesAction::makeFolder:
-                change("made", &FilesCommand::makeFolder);
-                break;
-            case FilesAction::removeFolder:
-                change("deleted", &FilesCommand::removeFolder);
-                break;
-        }
-        if (phone_.isIncomplete()) throw CommandFailure{failed, {}};
-    }
-
-  private:
-    bool asJson() const { return options_.format == Format::json; }
-
-    std::vector<std::string> pathsOr(const char* none) const {
-        return wanted_.paths.empty() ? std::vector<std::string>{none} : wanted_.paths;
-    }
+    // Of a folder that was gone through something could not be listed.
+    bool isIncomplete() const { return phone_.isIncomplete(); }
 
     void list() {
         std::vector<PhoneEntry> all;
@@ -106,7 +81,7 @@ class FilesCommand {
                     std::ranges::move(phone_.list(entry.path), std::back_inserter(all));
             }
         }
-        if (asJson())
+        if (asJson_)
             write(entriesAsJson(all));
         else if (all.empty())
             note("The folder is empty.");
@@ -118,8 +93,8 @@ class FilesCommand {
         std::vector<std::string> trees;
         for (const std::string& typed : pathsOr("/"))
             for (const PhoneEntry& top : phone_.find(typed))
-                trees.push_back(asJson() ? treeAsJson(phone_, top) : treeAsText(phone_, top));
-        const bool isArray = asJson() && trees.size() > 1;
+                trees.push_back(asJson_ ? treeAsJson(phone_, top) : treeAsText(phone_, top));
+        const bool isArray = asJson_ && trees.size() > 1;
         std::string text = isArray ? "[\n" : "";
         for (std::size_t i = 0; i < trees.size(); ++i)
             text += (i == 0 ? "" : isArray ? ",\n" : "\n") + trees[i];
@@ -162,6 +137,45 @@ class FilesCommand {
         transfer(upload);
     }
 
+    void rename() {
+        const PhoneEntry entry = phone_.findOne(wanted_.renamed);
+        requireNoDrive(entry);
+        const std::string& typed = wanted_.newName;
+        const std::vector<Text> parts = partsOfPhonePath(typed);
+        if (parts.empty()) throw CommandFailure{wrongUsage, "The new name is empty."};
+        const Text& name = parts.back();
+        // A whole path may stand for the name as long as it stays in the folder.
+        if (parts.size() > 1) {
+            const PhoneEntry folder = phone_.findOne(typed.substr(0, typed.find_last_of("/\\")));
+            if (folder.path != folderOf(entry.path))
+                throw CommandFailure{failed,
+                                     "A phone renames within a folder only. Use get, put and rm to move " +
+                                         toUtf8(entry.path) + "."};
+        }
+        for (const PhoneEntry& other : phone_.list(folderOf(entry.path)))
+            if (equalsIgnoringCase(other.name, name) && other.path != entry.path)
+                throw CommandFailure{
+                    failed, toUtf8(other.path) + " is there already. Delete it or choose another name."};
+        const Text path = modulePath(entry.path);
+        Long result = entry.isFolder ? phone_.driver().renameFolder(path, name)
+                                     : phone_.driver().renameFile(path, name);
+        // For a folder the driver passes on the library's own status, which says nothing that a person knows.
+        if (result != 0 && result != -1) result = -2;
+        FileReport report;
+        tell(entry, Operation::renameEntry, result, report);
+        if (asJson_) write(report.asJson("renamed"));
+        if (result < 0) throw CommandFailure{failed, {}};
+    }
+
+    void remove() { change("deleted", &FilesCommand::removeMeant); }
+    void makeFolders() { change("made", &FilesCommand::makeOneFolder); }
+    void removeFolders() { change("deleted", &FilesCommand::removeFoldersMeant); }
+
+  private:
+    std::vector<std::string> pathsOr(const char* none) const {
+        return wanted_.paths.empty() ? std::vector<std::string>{none} : wanted_.paths;
+    }
+
     void requireRecursive(const std::vector<PhoneEntry>& entries, const char* does) const {
         for (const PhoneEntry& entry : entries)
             if (entry.isFolder && !wanted_.recursive)
@@ -182,7 +196,7 @@ class FilesCommand {
         progress.hide();
         const double seconds = progress.seconds();
         const std::uint64_t bytes = progress.bytesCopied();
-        if (asJson()) {
+        if (asJson_) {
             write(report.asJson("copied"));
         } else {
             std::string text = counted(report.count(FileOutcome::success)) + " copied (" + sizeText(bytes);
@@ -216,7 +230,7 @@ class FilesCommand {
         } catch (const ConnectionLost& failure) {
             lost = failure.message;
         }
-        if (asJson()) write(report.asJson(verb));
+        if (asJson_) write(report.asJson(verb));
         if (!lost.empty()) throw CommandFailure{failed, lost};
         if (report.count(FileOutcome::failure) != 0) throw CommandFailure{failed, {}};
     }
@@ -259,7 +273,7 @@ class FilesCommand {
                                              " is a drive and stays as it is."};
     }
 
-    void remove(const std::string& typed, FileReport& report) {
+    void removeMeant(const std::string& typed, FileReport& report) {
         const std::vector<PhoneEntry> found = phone_.find(typed);
         requireRecursive(found, "deletes");
         for (const PhoneEntry& entry : found) {
@@ -285,7 +299,7 @@ class FilesCommand {
         }
     }
 
-    void removeFolder(const std::string& typed, FileReport& report) {
+    void removeFoldersMeant(const std::string& typed, FileReport& report) {
         for (const PhoneEntry& entry : phone_.find(typed)) {
             requireNoDrive(entry);
             const std::string path = toUtf8(entry.path);
@@ -302,7 +316,7 @@ class FilesCommand {
         }
     }
 
-    void makeFolder(const std::string& typed, FileReport& report) {
+    void makeOneFolder(const std::string& typed, FileReport& report) {
         const std::vector<Text> parts = partsOfPhonePath(typed);
         if (parts.size() < 2)
             throw CommandFailure{
@@ -336,52 +350,93 @@ class FilesCommand {
         }
     }
 
-    void rename() {
-        const PhoneEntry entry = phone_.findOne(wanted_.renamed);
-        requireNoDrive(entry);
-        const std::string& typed = wanted_.newName;
-        const std::vector<Text> parts = partsOfPhonePath(typed);
-        if (parts.empty()) throw CommandFailure{wrongUsage, "The new name is empty."};
-        const Text& name = parts.back();
-        // A whole path may stand for the name as long as it stays in the folder.
-        if (parts.size() > 1) {
-            const PhoneEntry folder = phone_.findOne(typed.substr(0, typed.find_last_of("/\\")));
-            if (folder.path != folderOf(entry.path))
-                throw CommandFailure{failed,
-                                     "A phone renames within a folder only. Use get, put and rm to move " +
-                                         toUtf8(entry.path) + "."};
-        }
-        for (const PhoneEntry& other : phone_.list(folderOf(entry.path)))
-            if (equalsIgnoringCase(other.name, name) && other.path != entry.path)
-                throw CommandFailure{
-                    failed, toUtf8(other.path) + " is there already. Delete it or choose another name."};
-        const Text path = modulePath(entry.path);
-        Long result = entry.isFolder ? phone_.driver().renameFolder(path, name)
-                                     : phone_.driver().renameFile(path, name);
-        // For a folder the driver passes on the library's own status, which says nothing that a person knows.
-        if (result != 0 && result != -1) result = -2;
-        FileReport report;
-        tell(entry, Operation::renameEntry, result, report);
-        if (asJson()) write(report.asJson("renamed"));
-        if (result < 0) throw CommandFailure{failed, {}};
-    }
-
-    const Options& options_;
+    const bool asJson_;
     const FilesOptions& wanted_;
     AttachedPhones phones_;
     PhoneFiles phone_;
     std::set<Text> removed_;
 };
 
-}  // namespace
+using Action = void (FilesCommand::*)();
 
-void runFilesCommand(const Options& options) {
-    FilesCommand command(options);
+// What could be done is done and written when it fails.
+void run(const Context& context, const FilesOptions& wanted, Action action) {
+    FilesCommand command(context, wanted);
     try {
-        command.run();
+        (command.*action)();
+        if (command.isIncomplete()) throw CommandFailure{failed, {}};
     } catch (const CommandFailure& failure) {
         throw CommandFailure{failure.status, safeMessage(failure.message)};
     }
+}
+
+constexpr const char* help =
+    R"(Phone paths begin with a drive or its label: E:/Images, "Memory card/Images"; / is the phone itself. In every
+part of a path * stands for any characters and ? for one; quote them, so that the shell leaves them alone.)";
+
+}  // namespace
+
+void registerFiles(CLI::App& app, Context& context) {
+    const auto options = std::make_shared<FilesOptions>();
+    const auto running = [&context, options](Action action) {
+        return [&context, options, action] { run(context, *options, action); };
+    };
+    CLI::App& files = addCommand(
+        app, "files", "Browse the files of a phone, copy and change them; alone it shows the drives", context,
+        running(&FilesCommand::list));
+    files.require_subcommand(0, 1);
+    files.footer(help);
+    const auto add = [&](const char* name, const char* description, Action action) {
+        CLI::App* added = &addCommand(files, name, description, context, running(action));
+        added->footer(help);
+        addCommonOptions(*added, context);
+        addPhoneOption(*added, context);
+        return added;
+    };
+    const auto addPaths = [&](CLI::App* action, const char* name, const char* description, int fewest) {
+        CLI::Option* paths = action->add_option(name, options->paths, description);
+        paths->expected(fewest, CLI::detail::expected_max_vector_size);
+        paths->type_name("");
+        if (fewest > 0) paths->required();
+    };
+    const auto addRecursive = [&](CLI::App* action, const char* description) {
+        action->add_flag("-r,--recursive", options->recursive, description);
+    };
+    const auto addForce = [&](CLI::App* action) {
+        action->add_flag("-f,--force", options->force, "overwrite files that are there and differ");
+    };
+
+    CLI::App* list = add("ls", "List folders and files", &FilesCommand::list);
+    addPaths(list, "PATH", "what to list (default: the drives)", 0);
+    addRecursive(list, "with all that is in the folders");
+    addPaths(add("tree", "Draw the tree of folders and files", &FilesCommand::tree), "PATH",
+             "where to begin (default: the phone itself)", 0);
+    CLI::App* get =
+        add("get", "Copy files from the phone; what is there already is skipped", &FilesCommand::get);
+    addPaths(get, "PATH",
+             "what to get; the last of several is the folder here that it goes to, which is made when it is\n"
+             "missing (default: the current folder)",
+             1);
+    addRecursive(get, "folders with all that is in them");
+    addForce(get);
+    CLI::App* put =
+        add("put", "Copy files to the phone; what is there already is skipped", &FilesCommand::put);
+    addPaths(put, "FILE", "what to put; the last is the path of the phone's folder that it goes to", 2);
+    addRecursive(put, "folders with all that is in them");
+    addForce(put);
+    CLI::App* rename = add("mv", "Give a file or folder another name", &FilesCommand::rename);
+    rename->add_option("PATH", options->renamed, "what to rename")->type_name("")->required();
+    rename->add_option("NAME", options->newName, "its new name in the same folder")
+        ->type_name("")
+        ->required();
+    CLI::App* remove = add("rm", "Delete files", &FilesCommand::remove);
+    addPaths(remove, "PATH", "what to delete", 1);
+    addRecursive(remove, "folders with all that is in them");
+    CLI::App* makeFolder = add("mkdir", "Make folders", &FilesCommand::makeFolders);
+    addPaths(makeFolder, "PATH", "the new folders", 1);
+    makeFolder->add_flag("-p,--parents", options->parents,
+                         "make the folders above, too; a folder that is there is no failure");
+    addPaths(add("rmdir", "Delete empty folders", &FilesCommand::removeFolders), "PATH", "what to delete", 1);
 }
 
 }  // namespace ovno2::host

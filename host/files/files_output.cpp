@@ -3,17 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
-#include "base/utf8.h"
-#include "host/display_width.h"
 #include "host/files/transfer_progress.h"
+#include "host/output/display_width.h"
+#include "host/output/json.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string isoTime(std::chrono::sys_seconds time) {
     const auto day = std::chrono::floor<std::chrono::days>(time);
@@ -27,17 +25,17 @@ std::string isoTime(std::chrono::sys_seconds time) {
     return text.data();
 }
 
-Json asJson(const PhoneEntry& entry) {
-    Json object;
-    object["path"] = toUtf8(entry.path);
-    object["name"] = toUtf8(entry.name);
-    object["kind"] = entry.isDrive() ? "drive" : entry.isFolder ? "folder" : "file";
-    if (!entry.label.empty()) object["label"] = toUtf8(entry.label);
-    if (!entry.isFolder) object["size"] = entry.size;
-    if (entry.changed) object["changed"] = isoTime(*entry.changed);
-    if (entry.isReadOnly) object["readOnly"] = true;
-    if (entry.isSpecial) object["special"] = true;
-    return object;
+// What an object says of an entry itself.
+template <class Json>
+void writeMembers(Json& json, const PhoneEntry& entry) {
+    json.member("path", entry.path);
+    json.member("name", entry.name);
+    json.member("kind", entry.isDrive() ? "drive" : entry.isFolder ? "folder" : "file");
+    if (!entry.label.empty()) json.member("label", entry.label);
+    if (!entry.isFolder) json.member("size", entry.size);
+    if (entry.changed) json.member("changed", isoTime(*entry.changed).c_str());
+    if (entry.isReadOnly) json.member("readOnly", true);
+    if (entry.isSpecial) json.member("special", true);
 }
 
 Text notesOn(const PhoneEntry& entry) {
@@ -60,10 +58,16 @@ std::string titleOf(const PhoneFiles& phone, const PhoneEntry& top) {
 }  // namespace
 
 std::string entriesAsJson(std::span<const PhoneEntry> entries) {
-    std::string text = "[";
-    for (const PhoneEntry& entry : entries)
-        text += (text.size() == 1 ? "\n" : ",\n") + asJson(entry).dump();
-    return text + (entries.empty() ? "]\n" : "\n]\n");
+    std::string text;
+    JsonLines lines([&](std::string_view piece) { text += piece; });
+    for (const PhoneEntry& entry : entries) {
+        JsonLine& line = lines.next();
+        line.StartObject();
+        writeMembers(line, entry);
+        line.EndObject();
+    }
+    lines.end();
+    return text;
 }
 
 Table entriesAsTable(std::span<const PhoneEntry> entries, const Text& namedFrom, bool wholePaths) {
@@ -106,31 +110,36 @@ std::string treeAsText(const PhoneFiles& phone, const PhoneEntry& top) {
 }
 
 std::string treeAsJson(const PhoneFiles& phone, const PhoneEntry& top) {
-    Json tree = asJson(top);
-    if (top.isPhone()) tree = {{"phone", phone.phoneTitle()}};
-    if (!top.isFolder) return tree.dump(2) + "\n";
-    std::vector<Json> open;  // the folders that are not complete, from the top down
-    open.push_back(std::move(tree));
-    open.back()["entries"] = Json::array();
-    const auto closeTo = [&](std::size_t depth) {
-        while (open.size() > depth) {
-            Json folder = std::move(open.back());
-            open.pop_back();
-            open.back()["entries"].push_back(std::move(folder));
-        }
-    };
-    phone.walk(top, [&](const PhoneEntry& entry, std::size_t depth, bool) {
-        closeTo(depth + 1);
-        Json object = asJson(entry);
+    JsonDocument tree;
+    std::size_t open = 0;  // folders that are not complete
+    const auto begin = [&](const PhoneEntry& entry) {
+        tree.StartObject();
+        if (entry.isPhone())
+            tree.member("phone", phone.phoneTitle());
+        else
+            writeMembers(tree, entry);
         if (!entry.isFolder) {
-            open.back()["entries"].push_back(std::move(object));
+            tree.EndObject();
             return;
         }
-        object["entries"] = Json::array();
-        open.push_back(std::move(object));
-    });
-    closeTo(1);
-    return open.front().dump(2) + "\n";
+        tree.key("entries");
+        tree.StartArray();
+        ++open;
+    };
+    const auto closeTo = [&](std::size_t depth) {
+        for (; open > depth; --open) {
+            tree.EndArray();
+            tree.EndObject();
+        }
+    };
+    begin(top);
+    if (top.isFolder)
+        phone.walk(top, [&](const PhoneEntry& entry, std::size_t depth, bool) {
+            closeTo(depth + 1);
+            begin(entry);
+        });
+    closeTo(0);
+    return tree.finished();
 }
 
 }  // namespace ovno2::host

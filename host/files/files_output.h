@@ -5,7 +5,7 @@
 #include <string>
 
 #include "host/files/phone_files.h"
-#include "host/table.h"
+#include "host/output/table.h"
 
 namespace ovno2::host {
 

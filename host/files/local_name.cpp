@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "base/utf8.h"
-#include "base/values.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -14,7 +14,7 @@
 
 #include <map>
 
-#include "base/types.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -1,20 +1,15 @@
 #include "host/files/phone_files.h"
 
 #include <algorithm>
-#include <cmath>
 
-#include "base/utf8.h"
-#include "base/values.h"
-#include "dates/date_parser.h"
-#include "host/attached_phones.h"
-#include "host/command_output.h"
-#include "host/display_width.h"
-#include "host/exit_status.h"
+#include "host/driver/result_messages.h"
 #include "host/files/phone_path.h"
-#include "host/phone_choice.h"
-#include "host/result_messages.h"
-#include "pc/registry_access.h"
-#include "phonefs/dir_item.h"
+#include "host/output/command_output.h"
+#include "host/output/display_width.h"
+#include "host/output/exit_status.h"
+#include "host/output/text.h"
+#include "host/phones/attached_phones.h"
+#include "host/phones/phone_choice.h"
 
 namespace ovno2::host {
 
@@ -23,49 +18,10 @@ namespace {
 // Deeper folders than any phone has; a phone that reports a folder inside itself ends here.
 constexpr std::size_t deepestFolder = 64;
 
-// The module shows times as local ones, by the time-zone bias of now for all of them.
-std::chrono::minutes timeBias() {
-    const Text bias =
-        Registry::GetRegValue(platform::localMachine,
-                              u"SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation", u"ActiveTimeBias");
-    return std::chrono::minutes(numericLong(bias));
-}
-
-std::optional<std::chrono::sys_seconds> timeOf(const Text& text, std::chrono::minutes bias) {
-    const std::optional<DateFields> fields = readDateFields(text);
-    if (!fields || *fields == DateFields{}) return std::nullopt;
-    constexpr Long firstYear = 1900, lastYear = 2400;  // what the clocks of file systems count to
-    if (fields->year < firstYear || fields->year > lastYear) return std::nullopt;
-    using namespace std::chrono;
-    const year_month_day date{year(static_cast<int>(fields->year)),
-                              month(static_cast<unsigned>(fields->month)),
-                              day(static_cast<unsigned>(fields->day))};
-    return sys_days(date) + hours(fields->hour) + minutes(fields->minute) + seconds(fields->second) + bias;
-}
-
 Text joined(TextView folder, TextView name) {
     Text path(folder);
     if (!path.empty()) path += u'/';
     return path.append(name);
-}
-
-PhoneEntry entryOf(const FolderEntry& found, const Text& folder, std::chrono::minutes bias) {
-    PhoneEntry entry;
-    entry.path = joined(folder, found.name);
-    entry.name = found.name;
-    entry.isFolder = (found.flags & dirItemFolder) != 0;
-    entry.isReadOnly = (found.flags & dirItemChangeable) == 0;
-    entry.isSpecial = (found.flags & dirItemSpecial) != 0;
-    if (entry.isFolder) {
-        const Text shown =
-            found.shownName.size() > 2 ? found.shownName.substr(1, found.shownName.size() - 2) : Text();
-        if (shown != found.name) entry.label = shown;
-    } else {
-        entry.size = static_cast<std::uint32_t>(found.size);
-        entry.changedText = found.dateText;
-        entry.changed = timeOf(found.dateText, bias);
-    }
-    return entry;
 }
 
 PhoneEntry thePhone() {
@@ -106,11 +62,12 @@ std::string PhoneFiles::phoneTitle() const {
 std::optional<std::vector<PhoneEntry>> PhoneFiles::tryToList(const Text& folder) const {
     std::vector<FolderEntry> found;
     if (driver_.listFolder(phone_, modulePath(folder), found) < 0) return std::nullopt;
-    const std::chrono::minutes bias = timeBias();
     std::vector<PhoneEntry> entries;
     entries.reserve(found.size());
-    for (const FolderEntry& one : found)
-        entries.push_back(entryOf(one, folder, bias));
+    for (FolderEntry& one : found) {
+        Text path = joined(folder, one.name);
+        entries.push_back({std::move(one), std::move(path)});
+    }
     return entries;
 }
 

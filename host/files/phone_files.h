@@ -4,24 +4,15 @@
 // with a message for the user when the phone does not answer.
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <optional>
 
-#include "host/driver.h"
+#include "host/driver/driver.h"
 
 namespace ovno2::host {
 
-struct PhoneEntry {
+struct PhoneEntry : FolderEntry {
     Text path;  // "E:/Images/beach.jpg"; empty = the phone itself
-    Text name;
-    Text label;  // of a drive that shows one
-    bool isFolder = false;
-    bool isReadOnly = false;
-    bool isSpecial = false;  // a folder of the system
-    std::uint64_t size = 0;  // bytes
-    Text changedText;        // as the phone driver writes it
-    std::optional<std::chrono::sys_seconds> changed;
 
     bool isPhone() const { return path.empty(); }
     bool isDrive() const { return isFolder && !isPhone() && path.find(u'/') == Text::npos; }

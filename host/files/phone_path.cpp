@@ -1,9 +1,8 @@
 #include "host/files/phone_path.h"
 
-#include "base/utf8.h"
-#include "base/values.h"
-#include "host/command_output.h"
-#include "host/exit_status.h"
+#include "host/output/command_output.h"
+#include "host/output/exit_status.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "base/types.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include "base/utf8.h"
-#include "host/console.h"
-#include "host/display_width.h"
+#include "host/output/console.h"
+#include "host/output/display_width.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <string>
 
-#include "base/types.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

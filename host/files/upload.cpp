@@ -1,16 +1,11 @@
 #include "host/files/upload.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 
-#include "base/utf8.h"
-#include "base/values.h"
-#include "host/console.h"
-#include "host/result_messages.h"
-#include "pc/ansi.h"
-#include "pc/files.h"
-#include "pc/get_file_contents_mod.h"
+#include "host/driver/result_messages.h"
+#include "host/output/console.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 
@@ -32,21 +27,6 @@ std::uint64_t sizeOf(const fs::path& file) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(file, error);
     return error ? 0 : size;
-}
-
-bool goesAsText(const fs::path& file) {
-    std::array<char, 32> head{};
-    std::ifstream stream(file, std::ios::binary);
-    stream.read(head.data(), head.size());
-    return GetFileContentsMod::isEncodedText(
-        {reinterpret_cast<const std::uint8_t*>(head.data()), static_cast<std::size_t>(stream.gcount())});
-}
-
-// Whether a file that goes as text has characters that the code page has not.
-bool losesCharacters(const fs::path& file) {
-    if (!goesAsText(file)) return false;
-    const Text text = Files::GetFileContents(fromUtf8(console::textOf(file)), /*decode=*/true);
-    return fromAnsi(toAnsi(text)) != text;
 }
 
 bool isEqual(const fs::path& local, const PhoneEntry& there, bool exactly) {

@@ -1,4 +1,4 @@
-#include "host/console.h"
+#include "host/output/console.h"
 #include "host/viewer/window.h"
 
 int main(int argc, char** argv) {

@@ -1,8 +1,8 @@
 #include "host/viewer/published_viewer.h"
 
-#include "base/values.h"
 #include "core/current_platform.h"
 #include "core/log_front.h"
+#include "host/output/text.h"
 #include "log/viewer_channel.h"
 #include "pc/registry_access.h"
 

@@ -8,7 +8,7 @@
 #include <array>
 #include <optional>
 
-#include "base/types.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -1,6 +1,6 @@
 #include "host/viewer/routine_filter.h"
 
-#include "base/values.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -5,7 +5,7 @@
 // the middle, counts until the routine is entered anew at the same depth or an outer one.
 #pragma once
 
-#include "base/types.h"
+#include "host/output/text.h"
 
 namespace ovno2::host {
 

@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <sstream>
 
-#include "host/exit_status.h"
+#include "host/output/exit_status.h"
 
 namespace ovno2::host {
 

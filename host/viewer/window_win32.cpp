@@ -7,9 +7,9 @@
 #include <commdlg.h>
 // clang-format on
 
-#include "base/utf8.h"
-#include "host/console.h"
-#include "host/exit_status.h"
+#include "host/output/console.h"
+#include "host/output/exit_status.h"
+#include "host/output/text.h"
 #include "host/viewer/log_receiver.h"
 #include "host/viewer/routine_filter.h"
 #include "host/viewer/window.h"

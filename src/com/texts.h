@@ -24,7 +24,7 @@ inline BSTR newBstr(TextView text) {
     return copy;
 }
 
-// A string that frees itself.
+// A string that frees itself: one that is handed over, or a host's variable for a by-reference text.
 class Bstr {
   public:
     Bstr() = default;
@@ -36,6 +36,8 @@ class Bstr {
         return *this;
     }
     BSTR get() const { return text_; }
+    BSTR* address() { return &text_; }  // who puts another string there frees this one
+    Text text() const { return Text(viewOf(text_)); }
     BSTR release() { return std::exchange(text_, nullptr); }
 
   private:

@@ -1,32 +1,28 @@
-#include "host/contact_output.h"
+#include "host/contacts/contact_output.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
+#include <rapidjson/document.h>
 #include <set>
 
-#include "base/values.h"
-#include "host/field_table.h"
+#include "host/contacts/field_table.h"
 
 namespace ovno2::host {
 
 namespace {
 
 // A contact with values by field code, as the module hands it over.
-Contact contactOf(std::initializer_list<std::pair<Long, const char16_t*>> values,
-                  const char16_t* uid = u"0A0B") {
+Contact contactOf(std::initializer_list<std::pair<Long, const char16_t*>> values) {
     std::vector<Text> entries(fieldRows().size());
     entries.insert(entries.begin(), u"");  // the table's heading
     for (const auto& [code, value] : values)
         entries[rowOf(code) + 1] = value;
-    return {u"12 (SB)", join(entries, u'\t'), uid};
+    return {u"12 (SB)", join(entries, u'\t'), u"0A0B"};
 }
 
-// ' stands for ", and ` for \".
-std::string withQuotes(const std::string& text) {
-    std::string result;
-    for (const char c : text)
-        result += c == '\'' ? "\"" : c == '`' ? "\\\"" : std::string(1, c);
-    return result;
+std::string asJson(std::span<const Contact> contacts, bool pictures) {
+    std::string text;
+    writeContactsAsJson(contacts, pictures, [&](std::string_view piece) { text += piece; });
+    return text;
 }
 
 TEST(FieldTable, GivesEveryCodeARowOfItsOwn) {
@@ -34,63 +30,59 @@ TEST(FieldTable, GivesEveryCodeARowOfItsOwn) {
     const std::set<Long> codes = {1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 15, 16,
                                   17, 18, 19, 20, 21, 22, 23, 24, 25, 27, 28, 29, 30, 35, 43,
                                   44, 45, 46, 47, 48, 49, 50, 51, 60, 61, 67, 70, 80};
-    std::set<Long> found;
-    std::set<std::string> keys;
-    std::set<Text> labels;
-    for (const FieldRow& row : fieldRows()) {
-        EXPECT_TRUE(found.insert(row.code).second) << row.code;
-        EXPECT_TRUE(keys.insert(row.key).second) << row.key;
-        EXPECT_TRUE(labels.insert(row.label).second) << row.key;
-    }
-    EXPECT_EQ(codes, found);
-
     const TextTable table = fieldDefinitions();
     ASSERT_EQ(fieldRows().size() + 1, table.rows());
     EXPECT_EQ(0, numericLong(table.at(0, 4)));
-    for (std::size_t row = 1; row < table.rows(); ++row) {
-        EXPECT_EQ(fieldRows()[row - 1].label, table.at(row, 0));
-        EXPECT_EQ(fieldRows()[row - 1].code, numericLong(table.at(row, 4)));
+    std::set<Long> found;
+    std::set<std::string_view> keys;
+    std::set<Text> labels;
+    for (std::size_t i = 0; i < fieldRows().size(); ++i) {
+        const FieldRow& row = fieldRows()[i];
+        found.insert(row.code);
+        EXPECT_TRUE(keys.insert(row.key).second) << row.key;
+        EXPECT_TRUE(labels.insert(row.label).second) << row.key;
+        EXPECT_EQ(row.label, table.at(i + 1, 0));
+        EXPECT_EQ(row.code, numericLong(table.at(i + 1, 4)));
     }
-}
-
-TEST(FieldTable, SplitsCollectedValuesAndDropsEmptyOnes) {
-    EXPECT_EQ((std::vector<Text>{u"Familie", u"VIP"}), splitCollected(code::categories, u"Familie; VIP;"));
-    EXPECT_EQ((std::vector<Text>{u"a;b", u"c\\d"}), splitCollected(code::other, u"\\na;b\\n\\nc\\d"));
-    EXPECT_TRUE(splitCollected(code::other, u"").empty());
-}
-
-std::string contactsAsJson(std::span<const Contact> contacts, bool pictures) {
-    std::string text;
-    writeContactsAsJson(contacts, pictures, [&](std::string_view piece) { text += piece; });
-    return text;
+    EXPECT_EQ(codes, found);
+    EXPECT_EQ(codes.size(), fieldRows().size());
 }
 
 TEST(ContactsAsJson, NamesTheValuesInTheTablesOrderAndLeavesOutEmptyOnes) {
-    const Contact contacts[] = {contactOf({{15, u"line\nhas\\ttab \"quoted\""},
+    const Contact contacts[] = {contactOf({{15, u"line\nhas\\ttab \"quoted\" \\\\"},
                                            {1, u"Anna"},
-                                           {18, u"Familie;VIP"},
-                                           {70, u"\\n"},
+                                           {18, u"Familie; VIP ;"},
+                                           {70, u"\\na;b\\n\\nc\\d"},
                                            {80, u"\\tmp\\0A0B.jpg"}}),
-                                contactOf({}, u"01")};
-    const std::string expected =
-        "[\n"
-        "{'firstName':'Anna','categories':['Familie','VIP'],'note':'line\\nhas\\ttab `quoted`',"
-        "'picture':'/tmp/0A0B.jpg','location':'12 (SB)','uid':'0A0B'},\n"
-        "{'location':'12 (SB)','uid':'01'}\n"
-        "]\n";
-    EXPECT_EQ(withQuotes(expected), contactsAsJson(contacts, /*pictures=*/true));
-    EXPECT_EQ(std::string::npos, contactsAsJson(contacts, /*pictures=*/false).find("picture"));
-    EXPECT_EQ("[]\n", contactsAsJson({}, true));
+                                contactOf({{70, u"\\n"}})};
+    const std::string rest = R"json("location":"12 (SB)","uid":"0A0B"})json";
+    const std::string anna =
+        R"({"firstName":"Anna","categories":["Familie","VIP"],"note":"line\nhas\ttab \"quoted\" \\\\",)"
+        R"("other":["a;b","c\\d"],)";
+    const std::string end = rest + ",\n{" + rest + "\n]\n";
+    EXPECT_EQ("[\n" + anna + R"("picture":"/tmp/0A0B.jpg",)" + end, asJson(contacts, /*pictures=*/true));
+    EXPECT_EQ("[\n" + anna + end, asJson(contacts, /*pictures=*/false));
+    EXPECT_EQ("[]\n", asJson({}, true));
 }
 
+// Every character at every place beside ordinary ones, which are copied several at a time.
 TEST(ContactsAsJson, StaysValidWhateverThePhoneHolds) {
-    const Contact contacts[] = {contactOf({{1, u"a\xD800z"}, {2, u"\xDC00"}, {4, u"\x01\x7F\u2028"}}),
-                                {u"", u"\tonly\tfew", u"02"}};
-    const nlohmann::json parsed = nlohmann::json::parse(contactsAsJson(contacts, true));
-    EXPECT_EQ("a\uFFFDz", parsed[0]["firstName"]);
-    EXPECT_EQ("\uFFFD", parsed[0]["lastName"]);
-    EXPECT_EQ("\x01\x7F\u2028", parsed[0]["nickname"]);
-    EXPECT_EQ("few", parsed[1]["lastName"]);
+    const char16_t* const specials[] = {u"\x01",   u"\x1F",   u"\"",        u"\\",     u"\x7F",
+                                        u"\x80",   u"\x7FF",  u"\x800",     u"\u2028", u"\xFFFF",
+                                        u"\xD800", u"\xDC00", u"\U0001F600"};
+    const Text longUid(300, u'0');  // more than one piece of output
+    std::vector<Contact> contacts;
+    for (const TextView special : specials)
+        for (std::size_t before = 0; before < 18; ++before)
+            contacts.push_back({Text(before, u'a').append(special).append(17 - before, u'z'), u"", longUid});
+    contacts.push_back({u"", u"heading\tonly\tfew\t", u"02"});
+    const std::string text = asJson(contacts, true);
+    rapidjson::Document parsed;
+    ASSERT_FALSE(parsed.Parse<rapidjson::kParseValidateEncodingFlag>(text.c_str()).HasParseError());
+    for (rapidjson::SizeType i = 0; i + 1 < contacts.size(); ++i)
+        EXPECT_EQ(toUtf8(contacts[i].location), parsed[i]["location"].GetString()) << i;
+    EXPECT_TRUE(text.ends_with(
+        "\n{\"firstName\":\"only\",\"lastName\":\"few\",\"location\":\"\",\"uid\":\"02\"}\n]\n"));
 }
 
 TEST(ContactsAsTable, ShowsANameAndTheFieldsThatAnyContactHas) {

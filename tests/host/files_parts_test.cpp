@@ -2,11 +2,11 @@
 #include <gtest/gtest.h>
 
 #include "base/utf8.h"
-#include "host/command_output.h"
 #include "host/files/download.h"
 #include "host/files/local_name.h"
 #include "host/files/phone_path.h"
 #include "host/files/transfer_progress.h"
+#include "host/output/command_output.h"
 
 namespace ovno2::host {
 

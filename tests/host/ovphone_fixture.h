@@ -1,12 +1,11 @@
 // The program as its user starts it, on the bundled phones.
 #pragma once
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
+#include <rapidjson/document.h>
 #include <sys/wait.h>
 
 #include "common/machine_test.h"
@@ -14,7 +13,6 @@
 namespace ovno2::host {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
 
 struct Outcome {
     int status;
@@ -29,9 +27,10 @@ inline std::string contentOf(const fs::path& file) {
 
 class Ovphone : public ::testing::Test {
   protected:
-    // `environment` holds further settings of the program's environment, as a shell takes them.
-    Outcome run(const std::string& arguments, const std::string& environment = "") {
-        return runLine(environment + " '" OVPHONE "' " + arguments);
+    // `plan` holds commands for the simulator.
+    Outcome run(const std::string& arguments, const std::string& plan = "[]") {
+        std::ofstream(folder.path() / "plan.json") << plan;
+        return runLine("OVNO2_SIMULATOR_PLAN=plan.json '" OVPHONE "' " + arguments);
     }
     Outcome runLine(const std::string& line) {
         const fs::path output = folder.path() / "output", errors = folder.path() / "errors";
@@ -41,15 +40,35 @@ class Ovphone : public ::testing::Test {
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(output), contentOf(errors)};
     }
-    json runJson(const std::string& arguments) {
+    // The JSON that a command writes.
+    std::string json(const std::string& arguments, int status = 0) {
         const Outcome outcome = run(arguments + " --format json");
-        EXPECT_EQ(0, outcome.status) << outcome.errors;
-        return json::parse(outcome.output);
+        EXPECT_EQ(status, outcome.status) << outcome.errors;
+        rapidjson::Document parsed;
+        parsed.Parse<rapidjson::kParseValidateEncodingFlag>(outcome.output.c_str());
+        EXPECT_FALSE(parsed.HasParseError()) << outcome.output;
+        return outcome.output;
     }
-    json contact(const json& contacts, const std::string& uid) {
-        for (const json& entry : contacts)
-            if (entry["uid"] == uid) return entry;
-        return nullptr;
+    // The objects of an array that has one a line.
+    std::vector<std::string> items(const std::string& arguments, int status = 0) {
+        std::istringstream lines(json(arguments, status));
+        std::vector<std::string> found;
+        for (std::string line; std::getline(lines, line);)
+            if (line.starts_with("{")) found.push_back(line.substr(0, line.rfind('}') + 1));
+        return found;
+    }
+
+    struct Case {
+        std::string arguments;
+        int status;
+        const char* message;  // a part of what the user is told; empty = nothing
+        std::string plan = "[]";
+    };
+    void expectOutcome(const Case& c) {
+        const Outcome outcome = run(c.arguments, c.plan);
+        EXPECT_EQ(c.status, outcome.status) << c.arguments;
+        EXPECT_NE(std::string::npos, outcome.errors.find(c.message)) << c.arguments << ": " << outcome.errors;
+        EXPECT_EQ(*c.message == 0, outcome.errors.empty()) << c.arguments << ": " << outcome.errors;
     }
 
     TemporaryFolder folder;

@@ -1,14 +1,15 @@
-#include "host/phone_choice.h"
+#include "host/phones/phone_choice.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/result_messages.h"
+#include "host/driver/result_messages.h"
 
 namespace ovno2::host {
 
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -34,23 +35,16 @@ TEST(PhoneChoice, FindsAPhoneByAnyOfItsNamesOrAPart) {
 }
 
 TEST(PhoneChoice, SaysWhatToDoWhenNoPhoneIsMeant) {
-    EXPECT_THAT(choosePhone({}, u"").message, HasSubstr("No phone is attached"));
-
     const PhoneChoice several = choosePhone(phones, u"nokia");
     EXPECT_EQ(nullptr, several.phone);
-    EXPECT_THAT(several.message, HasSubstr("356300010000017"));
-    EXPECT_THAT(several.message, HasSubstr("356300020000025"));
-    EXPECT_THAT(several.message, Not(HasSubstr("Samsung")));
-
-    EXPECT_THAT(choosePhone(phones, u"Nokia 6320i").message, HasSubstr("Did you mean \"Nokia 6230i\""));
-    EXPECT_THAT(choosePhone(phones, u"N59").message, HasSubstr("\"Nokia N95\""));
+    EXPECT_THAT(several.message,
+                AllOf(HasSubstr("356300010000017"), HasSubstr("356300020000025"), Not(HasSubstr("Samsung"))));
+    EXPECT_THAT(choosePhone(phones, u"N59").message,
+                HasSubstr("Did you mean \"Nokia N9\" or \"Nokia N95\"?"));
     EXPECT_THAT(choosePhone(phones, u"toaster").message, HasSubstr("Samsung SGH-D600 (356300030000032)"));
-}
 
-TEST(PhoneChoice, RanksNamesByTheirEditDistance) {
     EXPECT_EQ(3u, editDistance(u"kitten", u"sitting"));
     EXPECT_EQ(4u, editDistance(u"", u"list"));
-    EXPECT_EQ(0u, editDistance(u"Käthe", u"Käthe"));
     const std::vector<Text> names = {u"contacts", u"list", u"lists"};
     EXPECT_THAT(nearestNames(u"LSIT", names, 2), ElementsAre(u"list"));
     EXPECT_THAT(nearestNames(u"lits", names, 2), ElementsAre(u"lists", u"list"));
@@ -58,14 +52,20 @@ TEST(PhoneChoice, RanksNamesByTheirEditDistance) {
 }
 
 TEST(ResultMessages, DependOnTheOperationOrOnTheStatus) {
-    EXPECT_THAT(resultMessage(Operation::listPhones, -7), HasSubstr("--connectivity"));
-    EXPECT_THAT(resultMessage(Operation::readContacts, -3, "Nokia E65"), HasSubstr("Nokia E65 refused"));
-    EXPECT_THAT(resultMessage(Operation::readContacts, static_cast<Long>(0x80100014), "X"),
-                HasSubstr("X is busy"));
+    struct {
+        Operation operation;
+        std::uint32_t result;
+        const char* message;
+    } const cases[] = {
+        {Operation::readContacts, 0x80100014, "X is busy"},
+        {Operation::readContacts, static_cast<std::uint32_t>(-3), "X refused"},
+        {Operation::listPhones, 0x8010ABCD, "0x8010ABCD"},
+        {Operation::readContacts, static_cast<std::uint32_t>(-77), "-77"},
+    };
+    for (const auto& [operation, result, message] : cases)
+        EXPECT_THAT(resultMessage(operation, static_cast<Long>(result), "X"), HasSubstr(message));
     EXPECT_THAT(resultMessage(Operation::listPhones, static_cast<Long>(0x80100004)),
                 HasSubstr("to the phone was"));
-    EXPECT_THAT(resultMessage(Operation::listPhones, static_cast<Long>(0x8010ABCD)), HasSubstr("0x8010ABCD"));
-    EXPECT_THAT(resultMessage(Operation::readContacts, -77), HasSubstr("-77"));
 }
 
 }  // namespace

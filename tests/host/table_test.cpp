@@ -1,9 +1,10 @@
-#include "host/table.h"
+#include "host/output/table.h"
 
 #include <gtest/gtest.h>
+#include <sstream>
 
 #include "base/utf8.h"
-#include "host/display_width.h"
+#include "host/output/display_width.h"
 
 namespace ovno2::host {
 
@@ -61,29 +62,19 @@ TEST(Table, AlignsColumnsByCellsAndLeavesNoBlanksAtTheEnds) {
         "Name  Phone       Note\n"
         "渡邉  1           short\n"
         "Anna\n"
-        "Zo\xC3\xAB   0171 39200  a note that goes on for more than a line of it\n",
-        [] {
-            std::string text = rendered(0);
-            const std::size_t at = text.find("e\xCC\x88");
-            return text.replace(at, 3, "\xC3\xAB");
-        }());
+        "Zoe\u0308   0171 39200  a note that goes on for more than a line of it\n",
+        rendered(0));
 }
 
 TEST(Table, NoLineOnATerminalIsLongerThanTheTerminal) {
     for (std::size_t width = 1; width < 90; ++width) {
         std::size_t leftOut = 0;
-        const Text text = fromUtf8(rendered(width, &leftOut));
-        std::size_t start = 0;
-        for (std::size_t end; (end = text.find(u'\n', start)) != Text::npos; start = end + 1)
-            EXPECT_LE(displayWidth(TextView(text).substr(start, end - start)), width) << width;
-        EXPECT_LT(leftOut, 3u) << width;
-        if (width >= 64) {
-            EXPECT_EQ(0u, leftOut);
-        }
+        std::istringstream lines(rendered(width, &leftOut));
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(displayWidth(fromUtf8(line)), width);
+        EXPECT_EQ(width < 14 ? 2u : width < 26 ? 1u : 0u, leftOut) << width;
     }
-    std::size_t leftOut = 0;
-    EXPECT_EQ("Name  Phone\n渡邉  1\nAnna\n", rendered(20, &leftOut).substr(0, 27));
-    EXPECT_EQ(1u, leftOut);
+    EXPECT_TRUE(rendered(20).starts_with("Name  Phone\n渡邉  1\nAnna\n"));
 }
 
 TEST(Table, AFewLongCellsDoNotPushOtherColumnsOut) {

@@ -9,7 +9,6 @@
 #include "base/utf8.h"
 #include "common/machine_test.h"
 #include "common/soon.h"
-#include "core/attempt.h"
 #include "log/debug_log.h"
 #include "pc/registry_access.h"
 
@@ -18,10 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-using testing::Not;
 
 constexpr TextView debugKey = u"Software\\Marrowind\\Orvanta\\Debug";
-constexpr const char* values[] = {"hWnd", "On", "Mode", "Level"};
 
 std::string contentOf(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -30,7 +27,8 @@ std::string contentOf(const fs::path& file) {
 
 class ViewerProcess {
   public:
-    ViewerProcess(const fs::path& home, std::vector<std::string> options) : output_(home / "output") {
+    ViewerProcess(const fs::path& home, std::vector<std::string> options, const char* name = "output")
+        : output_(home / name) {
         fs::remove(output_);
         options.insert(options.begin(), OVVIEWER);
         std::vector<char*> arguments;
@@ -82,104 +80,62 @@ class Ovviewer : public MachineTest {
         DebugLog::connect();
         DebugLog::DebugInit();
     }
-    static void logARead() {
+    void expectNothingPublished() {
+        for (const char* name : {"hWnd", "On", "Mode", "Level"})
+            EXPECT_EQ("", value(name)) << name;
+    }
+};
+
+TEST_F(Ovviewer, ShowsAndSavesTheLinesOfAnotherProcessByEitherChannel) {
+    const fs::path saved = folder.path() / "saved.log";
+    std::ofstream(saved) << "before\n";
+    struct {
+        std::vector<std::string> options;
+        const char* mode;
+        const char* shown;
+    } const cases[] = {
+        {{"--mode", "chunks", "--level", "4"},
+         "2",
+         "[ovNo2] remote Debug on, Level: 4\n[ovNo2] <GetDevices>_\n[ovNo2]  <Read>_\n[ovNo2]   für ??\n"
+         "[ovNo2]  </Read>\n[ovNo2] </GetDevices>\n"},
+        {{"--routine", "Read", "--save", saved.string()},
+         "3",
+         "[ovNo2]  <Read>_\n[ovNo2]   für 電話\n[ovNo2]  </Read>\n"},
+    };
+    for (const auto& [options, mode, shown] : cases) {
+        resetThreadState();
+        usePlatform(machine);
+        ViewerProcess viewer(folder.path(), options);
+        ASSERT_TRUE(published()) << viewer.output();
+        EXPECT_EQ(mode, value("Mode"));
+        startLog();
         DebugWrite(u"GetDevices", routineEntry);
         DebugWrite(u"Read", routineEntry);
         DebugWrite(u"für 電話");
         DebugWrite(u"Read", routineExit);
         DebugWrite(u"GetDevices", routineExit);
+        EXPECT_TRUE(soon([&] { return viewer.output() == shown; })) << viewer.output();
+        EXPECT_EQ(0, viewer.end(mode[0] == '2' ? SIGINT : SIGTERM));
+        EXPECT_EQ(shown, viewer.output());
+        expectNothingPublished();
     }
-    static bool shows(const ViewerProcess& viewer, const std::string& text) {
-        return soon([&] { return viewer.output().find(text) != std::string::npos; });
-    }
-};
-
-TEST_F(Ovviewer, ShowsTheLinesOfAnotherProcessByEitherChannel) {
-    struct {
-        const char* mode;
-        const char* number;
-        const char* line;
-    } const channels[] = {{"chunks", "2", "[ovNo2]   für ??\n"}, {"shared", "3", "[ovNo2]   für 電話\n"}};
-    for (const auto& [mode, number, line] : channels) {
-        resetThreadState();
-        usePlatform(machine);
-        ViewerProcess viewer(folder.path(), {"--mode", mode, "--level", "4"});
-        ASSERT_TRUE(published()) << viewer.output();
-        EXPECT_EQ(number, value("Mode"));
-        startLog();
-        ASSERT_TRUE(logIsOn());
-        logARead();
-        EXPECT_TRUE(shows(viewer, "</GetDevices>"));
-        EXPECT_EQ(
-            std::string("[ovNo2] remote Debug on, Level: 4\n[ovNo2] <GetDevices>_\n[ovNo2]  <Read>_\n") +
-                line + "[ovNo2]  </Read>\n[ovNo2] </GetDevices>\n",
-            viewer.output());
-        EXPECT_EQ(0, viewer.end(SIGINT));
-        for (const char* name : values)
-            EXPECT_EQ("", value(name)) << name;
-    }
+    EXPECT_EQ(std::string("before\n") + cases[1].shown, contentOf(saved));
 }
 
-TEST_F(Ovviewer, SavesWhatItShowsOfARoutine) {
-    const fs::path saved = folder.path() / "saved.log";
-    std::ofstream(saved) << "before\n";
-    ViewerProcess viewer(folder.path(), {"--routine", "Read", "--save", saved.string()});
-    ASSERT_TRUE(published()) << viewer.output();
-    startLog();
-    logARead();
-    EXPECT_TRUE(shows(viewer, "</Read>"));
-    EXPECT_EQ(0, viewer.end(SIGTERM));
-    const std::string read = "[ovNo2]  <Read>_\n[ovNo2]   für 電話\n[ovNo2]  </Read>\n";
-    EXPECT_EQ(read, viewer.output());
-    EXPECT_EQ("before\n" + read, contentOf(saved));
-}
-
-TEST_F(Ovviewer, LinesArriveWhenTheSharedAreaCannotBeUsed) {
-    const auto foreign = machine.sharedMemory().create(u"OVDebug", 64);
-    ASSERT_TRUE(foreign);
-    ViewerProcess viewer(folder.path(), {"--mode", "shared"});
-    ASSERT_TRUE(published()) << viewer.output();
-    startLog();
-    logARead();
-    EXPECT_TRUE(shows(viewer, "[ovNo2]   für ??\n"));
-    EXPECT_THAT(viewer.output(), Not(HasSubstr("could not be read")));
-}
-
-TEST_F(Ovviewer, AViewerThatGoesInTheMiddleHarmsNeitherTheLogNorTheNextViewer) {
-    for (const char* mode : {"chunks", "shared"}) {
-        resetThreadState();
-        usePlatform(machine);
-        ViewerProcess viewer(folder.path(), {"--mode", mode, "--level", "3"});
-        ASSERT_TRUE(soon([&] { return value("On") == "1" && value("Level") == "3"; })) << viewer.output();
-        startLog();
-        DebugWrite(u"GetDevices", routineEntry);
-        EXPECT_TRUE(shows(viewer, "<GetDevices>_"));
-        EXPECT_EQ(-SIGKILL, viewer.end(SIGKILL));
-        for (int i = 0; i < 300; ++i) {
-            raisePending(fileNotFound);
-            DebugWrite(u"lost");
-            EXPECT_EQ(noFailure, pendingFailure().number);
-        }
+// What that means for the log is told in the log's own tests.
+TEST_F(Ovviewer, AViewerThatWasKilledIsReplacedAndAllItWroteGoes) {
+    std::string abandoned;
+    {
+        ViewerProcess killed(folder.path(), {"--level", "3"});
+        ASSERT_TRUE(published()) << killed.output();
+        abandoned = value("hWnd");
+        EXPECT_EQ(-SIGKILL, killed.end(SIGKILL));
         EXPECT_EQ("1", value("On"));  // left behind
-
-        const std::string abandoned = value("hWnd");
-        ViewerProcess next(folder.path(), {});
-        EXPECT_TRUE(soon([&] { return value("hWnd") != abandoned && value("On") == "1"; })) << next.output();
-        EXPECT_EQ(0, next.end(SIGTERM));
-        for (const char* name : values)
-            EXPECT_EQ("", value(name)) << name;
     }
-}
-
-TEST_F(Ovviewer, ASecondViewerSaysThatOneIsRunning) {
-    ViewerProcess viewer(folder.path(), {"--mode", "chunks"});
-    ASSERT_TRUE(published()) << viewer.output();
-    const std::string window = value("hWnd");
-    ViewerProcess second(folder.path(), {});
-    EXPECT_EQ(1, second.wait());
-    EXPECT_THAT(second.output(), HasSubstr("running already"));
-    EXPECT_EQ(window, value("hWnd"));
-    EXPECT_EQ("2", value("Mode"));
+    ViewerProcess next(folder.path(), {});
+    EXPECT_TRUE(soon([&] { return value("hWnd") != abandoned && value("On") == "1"; })) << next.output();
+    EXPECT_EQ(0, next.end(SIGTERM));
+    expectNothingPublished();
 }
 
 TEST_F(Ovviewer, GivesBackWhatWasThereAndKeepsWhatOthersChanged) {
@@ -187,6 +143,13 @@ TEST_F(Ovviewer, GivesBackWhatWasThereAndKeepsWhatOthersChanged) {
     setRegistryText(platform::currentUser, debugKey, u"Level", u"5");
     ViewerProcess viewer(folder.path(), {"--level", "2"});
     ASSERT_TRUE(published()) << viewer.output();
+    const std::string window = value("hWnd");
+    {
+        ViewerProcess second(folder.path(), {"--mode", "chunks"}, "second");
+        EXPECT_EQ(1, second.wait());
+        EXPECT_THAT(second.output(), HasSubstr("running already"));
+    }
+    EXPECT_EQ(window, value("hWnd"));
     EXPECT_EQ("3", value("Mode"));
     setRegistryText(platform::currentUser, debugKey, u"Level", u"9");
     EXPECT_EQ(0, viewer.end(SIGTERM));
@@ -208,7 +171,7 @@ TEST_F(Ovviewer, RefusesAWrongCommandLineAndAFileThatCannotBeWritten) {
         ViewerProcess viewer(folder.path(), options);
         EXPECT_EQ(status, viewer.wait());
         EXPECT_THAT(viewer.output(), HasSubstr(message));
-        EXPECT_EQ("", value("hWnd"));
+        expectNothingPublished();
     }
 }
 

@@ -1,0 +1,52 @@
+#include "host/command/command.h"
+
+#include <CLI/CLI.hpp>
+
+namespace ovno2::host {
+
+namespace {
+
+// The parser's own check, whose description would stand twice in the help.
+CLI::Validator quiet(CLI::Validator check) {
+    return check.description("");
+}
+
+}  // namespace
+
+// The parser calls the innermost command first.
+void setAction(CLI::App& command, Context& context, std::function<void()> action) {
+    command.callback([&context, action = std::move(action)] {
+        if (!context.action) context.action = action;
+    });
+}
+
+CLI::App& addCommand(CLI::App& parent, const char* name, const char* description, Context& context,
+                     std::function<void()> action) {
+    CLI::App& command = *parent.add_subcommand(name, description);
+    setAction(command, context, std::move(action));
+    return command;
+}
+
+void addCommonOptions(CLI::App& command, Context& context) {
+    command
+        .add_option("--format", context.format,
+                    "for people (the default; cut to fit a terminal) or for programs")
+        ->type_name("table|json")
+        ->check(quiet(CLI::IsMember({"table", "json"})));
+    command
+        .add_option("--connectivity", context.connectivity,
+                    "the connectivity library's folder, or its name beside this program")
+        ->type_name("NAME|DIR");
+    command.add_option("--phones", context.phones, "folder of phone images for the simulator")
+        ->type_name("DIR")
+        ->check(quiet(CLI::ExistingDirectory));
+}
+
+void addPhoneOption(CLI::App& command, Context& context) {
+    command
+        .add_option("--phone", context.phone,
+                    "model, name or serial number, or a part of it (default: the first)")
+        ->type_name("NAME|SERIAL");
+}
+
+}  // namespace ovno2::host

@@ -1,0 +1,184 @@
+// The driver over the COM object, as any program on Windows uses it.
+#include <system_error>
+
+#include "host/driver/com_client.h"
+#include "host/driver/directory.h"
+#include "host/output/console.h"
+
+namespace ovno2::host {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string systemMessage(HRESULT result) {
+    return std::system_category().message(static_cast<int>(result));
+}
+
+class ComDriver : public PhoneDriver {
+  public:
+    ComDriver(std::string connectivityFolder, ComPointer<_covNo2> module)
+        : connectivityFolder_(std::move(connectivityFolder)), module_(std::move(module)) {}
+
+    std::string connectivityFolder() override { return connectivityFolder_; }
+
+    SoftwareReport software() override {
+        VARIANT_BOOL newEnough = VARIANT_FALSE;
+        SoftwareReport report;
+        module_->CheckIfNokiaSDKIsThere(/*startit=*/VARIANT_FALSE, &newEnough);
+        report.newEnough = newEnough != VARIANT_FALSE;
+        module_->GetPCSuiteVersion(&report.suiteVersion);
+        module_->GetApiVersion(&report.contentVersion);
+        return report;
+    }
+
+    Long listPhones(std::vector<ListedPhone>& phones) override {
+        OwnedSafeArray models, media, serials, addresses, names, types;
+        LONG result = -1;
+        module_->GetConnectedDevices(models.address(), media.address(), serials.address(),
+                                     addresses.address(), names.address(), types.address(), /*medium=*/-1,
+                                     &result);
+        phones.clear();
+        for (std::size_t i = 0; i < slotsOf<BSTR>(models).size(); ++i)
+            phones.push_back({textOf(slotsOf<BSTR>(models)[i]), static_cast<Long>(slotsOf<LONG>(media)[i]),
+                              textOf(slotsOf<BSTR>(serials)[i]), textOf(slotsOf<BSTR>(addresses)[i]),
+                              textOf(slotsOf<BSTR>(names)[i]), static_cast<Long>(slotsOf<LONG>(types)[i])});
+        return static_cast<Long>(result);
+    }
+
+    Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
+                      const std::function<void(Long)>& progress, std::vector<Contact>& contacts) override {
+        LONG on = 1;
+        module_->put_GetAllFields_(&on);
+        Bstr model(phone.model), serial(phone.serial), phonebook;
+        module_->put_PhoneModel_(model.address());
+        OwnedSafeArray items, groups;
+        OwnedSafeArray table(newTable(fields));
+        const Bstr folder(fromUtf8(pictures + '\\'));
+        ComPointer<IDispatch> control;
+        *control.out() = new ProgressControl(progress);
+        LONG result = -1;
+        module_->NokiaGetAddressBookItems(model.address(), serial.address(), phonebook.address(),
+                                          items.address(), table.address(), groups.address(), folder.get(),
+                                          control.out(),
+                                          /*pCallBack=*/nullptr, &result);
+        contacts.clear();
+        // The first contact stands at index 1 of an array that had no elements.
+        const std::span<const tAdrItem> records = slotsOf<tAdrItem>(items);
+        contacts.reserve(records.size());
+        for (std::size_t i = 1; i < records.size(); ++i)
+            contacts.push_back(
+                {textOf(records[i].Location), textOf(records[i].FieldValues), textOf(records[i].Uid)});
+        return static_cast<Long>(result);
+    }
+
+    Long listFolder(const ListedPhone& phone, const Text& folder,
+                    std::vector<FolderEntry>& entries) override {
+        Bstr model(phone.model);
+        const Bstr path(folder);
+        OwnedSafeArray items;
+        LONG result = -1;
+        module_->GetDirContents(model.address(), items.address(), path.get(), &result);
+        std::vector<DirItem> records;
+        for (const tDirItem& item : slotsOf<tDirItem>(items))
+            records.push_back({textOf(item.DisplayName), textOf(item.Name), /*FullName=*/{},
+                               static_cast<Long>(item.Size), textOf(item.DateText),
+                               static_cast<Long>(item.Flags)});
+        entries = folderEntries(records);
+        return static_cast<Long>(result);
+    }
+    Long getFile(const Text& phonePath, const std::string& localFolder) override {
+        return withTexts(&_covNo2::GetFile, phonePath, fromUtf8(localFolder + '\\'));
+    }
+    Long putFile(const std::string& localFile, const Text& phoneFolder) override {
+        return withTexts(&_covNo2::PutFile, fromUtf8(localFile), phoneFolder);
+    }
+    Long renameFile(const Text& phonePath, const Text& newName) override {
+        return withTexts(&_covNo2::RenameFile, phonePath, newName);
+    }
+    Long deleteFile(const Text& phonePath) override { return withTexts(&_covNo2::DeleteFile, phonePath); }
+    Long renameFolder(const Text& phonePath, const Text& newName) override {
+        return withTexts(&_covNo2::RenameFolder, phonePath, newName);
+    }
+    Long createFolder(const Text& phonePath) override { return withTexts(&_covNo2::CreateFolder, phonePath); }
+    Long deleteFolder(const Text& phonePath) override { return withTexts(&_covNo2::DeleteFolder, phonePath); }
+    void endFiles() override {
+        LONG result = 0;
+        module_->EndFS(&result);
+    }
+
+  private:
+    // Calls a member that takes texts by reference and returns a number.
+    template <class Member, class... Texts>
+    Long withTexts(Member member, const Texts&... texts) {
+        LONG result = -1;
+        (module_.operator->()->*member)(Bstr(texts).address()..., &result);
+        return static_cast<Long>(result);
+    }
+
+    std::string connectivityFolder_;
+    ComPointer<_covNo2> module_;
+};
+
+// The registered component; without one, the one that lies beside the program.
+HRESULT createModule(ComPointer<_covNo2>& module) {
+    CLSID classId;
+    HRESULT result = CLSIDFromProgID(L"ovNo2.covNo2", &classId);
+    if (SUCCEEDED(result))
+        result = CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, __uuidof(_covNo2), module.outAny());
+    if (SUCCEEDED(result)) return result;
+
+    const HMODULE library = LoadLibraryW((console::programFolder() / "ovNo2.dll").c_str());
+    void* const entry =
+        library ? reinterpret_cast<void*>(GetProcAddress(library, "DllGetClassObject")) : nullptr;
+    const auto getClassObject = reinterpret_cast<LPFNGETCLASSOBJECT>(entry);
+    if (!getClassObject) return result;
+    ComPointer<IClassFactory> factory;
+    result = getClassObject(__uuidof(covNo2), __uuidof(IClassFactory), factory.outAny());
+    if (SUCCEEDED(result)) result = factory->CreateInstance(nullptr, __uuidof(_covNo2), module.outAny());
+    return result;
+}
+
+// The registry names the folder of an installed library; without one, the simulator beside the program is
+// taken.
+std::string defaultFolder() {
+    const Text installed = computer::machineValue(u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath");
+    if (!installed.empty()) return toUtf8(installed);
+    const fs::path folder = console::programFolder() / "simulator";
+    return fs::exists(folder / libraryFile("ConnAPI")) ? console::textOf(folder) : std::string();
+}
+
+// The module looks for its libraries by name and finds those that the process has loaded.
+void loadConnectivity(const std::string& folder) {
+    for (const char* name : {"ConnAPI", "DAAPI"}) {
+        const fs::path file = console::pathOf(folder) / libraryFile(name);
+        if (!LoadLibraryExW(file.c_str(), /*hFile=*/nullptr, LOAD_WITH_ALTERED_SEARCH_PATH))
+            throw DriverMissing("--connectivity: " + console::textOf(file) +
+                                " cannot be loaded: " + systemMessage(HRESULT_FROM_WIN32(GetLastError())));
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<PhoneDriver> makePhoneDriver(const std::string& connectivityFolder) {
+    const std::string folder = connectivityFolder.empty() ? defaultFolder() : connectivityFolder;
+    if (!folder.empty() && (!connectivityFolder.empty() || fs::is_directory(console::pathOf(folder))))
+        loadConnectivity(folder);
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    ComPointer<_covNo2> module;
+    const HRESULT result = createModule(module);
+    if (FAILED(result))
+        throw DriverMissing("The phone driver cannot be created: " + systemMessage(result) +
+                            "\nRegister it with register.cmd, which lies beside this program.");
+    return std::make_unique<ComDriver>(folder, std::move(module));
+}
+
+std::string libraryFile(const std::string& name) {
+    return name + ".dll";
+}
+
+std::filesystem::path pathOfModuleText(TextView text) {
+    return std::wstring(text.begin(), text.end());
+}
+
+}  // namespace ovno2::host

@@ -1,0 +1,137 @@
+// The host's only door to the phone driver module: phones and their contents as plain values, and this
+// computer as the module sees it.
+//
+// The driver has one implementation a platform: natively over the public class, on Windows over the COM
+// object. Both do what any host application does: settings first, then operations. The commands know neither.
+// Texts are UTF-16; results are the module's (0 or more = done; see result_messages.h).
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "base/host_array.h"  // TextTable
+#include "devices/devices.h"  // tMedia, tNokiaPhoneType
+#include "host/output/text.h"
+
+namespace ovno2::host {
+
+// A way in which a phone is attached.
+struct ListedPhone {
+    Text model;
+    Long media = 0;  // tMedia
+    Text serial;
+    Text address;
+    Text name;
+    Long type = 0;  // tNokiaPhoneType
+};
+
+struct Contact {
+    Text location;
+    Text values;  // one per row of the field-definition table, separated by tabs
+    Text uid;     // pairs of upper-case hexadecimal digits
+};
+
+// An entry of a phone's folder.
+struct FolderEntry {
+    Text name;
+    Text label;  // of a drive that shows one
+    bool isFolder = false;
+    bool isReadOnly = false;
+    bool isSpecial = false;  // a folder of the system
+    std::uint64_t size = 0;  // of a file, in bytes
+    Text changedText;        // of a file: local time in the user's form, midnight omitted
+    std::optional<std::chrono::sys_seconds> changed;  // none where it is no time that a file here can have
+};
+
+struct SoftwareReport {
+    bool newEnough = false;     // the desktop software is there, and not too old
+    Single suiteVersion = 0;    // 0 = none found
+    Single contentVersion = 0;  // of the library's content access; 0 = it cannot be asked
+};
+
+class PhoneDriver {
+  public:
+    virtual ~PhoneDriver() = default;
+
+    // The folder in which the connectivity library is looked for first; empty = the system's own search.
+    virtual std::string connectivityFolder() = 0;
+
+    // What the module knows of the software that it works with. Starts nothing.
+    virtual SoftwareReport software() = 0;
+
+    virtual Long listPhones(std::vector<ListedPhone>& phones) = 0;
+
+    // Reads the whole phone book; `contacts` gets the contacts in the phone's order, also those read before a
+    // failure. Pictures are written to the folder `pictures`, an absolute path. `progress` is called with the
+    // value of the progress control whenever the module advances it: by 1 for a step or a contact, by 50 when
+    // the number of contacts is known.
+    virtual Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
+                              const std::function<void(Long value)>& progress,
+                              std::vector<Contact>& contacts) = 0;
+
+    // The phone's files. Phone paths are "E:\Images"; an empty one is the phone itself, whose folders are the
+    // drives. Listing opens the session with the phone, and the other operations work on the phone that was
+    // listed last.
+
+    // `entries` gets the folders, then the files; also those that were listed before a failure.
+    virtual Long listFolder(const ListedPhone& phone, const Text& folder,
+                            std::vector<FolderEntry>& entries) = 0;
+    // `localFolder` is an absolute path; the file arrives there under the name it has on the phone. 0 does
+    // not say that it could be written.
+    virtual Long getFile(const Text& phonePath, const std::string& localFolder) = 0;
+    virtual Long putFile(const std::string& localFile, const Text& phoneFolder) = 0;
+    virtual Long renameFile(const Text& phonePath, const Text& newName) = 0;
+    virtual Long deleteFile(const Text& phonePath) = 0;  // 1 = deleted
+    virtual Long renameFolder(const Text& phonePath, const Text& newName) = 0;
+    virtual Long createFolder(
+        const Text& phonePath) = 0;  // what follows the last "." of its name is left out
+    virtual Long deleteFolder(const Text& phonePath) = 0;  // 1 = deleted
+    virtual void endFiles() = 0;                           // closes the session
+};
+
+// The driver cannot be had at all; `what` says why and what to do, in UTF-8.
+class DriverMissing : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// Without a folder of the connectivity library the one is taken that the system says. Throws DriverMissing.
+std::unique_ptr<PhoneDriver> makePhoneDriver(const std::string& connectivityFolder);
+
+// The file of a library that is bound by name, such as "ConnAPI".
+std::string libraryFile(const std::string& name);
+
+// A path as the module and the registry write it.
+std::filesystem::path pathOfModuleText(TextView text);
+
+// How the driver sends a file to a phone: as it is, or, when it begins like a text in UTF-16 or with a UTF-8
+// mark, as text in the system's code page, which may lack some of its characters.
+bool goesAsText(const std::filesystem::path& file);
+bool losesCharacters(const std::filesystem::path& file);
+
+namespace computer {
+
+// Registry values; empty = none.
+Text userValue(TextView key, TextView name);
+Text machineValue(TextView key, TextView name);
+// An empty text deletes the value. False when the registry does not hold it afterwards.
+bool setUserValue(TextView key, TextView name, TextView text);
+
+// Those programs that run now, by the names of their files.
+std::vector<TextView> runningAmong(std::span<const TextView> programs);
+
+// What the file of a program or library says of its version; empty when it says nothing.
+Text programVersion(const std::filesystem::path& file);
+
+// A text in the system's code page, such as the module's log is written in.
+Text fromCodePage(std::string_view bytes);
+
+}  // namespace computer
+
+}  // namespace ovno2::host

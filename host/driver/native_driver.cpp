@@ -1,0 +1,137 @@
+// The driver over the public class, in the same process.
+#include "core/current_platform.h"
+#include "driver/cov_no2.h"
+#include "driver/progress_object.h"
+#include "host/driver/directory.h"
+#include "host/output/console.h"
+#include "platform/portable/libraries.h"
+#include "platform/portable/paths.h"
+
+namespace ovno2::host {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class NativeDriver : public PhoneDriver {
+  public:
+    explicit NativeDriver(std::string connectivityFolder)
+        : connectivityFolder_(std::move(connectivityFolder)) {}
+
+    std::string connectivityFolder() override { return connectivityFolder_; }
+
+    SoftwareReport software() override {
+        return {module_.CheckIfNokiaSDKIsThere(/*startit=*/false), module_.GetPCSuiteVersion(),
+                module_.GetApiVersion()};
+    }
+
+    Long listPhones(std::vector<ListedPhone>& phones) override {
+        TextArray models, serials, addresses, names;
+        LongArray media, types;
+        const Long result = module_.GetConnectedDevices(models, media, serials, addresses, names, types);
+        phones.clear();
+        for (std::size_t i = 0; i < models.size(); ++i) {
+            const Long index = static_cast<Long>(i);
+            phones.push_back({models.at(index), media.at(index), serials.at(index), addresses.at(index),
+                              names.at(index), types.at(index)});
+        }
+        return result;
+    }
+
+    Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
+                      const std::function<void(Long)>& progress, std::vector<Contact>& contacts) override {
+        module_.GetAllFields_(1);
+        module_.PhoneModel_(phone.model);
+        Text model = phone.model;
+        Text serial = phone.serial;
+        Text phonebook;
+        TextArray groups;
+        HostArray<AdrItem> items;
+        const Long result = module_.NokiaGetAddressBookItems(model, serial, phonebook, items, fields, groups,
+                                                             fromUtf8(pictures + '/'),
+                                                             std::make_shared<ProgressObject>(progress));
+        contacts.clear();
+        contacts.reserve(items.size());
+        // The first contact stands at index 1 of an array that had no elements.
+        for (std::size_t i = 1; i < items.size(); ++i) {
+            AdrItem& item = items.at(static_cast<Long>(i));
+            contacts.push_back({std::move(item.Location), std::move(item.FieldValues), std::move(item.Uid)});
+        }
+        return result;
+    }
+
+    Long listFolder(const ListedPhone& phone, const Text& folder,
+                    std::vector<FolderEntry>& entries) override {
+        Text model = phone.model;
+        HostArray<DirItem> items;
+        const Long result = module_.GetDirContents(model, items, folder);
+        entries = folderEntries(items.elements());
+        return result;
+    }
+    Long getFile(const Text& phonePath, const std::string& localFolder) override {
+        Text path = phonePath;
+        Text folder = fromUtf8(localFolder + '/');
+        return module_.GetFile(path, folder);
+    }
+    Long putFile(const std::string& localFile, const Text& phoneFolder) override {
+        Text path = fromUtf8(localFile);
+        Text folder = phoneFolder;
+        return module_.PutFile(path, folder);
+    }
+    Long renameFile(const Text& phonePath, const Text& newName) override {
+        Text path = phonePath;
+        Text name = newName;
+        return module_.RenameFile(path, name);
+    }
+    Long deleteFile(const Text& phonePath) override {
+        Text path = phonePath;
+        return module_.DeleteFile(path);
+    }
+    Long renameFolder(const Text& phonePath, const Text& newName) override {
+        Text path = phonePath;
+        Text name = newName;
+        return module_.RenameFolder(path, name);
+    }
+    Long createFolder(const Text& phonePath) override {
+        Text path = phonePath;
+        return module_.CreateFolder(path);
+    }
+    Long deleteFolder(const Text& phonePath) override {
+        Text path = phonePath;
+        return module_.DeleteFolder(path);
+    }
+    void endFiles() override { module_.EndFS(); }
+
+  private:
+    std::string connectivityFolder_;
+    covNo2 module_;
+};
+
+// The registry names the folder of an installed library; without one, this build's simulator is taken.
+std::string defaultFolder() {
+    const Text installed = computer::machineValue(u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath");
+    if (!installed.empty()) return console::textOf(pathOfModuleText(installed));
+    const fs::path folder = console::programFolder() / ".." / "lib";
+    return fs::exists(folder / libraryFile("ConnAPI")) ? fs::canonical(folder).string() : std::string();
+}
+
+}  // namespace
+
+std::unique_ptr<PhoneDriver> makePhoneDriver(const std::string& connectivityFolder) {
+    const std::string folder = connectivityFolder.empty() ? defaultFolder() : connectivityFolder;
+    if (!folder.empty())
+        static_cast<platform::portable::PortableLibraries&>(platform::nativePlatform().libraries())
+            .searchOnlyIn(folder);
+    return std::make_unique<NativeDriver>(folder);
+}
+
+std::string libraryFile(const std::string& name) {
+    return "lib" + name + ".so";
+}
+
+std::filesystem::path pathOfModuleText(TextView text) {
+    using namespace platform;
+    return portable::nativePath(static_cast<portable::Machine&>(nativePlatform()), text);
+}
+
+}  // namespace ovno2::host

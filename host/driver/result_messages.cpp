@@ -1,0 +1,121 @@
+#include "host/driver/result_messages.h"
+
+#include <optional>
+
+#include "host/output/text.h"
+
+namespace ovno2::host {
+
+namespace {
+
+struct ResultMessage {
+    std::optional<Operation> operation;  // none = the code means the same everywhere
+    std::uint32_t result;
+    const char* text;  // "%" stands for the phone, "$" for the file or folder
+};
+
+constexpr std::uint32_t step(Long number) {
+    return static_cast<std::uint32_t>(number);
+}
+
+// Numbers of a step mean what the operation says; library statuses mean the same everywhere.
+constexpr ResultMessage messages[] = {
+    {Operation::listPhones, step(-1),
+     "The connectivity software could not be started. Close other phone programs, start the software again "
+     "and retry."},
+    {Operation::listPhones, step(-2),
+     "The connectivity software did not tell how many phones are attached. Retry."},
+    {Operation::listPhones, step(-3), "The connectivity software did not list the attached phones. Retry."},
+    {Operation::listPhones, step(-7),
+     "The connectivity library was not found. Install the phone maker's connectivity software, or name the "
+     "folder of "
+     "the library with --connectivity."},
+    {Operation::readContacts, step(-1),
+     "The part of the connectivity software that reads contacts could not be started. Is it installed "
+     "completely?"},
+    {Operation::readContacts, step(-2),
+     "% is no longer attached, or let nobody read its contacts. Check the cable or the Bluetooth connection "
+     "and retry."},
+    {Operation::readContacts, step(-3),
+     "% refused the connection to its contacts. Accept the connection on the phone, and see that it is "
+     "switched on, "
+     "not locked and in reach; then retry."},
+    {Operation::readContacts, step(-4), "% has no phone book that can be read."},
+    {Operation::readContacts, step(-5),
+     "% is busy: another program is working with it. Close that program, or wait until it is done, and "
+     "retry."},
+    {Operation::openFiles, step(-1),
+     "% did not open its files. It may be locked, busy with another program, attached as a USB drive, or no "
+     "longer "
+     "attached; see to that and retry."},
+    {Operation::listFolder, step(-1),
+     "% did not list $. The connection may be lost: check the cable or the reception and retry."},
+    {Operation::getFile, step(-1), "% did not open its files. Attach it again and retry."},
+    {Operation::getFile, step(-2),
+     "% did not hand out $. Another program on the phone may have it open, or it was removed meanwhile."},
+    {Operation::putFile, step(-1), "% did not open its files. Attach it again and retry."},
+    {Operation::putFile, step(-2), "% has no such folder any more."},
+    {Operation::putFile, step(-3),
+     "% did not take $. Its memory may be full, or the name too long or with characters that the phone does "
+     "not "
+     "take."},
+    {Operation::renameEntry, step(-1), "% did not find the folder of $ any more."},
+    {Operation::renameEntry, step(-2),
+     "% did not rename $. It may be read-only or in use, or the new name too long or with characters that "
+     "the phone "
+     "does not take."},
+    {Operation::deleteFile, step(-1), "% did not find the folder of $ any more."},
+    {Operation::deleteFile, step(-2), "% did not delete $. It may be read-only or in use."},
+    {Operation::createFolder, step(-1), "% did not find the folder above $."},
+    {Operation::createFolder, step(-2),
+     "% did not make $. Its memory may be full or read-only, or the name too long or with characters that "
+     "the phone "
+     "does not take."},
+    {Operation::deleteFolder, step(-1), "% did not find the folder above $ any more."},
+    {Operation::deleteFolder, step(-2), "% did not delete $. It may be read-only or in use."},
+    {{}, 0x80100004, "The connection to % was closed. Attach the phone again and retry."},
+    {{},
+     0x80100014,
+     "% is busy: another program is working with it. Close that program, or wait until it is done, and "
+     "retry."},
+    {{},
+     0x80100023,
+     "% does not let its contents be read over this connection. If it is attached as a USB drive, choose the "
+     "connection mode for phone software (such as \"PC Suite\") on the phone and retry."},
+    {{}, 0x80200000, "% cannot be reached. See that it is switched on and in reach, and retry."},
+    {{},
+     0x80200006,
+     "The connection to % was lost, three times over. Check the cable or the reception and retry."},
+    {{},
+     0x80200008,
+     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked "
+     "and in "
+     "reach; then retry."},
+    {{}, 0x8020000D, "The kind of connection that % needs is switched off. Switch it on and retry."},
+    {{},
+     0x80200010,
+     "The connectivity service failed, three times over. Start the connectivity software again and retry."},
+};
+
+std::string filled(std::string text, const std::string& phone, const std::string& subject) {
+    const std::size_t subjectPlace = text.find('$');
+    if (subjectPlace != std::string::npos) text.replace(subjectPlace, 1, subject);
+    const std::size_t place = text.find('%');
+    const char* unnamed = place == 0 ? "The phone" : "the phone";
+    if (place != std::string::npos) text.replace(place, 1, phone.empty() ? unnamed : phone);
+    return text;
+}
+
+}  // namespace
+
+std::string resultMessage(Operation operation, Long result, const std::string& phone,
+                          const std::string& subject) {
+    const auto code = static_cast<std::uint32_t>(result);
+    for (const ResultMessage& message : messages)
+        if (message.result == code && (!message.operation || *message.operation == operation))
+            return filled(message.text, phone, subject);
+    if (result > -1000) return "The operation failed with result " + std::to_string(result) + ".";
+    return "The connectivity library reported error 0x" + toUtf8(hexText(code)) + ".";
+}
+
+}  // namespace ovno2::host

@@ -1,0 +1,99 @@
+#include <algorithm>
+#include <fcntl.h>
+#include <io.h>
+#include <stdio.h>
+#include <system_error>
+#include <windows.h>
+
+#include "host/output/console.h"
+#include "host/output/text.h"
+
+namespace ovno2::host::console {
+
+namespace {
+
+std::wstring wide(const std::string& utf8) {
+    const Text text = fromUtf8(utf8);
+    return {text.begin(), text.end()};
+}
+
+std::string narrow(const std::wstring& text) {
+    return toUtf8(Text(text.begin(), text.end()));
+}
+
+}  // namespace
+
+std::vector<std::string> arguments(int argc, char** argv) {
+    SetConsoleOutputCP(CP_UTF8);
+    // Lines end as everywhere else; the console takes that as well.
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
+    int count = 0;
+    wchar_t** texts = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (!texts) return {argv, argv + argc};
+    std::vector<std::string> list;
+    for (int i = 0; i < count; ++i)
+        list.push_back(narrow(texts[i]));
+    LocalFree(texts);
+    return list;
+}
+
+void useLargePages() {}
+
+bool outputIsTerminal() {
+    return _isatty(_fileno(stdout)) != 0;
+}
+
+bool errorIsTerminal() {
+    return _isatty(_fileno(stderr)) != 0;
+}
+
+std::size_t terminalWidth() {
+    if (const wchar_t* columns = _wgetenv(L"COLUMNS"))
+        if (const long width = wcstol(columns, nullptr, 10); width > 0)
+            return static_cast<std::size_t>(width);
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info)) return 80;
+    return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1);
+}
+
+void setEnvironment(const std::string& name, const std::string& value) {
+    SetEnvironmentVariableW(wide(name).c_str(), wide(value).c_str());
+}
+
+bool hasEnvironment(const std::string& name) {
+    return GetEnvironmentVariableW(wide(name).c_str(), nullptr, 0) > 1;
+}
+
+std::filesystem::path programFolder() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return std::filesystem::path(path).parent_path();
+}
+
+std::filesystem::path userFolder() {
+    const wchar_t* profile = _wgetenv(L"USERPROFILE");
+    return profile && *profile ? std::filesystem::path(profile) : std::filesystem::temp_directory_path();
+}
+
+std::filesystem::path pathOf(const std::string& utf8) {
+    return wide(utf8);
+}
+
+std::string textOf(const std::filesystem::path& path) {
+    return narrow(path.wstring());
+}
+
+std::filesystem::path makeTemporaryFolder() {
+    std::wstring folder(MAX_PATH + 1, L'\0');
+    folder.resize(GetTempPathW(static_cast<DWORD>(folder.size()), folder.data()));
+    for (DWORD number = GetTickCount(), tries = 0; tries < 1000; ++tries, ++number) {
+        const std::wstring path =
+            folder + L"ovphone-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(number);
+        if (CreateDirectoryW(path.c_str(), nullptr)) return path;
+        if (GetLastError() != ERROR_ALREADY_EXISTS) break;
+    }
+    throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), narrow(folder));
+}
+
+}  // namespace ovno2::host::console

@@ -1,0 +1,58 @@
+#include "host/output/progress.h"
+
+#include <cstdio>
+
+namespace ovno2::host {
+
+namespace {
+
+constexpr Long announcement = 50;
+constexpr std::chrono::milliseconds patience{300};  // before the first drawing
+constexpr std::chrono::milliseconds interval{80};
+constexpr std::size_t barWidth = 20;
+constexpr std::size_t markWidth = 3;
+
+}  // namespace
+
+ProgressBar::ProgressBar(std::string what, bool shown)
+    : what_(std::move(what)), shown_(shown), nextDrawing_(std::chrono::steady_clock::now() + patience) {}
+
+ProgressBar::~ProgressBar() {
+    if (drawn_ == 0) return;
+    show({});
+    std::fputs("\r", stderr);
+}
+
+void ProgressBar::advanceTo(Long value) {
+    const Long step = value - value_;
+    value_ = value;
+    if (step >= announcement)
+        items_ = 0;
+    else if (items_ >= 0)
+        items_ += step;
+    if (!shown_) return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < nextDrawing_) return;
+    nextDrawing_ = now + interval;
+    draw();
+}
+
+void ProgressBar::draw() {
+    constexpr std::size_t way = barWidth - markWidth;
+    const std::size_t there = frame_++ % (2 * way);
+    const std::size_t place = there <= way ? there : 2 * way - there;
+    std::string line =
+        "Reading " + what_ + " [" + std::string(place, ' ') + "<=>" + std::string(way - place, ' ') + "]";
+    if (items_ >= 0) line += " " + std::to_string(items_);
+    show(line);
+}
+
+// Puts `line` in the place of the one on the screen.
+void ProgressBar::show(const std::string& line) {
+    const std::size_t rest = line.size() < drawn_ ? drawn_ - line.size() : 0;
+    std::fputs(("\r" + line + std::string(rest, ' ')).c_str(), stderr);
+    std::fflush(stderr);
+    drawn_ = line.size();
+}
+
+}  // namespace ovno2::host

@@ -1,0 +1,38 @@
+// The progress of a long read, on one line of standard error that is taken away again at the end.
+//
+// How many items there will be is not told beforehand, so the bar shows that something moves and how far it
+// has come. Nothing is shown for a read that ends at once.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "host/output/text.h"
+
+namespace ovno2::host {
+
+class ProgressBar {
+  public:
+    // `what` names what is read, such as "contacts". With `shown` false nothing is ever written.
+    ProgressBar(std::string what, bool shown);
+    ~ProgressBar();
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    // The value of the progress control; a jump of 50 announces that the items follow one by one.
+    void advanceTo(Long value);
+
+  private:
+    void draw();
+    void show(const std::string& line);
+
+    std::string what_;
+    bool shown_;
+    std::size_t drawn_ = 0;  // length of the line on the screen
+    Long value_ = 0;
+    Long items_ = -1;  // -1 = the items have not begun
+    std::size_t frame_ = 0;
+    std::chrono::steady_clock::time_point nextDrawing_;
+};
+
+}  // namespace ovno2::host

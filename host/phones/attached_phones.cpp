@@ -1,0 +1,54 @@
+#include "host/phones/attached_phones.h"
+
+#include <filesystem>
+
+#include "host/driver/result_messages.h"
+#include "host/output/command_output.h"
+#include "host/output/console.h"
+#include "host/output/exit_status.h"
+#include "host/output/text.h"
+#include "host/phones/phone_choice.h"
+
+namespace ovno2::host {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The folder that --connectivity means: a folder, or the name of one beside the program.
+std::string connectivityFolder(const std::string& given) {
+    if (given.empty()) return {};
+    const fs::path program = console::programFolder();
+    for (const fs::path& folder : {fs::path(console::pathOf(given)), program / console::pathOf(given),
+                                   program / ".." / console::pathOf(given)})
+        if (fs::is_directory(folder)) return console::textOf(fs::canonical(folder));
+    throw CommandFailure{wrongUsage, "--connectivity: there is no folder \"" + given +
+                                         "\", neither as it stands nor beside this program."};
+}
+
+}  // namespace
+
+std::unique_ptr<PhoneDriver> openDriver(const Context& context) {
+    if (!context.phones.empty())
+        console::setEnvironment("OVNO2_PHONES",
+                                console::textOf(fs::absolute(console::pathOf(context.phones))));
+    return makePhoneDriver(connectivityFolder(context.connectivity));
+}
+
+AttachedPhones::AttachedPhones(const Context& context)
+    : wanted_(context.phone), driver_(openDriver(context)) {
+    const Long result = driver_->listPhones(phones_);
+    if (result < 0) throw CommandFailure{failed, resultMessage(Operation::listPhones, result)};
+}
+
+const ListedPhone& AttachedPhones::chosen() const {
+    const PhoneChoice choice = choosePhone(phones_, fromUtf8(wanted_));
+    if (!choice.phone) throw CommandFailure{failed, choice.message};
+    return *choice.phone;
+}
+
+std::string titleOf(const ListedPhone& phone) {
+    return toUtf8(phone.model.empty() ? phone.serial : phone.model);
+}
+
+}  // namespace ovno2::host

@@ -1,0 +1,20 @@
+// The listed phones as JSON for programs and as a table for people.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "host/driver/driver.h"
+#include "host/output/table.h"
+
+namespace ovno2::host {
+
+// An array with one object a connection, one a line.
+std::string phonesAsJson(std::span<const ListedPhone> phones);
+
+Table phonesAsTable(std::span<const ListedPhone> phones);
+
+// Writes them.
+void showPhones(std::span<const ListedPhone> phones, bool asJson);
+
+}  // namespace ovno2::host
