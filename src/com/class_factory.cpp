@@ -1,6 +1,7 @@
 #include "com/class_factory.h"
 
 #include "com/component.h"
+#include "com/module.h"
 
 namespace ovno2::com {
 
@@ -32,7 +33,7 @@ class ClassFactory final : public IClassFactory {
         *object = nullptr;
         if (outer) return CLASS_E_NOAGGREGATION;
         try {
-            Component* const component = Component::create();
+            _covNo2* const component = createComponent();
             const HRESULT result = component->QueryInterface(id, object);
             component->Release();
             return result;

@@ -1,6 +1,6 @@
 // What the DLL exports: the entry points of a COM in-process server.
 #include "com/class_factory.h"
-#include "com/component.h"
+#include "com/module.h"
 #include "com/registration.h"
 
 extern "C" {

@@ -53,6 +53,10 @@ Text textAt(const Location& location) {
     return Registry::GetRegValue(location.hive, location.key, location.name);
 }
 
+Registry::WatchedValue watch(const Location& location) {
+    return {location.hive, location.key, location.name};
+}
+
 double numberAt(const Location& location) {
     return numericValue(textAt(location));
 }
@@ -102,6 +106,8 @@ class Writer final : public LogWriter {
   public:
     void DebugInit();
     void releaseSharedArea() {
+        watchedViewerSwitch_.close();
+        watchedUserSwitch_.close();
         const std::unique_ptr<cMemMappedFile> released = std::move(viewer_.sharedArea);
     }
 
@@ -122,6 +128,9 @@ class Writer final : public LogWriter {
     Long mode_ = 0;
     ViewerChannel viewer_;
     bool writing_ = false;  // what the writer itself calls logs nothing
+    // The re-check comes so often that opening the keys each time would take most of a long read.
+    Registry::WatchedValue watchedViewerSwitch_ = watch(viewerSwitch);
+    Registry::WatchedValue watchedUserSwitch_ = watch(userSwitch);
 };
 
 struct State {
@@ -183,7 +192,8 @@ void Writer::chooseMode() {
 
 void Writer::recheckSwitches() noexcept {
     attempt([&] {
-        if (numberAt(viewerSwitch) == 0 && numberAt(userSwitch) == 0) return;
+        if (numericValue(watchedViewerSwitch_.text()) == 0 && numericValue(watchedUserSwitch_.text()) == 0)
+            return;
         settingsRead_ = false;
         DebugInit();
     });

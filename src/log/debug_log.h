@@ -3,7 +3,7 @@
 // The log is off unless registry values switch it on. Lines then go to a text file, each one opening,
 // extending and closing it, or live to a viewer's window (viewer_channel.h). Whether the log is on never
 // changes a result. All state is the calling thread's: the settings once read, the indent, the viewer's
-// window and shared area. The public class runs these routines; everything else only calls `DebugWrite`.
+// window and shared area, the open keys of the switches that are re-checked. The public class runs these routines; everything else only calls `DebugWrite`.
 #pragma once
 
 namespace ovno2::DebugLog {
@@ -15,7 +15,8 @@ void connect();
 // 256th line while the log is off, makes it read them once more.
 void DebugInit() noexcept;
 
-// Gives the viewer's shared area back. The next DebugInit that reads settings makes a new one.
+// Gives the viewer's shared area back, and the keys of the switches. The next DebugInit that reads settings
+// makes a new area, the next re-check opens the keys; what is open when the thread ends is closed then.
 void releaseSharedArea() noexcept;
 
 }  // namespace ovno2::DebugLog

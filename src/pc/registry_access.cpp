@@ -1,7 +1,6 @@
 #include "pc/registry_access.h"
 
 #include <cmath>
-#include <memory>
 
 #include "core/attempt.h"
 #include "core/current_platform.h"
@@ -16,6 +15,11 @@ using platform::RegistryType;
 using platform::RegistryValue;
 
 constexpr std::size_t profileBufferSize = 512;  // characters, the terminating NUL included
+
+// Whether a reading with this result has found a key that still exists.
+bool keyIsThere(Long result) {
+    return result == platform::registryOk || result == platform::registryNotFound || result == unhandledType;
+}
 
 }  // namespace
 
@@ -60,16 +64,24 @@ Long RegSetLongValue(RegistryKey& key, TextView valueName, Long number, bool kee
     return result;
 }
 
-Text GetRegValue(Long hive, TextView keyPath, TextView valueName, Long flags) noexcept {
+Text WatchedValue::text() noexcept {
     Text text;
     attempt([&] {
-        std::unique_ptr<RegistryKey> key;
-        const bool view64 = (flags & view64Bit) != 0;
-        if (currentPlatform().registry().open(hive, keyPath, view64, key) != platform::registryOk) return;
-        RegQueryValueText(*key, valueName, text);
-        if (text.ends_with(u'\0')) text.pop_back();
+        const auto read = [&] {
+            const Long result = RegQueryValueText(*key_, valueName_, text);
+            if (text.ends_with(u'\0')) text.pop_back();
+            return result;
+        };
+        if (key_ && keyIsThere(read())) return;
+        key_.reset();
+        const bool view64 = (flags_ & view64Bit) != 0;
+        if (currentPlatform().registry().open(hive_, keyPath_, view64, key_) == platform::registryOk) read();
     });
     return text;
+}
+
+Text GetRegValue(Long hive, TextView keyPath, TextView valueName, Long flags) noexcept {
+    return WatchedValue(hive, keyPath, valueName, flags).text();
 }
 
 bool SetRegValue(Long hive, Text& keyPath, TextView valueName, TextView value, Long type,

@@ -1,9 +1,12 @@
 // The registry and the profile file, as the whole module reads and writes them.
 //
 // Every value crosses as text: numbers as signed decimal text, binary data as one character a byte through
-// the ANSI code page. Keeps no state; keys are opened and closed within each call. No routine throws: what
-// fails becomes the thread's pending failure and shows in the result.
+// the ANSI code page. The routines keep no state: keys are opened and closed within each call; only a
+// `WatchedValue` keeps its key open. No routine throws: what fails becomes the thread's pending failure and
+// shows in the result.
 #pragma once
+
+#include <memory>
 
 #include "platform/registry.h"
 
@@ -15,6 +18,28 @@ inline constexpr Long view64Bit = 1;  // reads the 64-bit view
 // The value as text, without one terminating NUL; empty when the key or the value is missing or cannot be
 // read. The empty name is the key's default value.
 Text GetRegValue(Long hive, TextView keyPath, TextView valueName, Long flags = 0) noexcept;
+
+// A value that is read again and again: gives what GetRegValue gives, and keeps the key open in between.
+//
+// The key is opened at the first reading; at each further one while it is missing, and when it can no longer
+// be read, so that a key that was deleted and made anew is found. A key that is renamed is followed to its
+// new name until `close`.
+class WatchedValue {
+  public:
+    // The texts must outlive the object.
+    WatchedValue(Long hive, TextView keyPath, TextView valueName, Long flags = 0)
+        : hive_(hive), keyPath_(keyPath), valueName_(valueName), flags_(flags) {}
+
+    Text text() noexcept;
+    void close() noexcept { key_.reset(); }
+
+  private:
+    Long hive_;
+    TextView keyPath_;
+    TextView valueName_;
+    Long flags_;
+    std::unique_ptr<platform::RegistryKey> key_;  // null = not opened, or missing
+};
 
 // Writes `value` as `type` (1, 2 and 7 text, 4 number; other types create the key and write no value). Empty
 // text deletes the value, and so does a number 0 unless `keepZero`. True when the value then reads back as

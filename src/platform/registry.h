@@ -39,6 +39,9 @@ struct RegistryValue {
     std::uint32_t number = 0;  // type 4
 };
 
+// Stays open until it is destroyed, in the state in which the registry is at each operation. A key that was
+// deleted meanwhile gives a code other than `registryOk`; where another one was made at its place, the value
+// of that or such a code.
 class RegistryKey {
   public:
     virtual ~RegistryKey() = default;

@@ -48,15 +48,15 @@ class WindowsKey : public RegistryKey {
     Long read(TextView name, RegistryValue& value) override {
         return guarded([&] {
             const Text valueName(name);
-            DWORD type = 0, size = 0;
+            DWORD type = 0;
+            // Most values fit; a longer one tells its size, and may have grown when it is asked again.
+            DWORD size = 64;
             std::string data;
-            LSTATUS result = RegQueryValueExW(key_, wide(valueName), nullptr, &type, nullptr, &size);
-            // The value may grow between the two questions.
-            while (result == ERROR_SUCCESS || result == ERROR_MORE_DATA) {
+            LSTATUS result = ERROR_MORE_DATA;
+            while (result == ERROR_MORE_DATA) {
                 data.resize(size);
                 result = RegQueryValueExW(key_, wide(valueName), nullptr, &type,
                                           reinterpret_cast<BYTE*>(data.data()), &size);
-                if (result == ERROR_SUCCESS) break;
             }
             if (result != ERROR_SUCCESS) return static_cast<Long>(result);
             data.resize(size);
