@@ -4,8 +4,8 @@
 #include <fstream>
 #include <ostream>
 
+#include "base/text_pairs.h"
 #include "base/utf8.h"
-#include "base/values.h"
 #include "common/machine_test.h"
 #include "dates/date_value.h"
 #include "dates/iso_date.h"
@@ -109,13 +109,5 @@ class DatesTest : public MachineTest {
 
     platform::portable::RegistryFile registry_;
 };
-
-// "text=result|text=result", one pair for each case.
-inline std::vector<std::pair<Text, Text>> pairsOf(TextView cases) {
-    std::vector<std::pair<Text, Text>> pairs;
-    for (const Text& each : split(cases, u'|'))
-        pairs.emplace_back(each.substr(0, each.find(u'=')), each.substr(each.find(u'=') + 1));
-    return pairs;
-}
 
 }  // namespace ovno2

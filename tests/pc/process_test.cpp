@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "base/utf8.h"
 #include "common/machine_test.h"
 #include "common/recording_log.h"
 #include "platform/portable/processes.h"
@@ -9,80 +10,65 @@
 namespace ovno2 {
 namespace {
 
-using platform::ProcessEntry;
 using Process::CheckIfRunning;
-using Process::GetProcList;
 using Process::Record;
-using ::testing::ElementsAre;
 
 class ProcessTest : public MachineTest {
   protected:
-    platform::portable::PortableProcesses& processes() {
-        return static_cast<platform::portable::PortableProcesses&>(machine.processes());
+    void run(const std::vector<std::pair<Long, Text>>& entries) {
+        processes().running.emplace();
+        for (const auto& [id, path] : entries)
+            processes().running->push_back({.id = id, .path = path, .handle = 0});
     }
-    void run(std::vector<ProcessEntry> entries) { processes().running = std::move(entries); }
-    static ProcessEntry entry(Long id, Text path) { return {.id = id, .path = std::move(path), .handle = 0}; }
+    static Long idOf(TextView name, Long id = 0, bool refresh = false) {
+        return CheckIfRunning(name, id, refresh).id;
+    }
+    static std::vector<Record> list(bool snapshot, bool fullNames = false) {
+        std::vector<Record> records;
+        EXPECT_TRUE(Process::GetProcList(records, snapshot, fullNames));
+        return records;
+    }
 };
 
 TEST_F(ProcessTest, AProgramIsFoundByNameInAnyCaseOrById) {
-    run({entry(0, u""), entry(4, u"C:\\Nokia\\NclTray.exe"), entry(8, u""), entry(9, u"Z:\\bin\\sh"),
-         entry(0, u""), entry(12, u"C:\\late.exe")});
-    EXPECT_EQ(4, CheckIfRunning(u"NCLTRAY.EXE", 0, false).id);
+    run({{0, u""},
+         {4, u"C:\\Nokia\\NclTray.exe"},
+         {8, u""},
+         {9, u"Z:\\bin\\sh"},
+         {0, u""},
+         {12, u"C:\\late.exe"}});
+    EXPECT_EQ(4, idOf(u"NCLTRAY.EXE"));
     EXPECT_EQ(u"C:\\Nokia\\NclTray.exe", CheckIfRunning(u"ncltray.exe", 0, false).path);
-    EXPECT_EQ(9, CheckIfRunning(u"sh", 0, false).id);
-    EXPECT_EQ(9, CheckIfRunning(u"other", 9, false).id);
-    EXPECT_EQ(8, CheckIfRunning(u"", 8, false).id);
-    EXPECT_EQ(0, CheckIfRunning(u"", 0, false).id);
-    EXPECT_EQ(0, CheckIfRunning(u"NclTray", 0, false).id);
-    EXPECT_EQ(0, CheckIfRunning(u"late.exe", 0, false).id);  // behind the filled part
-    EXPECT_EQ(0, CheckIfRunning(u"late.exe", 12, false).id);
-}
-
-TEST_F(ProcessTest, TheListIsKeptUntilItIsRefreshedOrEmpty) {
-    run({entry(1, u"first.exe")});
-    EXPECT_EQ(1, CheckIfRunning(u"first.exe", 0, false).id);
-    run({entry(2, u"second.exe")});
-    EXPECT_EQ(1, CheckIfRunning(u"first.exe", 0, false).id);
-    EXPECT_EQ(0, CheckIfRunning(u"first.exe", 0, true).id);
-    EXPECT_EQ(2, CheckIfRunning(u"second.exe", 0, false).id);
+    EXPECT_EQ(9, idOf(u"sh"));
+    EXPECT_EQ(9, idOf(u"other", 9));
+    EXPECT_EQ(8, idOf(u"", 8));
+    EXPECT_EQ(0, idOf(u""));
+    EXPECT_EQ(0, idOf(u"NclTray"));
+    EXPECT_EQ(0, idOf(u"late.exe")) << "behind the filled part";
+    EXPECT_EQ(0, idOf(u"late.exe", 12));
+    run({{2, u"second.exe"}});
+    EXPECT_EQ(9, idOf(u"sh")) << "the list is kept until it is refreshed or empty";
+    EXPECT_EQ(0, idOf(u"sh", 0, /*refresh=*/true));
+    EXPECT_EQ(2, idOf(u"second.exe"));
 }
 
 TEST_F(ProcessTest, ListsGrowInTheirStepsAndEndInUnusedRecords) {
-    std::vector<Record> list;
-    std::vector<ProcessEntry> entries(27, entry(7, u"C:\\a\\b.exe"));
-    run(entries);
-    ASSERT_TRUE(GetProcList(list, /*snapshot=*/false, /*fullNames=*/false));
-    EXPECT_EQ(201u, list.size());
-    EXPECT_EQ(u"b.exe", list[26].name);
-    EXPECT_EQ(0, list[27].id);
-    ASSERT_TRUE(GetProcList(list, /*snapshot=*/true, /*fullNames=*/true));
-    EXPECT_EQ(46u, list.size());
-    EXPECT_EQ(u"C:\\a\\b.exe", list[26].name);
-    run(std::vector<ProcessEntry>(300, entry(7, u"x")));
-    ASSERT_TRUE(GetProcList(list, false, false));
-    EXPECT_EQ(300u, list.size());
+    run(std::vector<std::pair<Long, Text>>(27, {7, u"C:\\a\\b.exe"}));
+    const std::vector<Record> byStatus = list(/*snapshot=*/false),
+                              bySnapshot = list(true, /*fullNames=*/true);
+    ASSERT_EQ(201u, byStatus.size());
+    EXPECT_EQ(u"b.exe", byStatus[26].name);
+    EXPECT_EQ(0, byStatus[27].id);
+    ASSERT_EQ(46u, bySnapshot.size());
+    EXPECT_EQ(u"C:\\a\\b.exe", bySnapshot[26].name);
+    run(std::vector<std::pair<Long, Text>>(300, {7, u"x"}));
+    EXPECT_EQ(300u, list(false).size());
 }
 
-TEST_F(ProcessTest, TheOldFamilyAndTheAskingCallerGetTheSnapshotMethod) {
-    run({entry(5, u"\\Device\\HostRoot\\usr\\bin\\x")});
-    std::vector<Record> list;
-    GetProcList(list, false, false);
-    EXPECT_EQ(u"\\Device\\HostRoot\\usr\\bin\\x", list[0].path);
-    GetProcList(list, true, false);
-    EXPECT_EQ(u"Z:\\usr\\bin\\x", list[0].path);
-    resetThreadState();
-    usePlatform(machine);
-    processes().family = 1;
-    GetProcList(list, false, false);
-    EXPECT_EQ(u"Z:\\usr\\bin\\x", list[0].path);
-    processes().family = 2;  // read once
-    GetProcList(list, false, false);
-    EXPECT_EQ(u"Z:\\usr\\bin\\x", list[0].path);
-}
-
-TEST_F(ProcessTest, SnapshotPathsBecomeDrivePaths) {
+TEST_F(ProcessTest, TheOldFamilyAndTheAskingCallerGetTheSnapshotMethodAndItsDrivePaths) {
     std::filesystem::create_directories(folder.path() / "drives" / "c");
     const std::pair<Text, Text> cases[] = {
+        {u"\\Device\\HostRoot\\usr\\bin\\x", u"Z:\\usr\\bin\\x"},
         {u"[System Process]", u"System Process"},
         {Text(u"cut.exe\0rest", 12), u"cut.exe"},
         {u"System", u"System"},
@@ -95,10 +81,15 @@ TEST_F(ProcessTest, SnapshotPathsBecomeDrivePaths) {
         {u"System32\\a.exe", u"C:\\Windows\\System32\\a.exe"},
     };
     for (const auto& [found, path] : cases) {
-        run({entry(1, found)});
-        std::vector<Record> list;
-        ASSERT_TRUE(GetProcList(list, true, false));
-        EXPECT_EQ(path, list[0].path);
+        run({{1, found}});
+        EXPECT_EQ(path, list(/*snapshot=*/true)[0].path);
+        EXPECT_EQ(found, list(false)[0].path);
+    }
+    for (const Long family : {1, 2}) {  // read once
+        if (family == 1) resetThreadState();
+        usePlatform(machine);
+        processes().family = family;
+        EXPECT_EQ(u"C:\\Windows\\System32\\a.exe", list(false)[0].path);
     }
 }
 
@@ -107,26 +98,21 @@ TEST_F(ProcessTest, TheRealListsKnowThisProcessAndOneOfItsThreads) {
     const Record found = CheckIfRunning(u"", self, true);
     EXPECT_TRUE(found.name.starts_with(u"test_pc"));
     EXPECT_TRUE(found.path.ends_with(u"\\" + found.name));
-    const Record sameProgram =
-        CheckIfRunning(found.name, 0, false);  // perhaps another of the tests' processes
-    EXPECT_NE(0, sameProgram.id);
-    EXPECT_EQ(found.name, sameProgram.name);
-    run({entry(self, u"me")});
-    std::vector<Record> list;
-    ASSERT_TRUE(GetProcList(list, true, false));
-    EXPECT_EQ(self, list[0].threadId);  // the first thread has the process's number
+    EXPECT_NE(0, idOf(found.name)) << "perhaps another of the tests' processes";
+    run({{self, u"me"}});
+    EXPECT_EQ(self, list(true)[0].threadId);  // the first thread has the process's number
 }
 
 TEST_F(ProcessTest, ChecksAreLoggedOnlyWhileTheLogIsOn) {
-    run({entry(4, u"a.exe")});
-    CheckIfRunning(u"a.exe", 0, false);
+    run({{4, u"a.exe"}});
+    idOf(u"a.exe");
     const std::uint32_t counted = stateOf<LogFront>().callCounter;
-    CheckIfRunning(u"a.exe", 0, false);
+    idOf(u"a.exe");
     EXPECT_EQ(counted, stateOf<LogFront>().callCounter);
     RecordingLog log;
-    CheckIfRunning(u"a.exe", 0, true);
-    EXPECT_THAT(log.lines,
-                ElementsAre("<CheckIfRunning", "<GetProcList", "GetProcList>", "4", "CheckIfRunning>"));
+    idOf(u"a.exe", 0, /*refresh=*/true);
+    EXPECT_THAT(log.lines, testing::ElementsAre("<CheckIfRunning", "<GetProcList", "GetProcList>", "4",
+                                                "CheckIfRunning>"));
 }
 
 }  // namespace

@@ -19,11 +19,6 @@ constexpr TextView key = u"Software\\Test";
 
 class RegistryAccess : public MachineTest {
   protected:
-    void store(TextView name, const platform::RegistryValue& value) {
-        std::unique_ptr<RegistryKey> opened;
-        ASSERT_EQ(0, machine.registry().create(currentUser, key, opened));
-        ASSERT_EQ(0, opened->write(name, value));
-    }
     Text get(TextView name) { return Registry::GetRegValue(currentUser, key, name); }
     bool set(TextView name, TextView value, Long type, bool keepZero = false) {
         return Registry::SetRegValue(currentUser, key, name, value, type, keepZero);
@@ -32,31 +27,33 @@ class RegistryAccess : public MachineTest {
 };
 
 TEST_F(RegistryAccess, EveryTypeCrossesAsText) {
-    store(u"text", {.type = 1, .text = Text(u"abc\0", 4), .bytes = {}, .number = 0});
-    store(u"two", {.type = 2, .text = Text(u"%X%\0\0", 5), .bytes = {}, .number = 0});
-    store(u"list", {.type = 7, .text = Text(u"a\0b\0\0", 5), .bytes = {}, .number = 0});
-    store(u"bytes", {.type = 3, .text = {}, .bytes = std::string("A\0\xE4\x80", 4), .number = 0});
-    store(u"number", {.type = 4, .text = {}, .bytes = {}, .number = 300});
-    store(u"bias", {.type = 4, .text = {}, .bytes = {}, .number = 0xFFFFFFC4});
-    store(u"long", {.type = 11, .text = {}, .bytes = "12345678", .number = 0});
-    EXPECT_EQ(u"abc", get(u"text"));
-    EXPECT_EQ(Text(u"%X%\0", 4), get(u"two")) << "one NUL is cut, not two";
-    EXPECT_EQ(Text(u"a\0b\0", 4), get(u"list"));
-    EXPECT_EQ(Text(u"A\0ä€", 4), get(u"bytes"));
-    EXPECT_EQ(u"300", get(u"number"));
-    EXPECT_EQ(u"-60", get(u"bias"));
-    EXPECT_EQ(u"", get(u"long"));
-
     std::unique_ptr<RegistryKey> opened;
-    ASSERT_EQ(0, machine.registry().open(currentUser, key, /*view64=*/false, opened));
+    ASSERT_EQ(0, machine.registry().create(currentUser, key, opened));
+    const struct {
+        platform::RegistryValue stored;
+        Text text;
+    } cases[] = {
+        {{.type = 1, .text = Text(u"abc\0", 4), .bytes = {}, .number = 0}, u"abc"},
+        {{.type = 2, .text = Text(u"%X%\0\0", 5), .bytes = {}, .number = 0}, Text(u"%X%\0", 4)},
+        {{.type = 7, .text = Text(u"a\0b\0\0", 5), .bytes = {}, .number = 0}, Text(u"a\0b\0", 4)},
+        {{.type = 3, .text = {}, .bytes = std::string("A\0\xE4\x80", 4), .number = 0}, Text(u"A\0ä€", 4)},
+        {{.type = 4, .text = {}, .bytes = {}, .number = 300}, u"300"},
+        {{.type = 4, .text = {}, .bytes = {}, .number = 0xFFFFFFC4}, u"-60"},
+        {{.type = 11, .text = {}, .bytes = "12345678", .number = 0}, u""},
+    };
+    for (const auto& [stored, text] : cases) {
+        ASSERT_EQ(0, opened->write(u"v", stored));
+        EXPECT_EQ(text, get(u"v")) << "one NUL is cut, not two; type " << stored.type;
+    }
     Text text = u"old";
-    EXPECT_EQ(-1, Registry::RegQueryValueText(*opened, u"long", text));
+    EXPECT_EQ(-1, Registry::RegQueryValueText(*opened, u"v", text));
     EXPECT_EQ(u"", text);
-    EXPECT_EQ(0, Registry::RegQueryValueText(*opened, u"text", text));
+    ASSERT_EQ(0, opened->write(u"v", cases[0].stored));
+    EXPECT_EQ(0, Registry::RegQueryValueText(*opened, u"v", text));
     EXPECT_EQ(Text(u"abc\0", 4), text) << "the stored NUL belongs to it";
     EXPECT_EQ(2, Registry::RegQueryValueText(*opened, u"missing", text));
     EXPECT_EQ(u"", Registry::GetRegValue(currentUser, u"Software\\Missing", u"x"));
-    EXPECT_EQ(u"", Registry::GetRegValue(17, key, u"text"));
+    EXPECT_EQ(u"", Registry::GetRegValue(17, key, u"v"));
 }
 
 TEST_F(RegistryAccess, SettingSaysWhetherTheValueReadsBackAsGiven) {
@@ -88,6 +85,7 @@ TEST_F(RegistryAccess, ALeadingBackslashIsDroppedInTheCallersPathToo) {
     EXPECT_TRUE(Registry::SetRegValue(currentUser, path, u"v", u"1", 1));
     EXPECT_EQ(key, path);
     EXPECT_EQ(u"1", get(u"v"));
+    EXPECT_TRUE(Registry::SetRegValue(currentUser, TextView(u"\\Software\\Test"), u"v", u"2", 1));
     path = u"\\";
     EXPECT_FALSE(Registry::SetRegValue(currentUser, path, u"v", u"", 1));
     EXPECT_EQ(u"", path);

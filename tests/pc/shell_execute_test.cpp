@@ -9,9 +9,6 @@
 namespace ovno2 {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
 class ShellExecuteTest : public MachineTest {
   protected:
     ShellExecuteTest() {
@@ -24,8 +21,11 @@ class ShellExecuteTest : public MachineTest {
             return answer;
         };
     }
-    platform::portable::PortableProcesses& processes() {
-        return static_cast<platform::portable::PortableProcesses&>(machine.processes());
+    // The outcome as it is judged when the shell answers this.
+    Long judged(Long shellsAnswer, TextView file, TextView verb = u"") {
+        calls.clear();
+        answer = shellsAnswer;
+        return ShellExecute::ShellEx(file, u"", 1, verb, ShellExecute::judgeOutcome);
     }
 
     std::vector<std::string> calls;
@@ -38,20 +38,15 @@ TEST_F(ShellExecuteTest, TheShellsOwnValueComesBackUnlessItIsJudged) {
         answer = value;
         EXPECT_EQ(value, ShellExecute::ShellEx(u"a.exe", u"-x", 7, u"", 0));
     }
-    EXPECT_THAT(calls[0], "open|a.exe|-x|7");
-    for (const Long value : {33, 42, -1}) {
-        answer = value;
-        EXPECT_EQ(1, ShellExecute::ShellEx(u"a.exe", u"", 1, u"print", ShellExecute::judgeOutcome));
-    }
-    EXPECT_THAT(calls.back(), "print|a.exe||1");
+    EXPECT_EQ("open|a.exe|-x|7", calls[0]);
+    for (const Long value : {33, 42, -1})
+        EXPECT_EQ(1, judged(value, u"a.exe", u"print"));
+    EXPECT_EQ("print|a.exe||1", calls[0]);
 }
 
 TEST_F(ShellExecuteTest, AFileThatTheShellDoesNotOpenGoesThroughTheInterpreter) {
-    struct Case {
-        Text file;
-        std::string interpreted;  // empty: no second try
-    };
-    const Case cases[] = {
+    const std::pair<Text, std::string> cases[] = {
+        // the file, and the second try if there is one
         {u"C:\\a.exe", "open|cmd.exe|/c start C:\\a.exe|6"},
         {u"C:\\a b.exe", "open|cmd.exe|/k \"C:\\a b.exe\"|4"},
         {u"\"C:\\a b.exe\"", "open|cmd.exe|/k \"C:\\a b.exe\"|4"},
@@ -59,42 +54,36 @@ TEST_F(ShellExecuteTest, AFileThatTheShellDoesNotOpenGoesThroughTheInterpreter) 
         {u"http://x/?a", ""},
         {u"CMD.exe", ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& [file, interpreted] : cases)
         for (const Long value : {0, 2, 32}) {
-            calls.clear();
-            answer = value;
-            EXPECT_EQ(-1, ShellExecute::ShellEx(c.file, u"", 1, u"", ShellExecute::judgeOutcome));
-            ASSERT_EQ(c.interpreted.empty() ? 1u : 2u, calls.size()) << toUtf8(c.file);
-            EXPECT_TRUE(c.interpreted.empty() || c.interpreted == calls[1]) << calls.back();
+            EXPECT_EQ(-1, judged(value, file));
+            ASSERT_EQ(interpreted.empty() ? 1u : 2u, calls.size()) << toUtf8(file);
+            EXPECT_TRUE(interpreted.empty() || interpreted == calls[1]) << calls.back();
         }
-    }
 }
 
 TEST_F(ShellExecuteTest, ARefusedElevationIsToldApartFromOtherFailures) {
-    answer = 5;
-    EXPECT_EQ(-5, ShellExecute::ShellEx(u"a.exe", u"", 1, u"RunAs", ShellExecute::judgeOutcome));
-    answer = 2;
-    EXPECT_EQ(-1, ShellExecute::ShellEx(u"a.exe", u"", 1, u"runas", ShellExecute::judgeOutcome));
-    EXPECT_EQ(2u, calls.size());
-    answer = 5;
-    EXPECT_EQ(-1, ShellExecute::ShellEx(u"cmd.exe", u"", 1, u"open", ShellExecute::judgeOutcome));
+    EXPECT_EQ(-5, judged(5, u"a.exe", u"RunAs"));
+    EXPECT_EQ(-1, judged(2, u"a.exe", u"runas"));
+    EXPECT_EQ(1u, calls.size());
+    EXPECT_EQ(-1, judged(5, u"cmd.exe", u"open"));
 }
 
 TEST_F(ShellExecuteTest, AProgramThatCameUpAllTheSameCountsAsStarted) {
-    answer = 2;
     startsOnCall = true;
-    EXPECT_EQ(1, ShellExecute::ShellEx(u"C:\\Tools\\A.EXE", u"", 1, u"", ShellExecute::judgeOutcome));
+    EXPECT_EQ(1, judged(2, u"C:\\Tools\\A.EXE"));
     EXPECT_EQ(1u, calls.size());
     startsOnCall = false;  // it runs already: that proves nothing
-    EXPECT_EQ(-1, ShellExecute::ShellEx(u"C:\\Tools\\a.exe", u"", 1, u"", ShellExecute::judgeOutcome));
-    EXPECT_EQ(3u, calls.size());
+    EXPECT_EQ(-1, judged(2, u"C:\\Tools\\a.exe"));
+    EXPECT_EQ(2u, calls.size());
 }
 
 TEST_F(ShellExecuteTest, TheLogNamesTheFileAndTheAnswer) {
     RecordingLog log;
     ShellExecute::ShellEx(u"a.exe", u"-x", 1, u"", 0);
-    EXPECT_THAT(log.lines, ElementsAre("<ShellEx", "ShellEx: a.exe -x", "<CheckIfRunning", "<GetProcList",
-                                       "GetProcList>", "0", "CheckIfRunning>", "lr:42", "ShellEx>"));
+    EXPECT_THAT(log.lines,
+                testing::ElementsAre("<ShellEx", "ShellEx: a.exe -x", "<CheckIfRunning", "<GetProcList",
+                                     "GetProcList>", "0", "CheckIfRunning>", "lr:42", "ShellEx>"));
 }
 
 }  // namespace
