@@ -1,6 +1,7 @@
 #include "base/text_pairs.h"
 #include "base/utf8.h"
 #include "common/platform_test.h"
+#include "core/attempt.h"
 
 namespace ovno2::platform {
 namespace {
@@ -13,15 +14,6 @@ class AutomationSeam : public PlatformTest {
         return object ? *object : nullptr;
     }
     Variant ask(TextView method, const Variant& argument) { return files->call(method, {&argument, 1}); }
-    template <class Step>
-    static FailureNumber failureOf(Step&& step) {
-        try {
-            step();
-        } catch (const RuntimeFailure& failure) {
-            return failure.number();
-        }
-        return noFailure;
-    }
 
     ObjectPointer files = create(u"Scripting.FileSystemObject");
 };
@@ -30,10 +22,10 @@ TEST_F(AutomationSeam, ObjectsAndMembersThatAreNotThereAreRefused) {
     ASSERT_TRUE(files);
     EXPECT_FALSE(create(u"Ovno2.NoSuchObject"));
     EXPECT_FALSE(create(u""));
-    EXPECT_EQ(memberNotSupported, failureOf([&] { files->call(u"NoSuchMember"); }));
-    EXPECT_EQ(memberNotSupported, failureOf([&] { files->get(u"NoSuchMember"); }));
-    EXPECT_EQ(memberNotSupported, failureOf([&] { files->put(u"NoSuchMember", Long{1}); }));
-    EXPECT_EQ(memberNotSupported, failureOf([&] { files->elements(); }));
+    EXPECT_EQ(memberNotSupported, attempt([&] { files->call(u"NoSuchMember"); }));
+    EXPECT_EQ(memberNotSupported, attempt([&] { files->get(u"NoSuchMember"); }));
+    EXPECT_EQ(memberNotSupported, attempt([&] { files->put(u"NoSuchMember", Long{1}); }));
+    EXPECT_EQ(memberNotSupported, attempt([&] { files->elements(); }));
 }
 
 TEST_F(AutomationSeam, TheParentFolderIsThePathWithoutItsLastPart) {
@@ -53,7 +45,7 @@ TEST_F(AutomationSeam, FilesAndFoldersAreToldApart) {
     const ObjectPointer found = objectOf(ask(u"GetFile", file));
     ASSERT_TRUE(found);
     EXPECT_EQ(Variant(Long{5}), found->get(u"Size"));
-    EXPECT_EQ(fileNotFound, failureOf([&] { ask(u"GetFile", missing); }));
+    EXPECT_EQ(fileNotFound, attempt([&] { ask(u"GetFile", missing); }));
     // The shell hands out folders that exist only.
     const ObjectPointer shell = create(u"Shell.Application");
     ASSERT_TRUE(shell);

@@ -7,6 +7,7 @@
 #include "common/executable_file.h"
 #include "common/machine_test.h"
 #include "common/soon.h"
+#include "core/attempt.h"
 #include "platform/environment_variable.h"
 #include "platform/memory_file.h"
 #include "platform/portable/paths.h"
@@ -200,20 +201,14 @@ TEST_F(PortableProcessesTest, TheShellMakesFolders) {
     const ObjectPointer shell = machine.automation().create(u"shell.application");
     const Variant root = Text(u"C:\\");
     const ObjectPointer drive = std::get<ObjectPointer>(shell->call(u"NameSpace", {&root, 1}));
-    const Variant name = Text(u"new");
-    drive->call(u"NewFolder", {&name, 1});
-    EXPECT_TRUE(fs::is_directory(driveC / "new"));
-    const auto failureOf = [&](const Variant& argument) {
-        try {
-            drive->call(u"NewFolder", {&argument, 1});
-        } catch (const RuntimeFailure& failure) {
-            return failure.number();
-        }
-        return noFailure;
+    const auto make = [&](const Variant& name) {
+        return attempt([&] { drive->call(u"NewFolder", {&name, 1}); });
     };
-    EXPECT_EQ(pathAccessError, failureOf(name));
-    EXPECT_EQ(static_cast<Long>(0x800700CEu), failureOf(Text(300, u'x')));
-    EXPECT_EQ(typeMismatch, failureOf(Long{1}));
+    EXPECT_EQ(noFailure, make(Text(u"new")));
+    EXPECT_TRUE(fs::is_directory(driveC / "new"));
+    EXPECT_EQ(pathAccessError, make(Text(u"new")));
+    EXPECT_EQ(static_cast<Long>(0x800700CEu), make(Text(300, u'x')));
+    EXPECT_EQ(typeMismatch, make(Long{1}));
 }
 
 TEST(VersionResource, ADamagedFileIsNeverTrusted) {
