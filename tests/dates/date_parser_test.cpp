@@ -30,6 +30,7 @@ TEST_F(DateParserTest, ReadsDatesInTheOrderOfTheUserAndTimesWithAndWithoutSecond
         {german, u"2008/1/5|5.1.|5.1|5. January 2008|5-Jan-08|Jan. 5, 2008|2008 Jan 5|5 jan", fifth},
         {german, u"1/2008|Jan 2008", first},
         {german, u"01.13.2008", {2008, 1, 13}},
+        {german, u"13. April 2008", {2008, 4, 13}},
         {german, u"1.1.29", {2029, 1, 1}},
         {german, u"1.1.30", {1930, 1, 1}},
         {german, u"29.02.2000", {2000, 2, 29}},

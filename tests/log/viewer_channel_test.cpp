@@ -93,21 +93,22 @@ TEST_F(LogViewer, LinesAboveTheLevelAreNotSentAndDoNotIndent) {
 }
 
 TEST_F(LogViewer, ModeAndVisibilityDecideTheChannel) {
-    struct Case {
-        TextView userMode, machineMode;
-        bool visible;
-        std::uint32_t expected;  // kind of the message a line makes, 0 = none
-    };
-    for (const Case& c :
-         {Case{u"2", u"3", true, 29797}, Case{u"3", u"2", true, 29799}, Case{u"0", u"2", true, 0},
-          Case{u"", u"2", true, 29797}, Case{u"", u"", true, 29799}, Case{u"", u"0", true, 29799},
-          Case{u"x", u"3", true, 0}, Case{u"9", u"", true, 29799}, Case{u"2", u"", false, 0}}) {
-        if (!c.visible) viewer->hide();
-        setRegistryText(platform::localMachine, hostDebugKey, u"Mode", c.machineMode);
-        start(c.userMode);
+    constexpr std::uint32_t none = 0, chunks = 29797, shared = 29799;
+    for (const auto& [userMode, machineMode, visible, expected] : {std::tuple{u"2", u"3", true, chunks},
+                                                                   {u"3", u"2", true, shared},
+                                                                   {u"0", u"2", true, none},
+                                                                   {u"", u"2", true, chunks},
+                                                                   {u"", u"", true, shared},
+                                                                   {u"", u"0", true, shared},
+                                                                   {u"x", u"3", true, none},
+                                                                   {u"9", u"", true, shared},
+                                                                   {u"2", u"", false, none}}) {
+        if (!visible) viewer->hide();
+        setRegistryText(platform::localMachine, hostDebugKey, u"Mode", machineMode);
+        start(userMode);
         messages.clear();
         DebugWrite(u"x");
-        EXPECT_EQ(c.expected, messages.empty() ? 0 : messages[0][0]) << toUtf8(c.userMode) << c.visible;
+        EXPECT_EQ(expected, messages.empty() ? 0 : messages[0][0]) << toUtf8(userMode) << visible;
     }
 }
 

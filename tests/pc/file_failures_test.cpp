@@ -98,17 +98,15 @@ class FileFailures : public MachineTest {
 
 TEST_F(FileFailures, EachReasonForWhichAFileDoesNotOpenHasItsTries) {
     constexpr int always = 100;
-    struct Case {
-        FailureNumber failure;
-        int times;
-        Long result;
-        std::size_t tries;
-    };
-    for (const auto& [failure, times, result, tries] :
-         {Case{fileAlreadyOpen, 2, 0, 3}, Case{fileAlreadyOpen, always, -1, 20},
-          Case{pathAccessError, 3, 0, 4}, Case{pathAccessError, always, -1, 4}, Case{pathNotFound, 1, 0, 2},
-          Case{pathNotFound, always, -1, 2}, Case{invalidProcedureCall, 2, 0, 3},
-          Case{invalidProcedureCall, always, -1, 3}, Case{permissionDenied, 1, -1, 1}}) {
+    for (const auto& [failure, times, result, tries] : {std::tuple{fileAlreadyOpen, 2, 0, 3u},
+                                                        {fileAlreadyOpen, always, -1, 20u},
+                                                        {pathAccessError, 3, 0, 4u},
+                                                        {pathAccessError, always, -1, 4u},
+                                                        {pathNotFound, 1, 0, 2u},
+                                                        {pathNotFound, always, -1, 2u},
+                                                        {invalidProcedureCall, 2, 0, 3u},
+                                                        {invalidProcedureCall, always, -1, 3u},
+                                                        {permissionDenied, 1, -1, 1u}}) {
         std::filesystem::remove_all(folder.path() / "drives/c/x");
         refuse(failure, times);
         EXPECT_EQ(result, write(failure == pathNotFound ? u"C:\\x\\y\\a.txt" : u"C:\\a.txt")) << failure;

@@ -25,26 +25,19 @@ class FileRoutines : public PlatformTest {
 };
 
 TEST_F(FileRoutines, FilesAreReadAsBytesOrDecoded) {
-    struct Case {
-        std::string_view bytes;
-        TextView decoded;
-        Long encoding;
-    };
-    const Case cases[] = {
-        {""sv, u"", 0},
-        {"plain \x80\xE4\0\r\n"sv, TextView(u"plain \u20AC\u00E4\0\r\n", 11), 0},
-        {"\xFF\xFE\x41\0\xAC\x20\x42"sv, u"A\u20AC", 4},
-        {"\0H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d"sv, u"Hello world", 3},
-    };
-    for (const Case& c : cases) {
-        writeFile("file", c.bytes);
+    for (const auto& [bytes, decoded, expected] :
+         {std::tuple{""sv, Text(), 0},
+          {"plain \x80\xE4\0\r\n"sv, Text(u"plain €ä\0\r\n", 11), 0},
+          {"\xFF\xFE\x41\0\xAC\x20\x42"sv, u"A€", 4},
+          {"\0H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d"sv, u"Hello world", 3}}) {
+        writeFile("file", bytes);
         Long encoding = 77;
-        EXPECT_EQ(fromAnsi(c.bytes), GetFileContents(pathOf("file"), /*decode=*/false, encoding));
+        EXPECT_EQ(fromAnsi(bytes), GetFileContents(pathOf("file"), /*decode=*/false, encoding));
         EXPECT_EQ(0, encoding);
-        EXPECT_EQ(Text(c.decoded), GetFileContents(pathOf("file"), /*decode=*/true, encoding));
-        EXPECT_EQ(c.encoding, encoding);
-        EXPECT_EQ(fromAnsi(c.bytes), GetFileContentsW(pathOf("file"), /*decode=*/false));
-        EXPECT_EQ(Text(c.decoded), GetFileContentsW(pathOf("file"), /*decode=*/true));
+        EXPECT_EQ(decoded, GetFileContents(pathOf("file"), /*decode=*/true, encoding));
+        EXPECT_EQ(expected, encoding);
+        EXPECT_EQ(fromAnsi(bytes), GetFileContentsW(pathOf("file"), /*decode=*/false));
+        EXPECT_EQ(decoded, GetFileContentsW(pathOf("file"), /*decode=*/true));
     }
 }
 
@@ -109,27 +102,20 @@ TEST_F(FileRoutines, TheWideReaderKeepsChunksThatHoldTheRequiredText) {
 }
 
 TEST_F(FileRoutines, TextsAreWrittenInTheEncodingAskedFor) {
-    struct Case {
-        TextView text;
-        Long encoding;
-        std::string_view bytes;
-    };
-    const Case cases[] = {
-        {u"abc", 4, "\xFF\xFE\x61\0\x62\0\x63\0"sv},
-        {u"abc", 2, "\xFE\xFF\0\x61\0\x62\0\x63"sv},
-        {u"a\u20AC", 3, "\0\x61\x20\xAC"sv},
-        {u"\uFEFFa", 4, "\xFF\xFE\x61\0"sv},
-        {u"", 4, "\xFF\xFE"sv},
-        {u"\u20AC\u4E2D\u0141", 0, "\x80?L"sv},
-        {u"abc", 7, "abc"sv},
-        {TextView(u"a\0b", 3), 0, "a\0b"sv},
-        {TextView(u"a\0b\0", 4), 4, "\xFF\xFE\x61\0\x62\0"sv},  // bytes already
-        {TextView(u"\u00FF\u00FEa\0", 4), 4, "\xFF\xFE\x61\0"sv},
-        {TextView(u"\0a", 2), 2, "\xFE\xFF\0\x61"sv},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(0, write("file", c.text, c.encoding));
-        EXPECT_EQ(c.bytes, readFile("file")) << toUtf8(c.text) << " " << c.encoding;
+    for (const auto& [text, encoding, bytes] :
+         {std::tuple{Text(u"abc"), 4, "\xFF\xFE\x61\0\x62\0\x63\0"sv},
+          {u"abc", 2, "\xFE\xFF\0\x61\0\x62\0\x63"sv},
+          {u"a€", 3, "\0\x61\x20\xAC"sv},
+          {u"\uFEFFa", 4, "\xFF\xFE\x61\0"sv},
+          {u"", 4, "\xFF\xFE"sv},
+          {u"€中Ł", 0, "\x80?L"sv},
+          {u"abc", 7, "abc"sv},
+          {Text(u"a\0b", 3), 0, "a\0b"sv},
+          {Text(u"a\0b\0", 4), 4, "\xFF\xFE\x61\0\x62\0"sv},  // bytes already
+          {Text(u"ÿþa\0", 4), 4, "\xFF\xFE\x61\0"sv},
+          {Text(u"\0a", 2), 2, "\xFE\xFF\0\x61"sv}}) {
+        EXPECT_EQ(0, write("file", text, encoding));
+        EXPECT_EQ(bytes, readFile("file")) << toUtf8(text) << " " << encoding;
     }
     EXPECT_EQ(0, write("file", u"ab", 4));
     EXPECT_EQ(0, write("file", u"c", 4, /*append=*/true));
@@ -187,27 +173,24 @@ TEST_F(FileRoutines, AHiddenFileIsReplacedAndStaysHidden) {
 
 TEST_F(FileRoutines, TestsSeeThroughQuotesAndStopAtStars) {
     writeFile("a.txt", "12345");
-    const Text file = pathOf("a.txt");
-    const Text folder = FolderPart(file);
-    const Text quoted = u'"' + file + u'"';
-    EXPECT_TRUE(FileExistsW_(file));
-    EXPECT_TRUE(FileExistsW_(quoted));
-    EXPECT_TRUE(FileExists(quoted));
-    EXPECT_TRUE(FileExists(folder));
-    EXPECT_FALSE(FileExistsW_(folder));
-    EXPECT_FALSE(FileExistsW_(file + u"x"));
-    EXPECT_FALSE(FileExists(file + u"x"));
-    EXPECT_TRUE(FolderExists(folder));
-    EXPECT_TRUE(FolderExists(u'"' + folder + u"\\*.txt\""));
-    EXPECT_FALSE(FolderExists(file));
-    EXPECT_FALSE(FolderExists(u"\\\\"));
-    EXPECT_FALSE(FolderExists(u""));
+    const Text file = pathOf("a.txt"), missing = file + u"x", folder = FolderPart(file);
+    for (const auto& [path, readable, exists, isFolder] : {std::tuple{file, true, true, false},
+                                                           {u'"' + file + u'"', true, true, false},
+                                                           {folder, false, true, true},
+                                                           {missing, false, false, false},
+                                                           {u'"' + folder + u"\\*.txt\"", false, false, true},
+                                                           {u"\\\\", false, FileExists(u"\\\\"), false},
+                                                           {u"", false, false, false}}) {
+        EXPECT_EQ(readable, FileExistsW_(path)) << toUtf8(path);
+        EXPECT_EQ(exists, FileExists(path)) << toUtf8(path);
+        EXPECT_EQ(isFolder, FolderExists(path)) << toUtf8(path);
+    }
     EXPECT_EQ(GetAttributes(folder), GetAttributes(folder + u"*.*"));
-    EXPECT_EQ(platform::noAttributes, GetAttributes(file + u"x"));
-    EXPECT_EQ(0, SetAttributes(file + u"x", 0));
+    EXPECT_EQ(platform::noAttributes, GetAttributes(missing));
+    EXPECT_EQ(0, SetAttributes(missing, 0));
     EXPECT_EQ(5, FileSize(file));
-    EXPECT_EQ(0, FileSize(file + u"x"));
-    EXPECT_EQ(0, FileSize(file + u"x", /*skipExistenceTest=*/true));
+    EXPECT_EQ(0, FileSize(missing));
+    EXPECT_EQ(0, FileSize(missing, /*skipExistenceTest=*/true));
 }
 
 TEST_F(FileRoutines, PathsAreSplitAtTheLastBackslashElseTheLastSlash) {

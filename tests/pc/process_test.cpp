@@ -61,8 +61,9 @@ TEST_F(ProcessTest, ListsGrowInTheirStepsAndEndInUnusedRecords) {
     EXPECT_EQ(0, byStatus[27].id);
     ASSERT_EQ(46u, bySnapshot.size());
     EXPECT_EQ(u"C:\\a\\b.exe", bySnapshot[26].name);
-    run(std::vector<std::pair<Long, Text>>(300, {7, u"x"}));
+    run(std::vector<std::pair<Long, Text>>(300, {getpid(), u"x"}));
     EXPECT_EQ(300u, list(false).size());
+    EXPECT_EQ(getpid(), list(true)[0].threadId) << "the first thread has the process's number";
 }
 
 TEST_F(ProcessTest, TheOldFamilyAndTheAskingCallerGetTheSnapshotMethodAndItsDrivePaths) {
@@ -84,6 +85,7 @@ TEST_F(ProcessTest, TheOldFamilyAndTheAskingCallerGetTheSnapshotMethodAndItsDriv
         run({{1, found}});
         EXPECT_EQ(path, list(/*snapshot=*/true)[0].path);
         EXPECT_EQ(found, list(false)[0].path);
+        EXPECT_EQ(found, CheckIfRunning(u"", 1, /*refresh=*/true).path);
     }
     for (const Long family : {1, 2}) {  // read once
         if (family == 1) resetThreadState();
@@ -91,16 +93,6 @@ TEST_F(ProcessTest, TheOldFamilyAndTheAskingCallerGetTheSnapshotMethodAndItsDriv
         processes().family = family;
         EXPECT_EQ(u"C:\\Windows\\System32\\a.exe", list(false)[0].path);
     }
-}
-
-TEST_F(ProcessTest, TheRealListsKnowThisProcessAndOneOfItsThreads) {
-    const Long self = getpid();
-    const Record found = CheckIfRunning(u"", self, true);
-    EXPECT_TRUE(found.name.starts_with(u"test_pc"));
-    EXPECT_TRUE(found.path.ends_with(u"\\" + found.name));
-    EXPECT_NE(0, idOf(found.name)) << "perhaps another of the tests' processes";
-    run({{self, u"me"}});
-    EXPECT_EQ(self, list(true)[0].threadId);  // the first thread has the process's number
 }
 
 TEST_F(ProcessTest, ChecksAreLoggedOnlyWhileTheLogIsOn) {

@@ -57,25 +57,25 @@ TEST_F(RegistryAccess, EveryTypeCrossesAsText) {
 }
 
 TEST_F(RegistryAccess, SettingSaysWhetherTheValueReadsBackAsGiven) {
-    struct Case {
-        TextView value;
-        Long type;
-        bool keepZero;
-        bool result;
-        TextView readBack;
-    };
-    for (const Case& c :
-         {Case{u"new", 1, false, true, u"new"}, Case{u"%A%", 2, false, true, u"%A%"},
-          Case{u"a", 7, false, true, u"a"}, Case{u"", 1, false, true, u""},
-          Case{u"Zoë 電話", 1, false, true, u"Zoë 電話"}, Case{u"300", 4, false, true, u"300"},
-          Case{u"-60", 4, false, true, u"-60"}, Case{u"0", 4, false, false, u""},
-          Case{u"0", 4, true, true, u"0"}, Case{u"7.9", 4, false, false, u"7"},
-          Case{u"-7.1", 4, false, false, u"-8"}, Case{u"12abc", 4, false, false, u"12"},
-          Case{u"abc", 4, false, false, u""}, Case{u"9999999999", 4, false, false, u"old"},
-          Case{u"x", 3, false, false, u"old"}, Case{u"x", 11, false, false, u"old"}}) {
+    for (const auto& [value, type, keepZero, result, readBack] : {std::tuple{u"new", 1, false, true, u"new"},
+                                                                  {u"%A%", 2, false, true, u"%A%"},
+                                                                  {u"a", 7, false, true, u"a"},
+                                                                  {u"", 1, false, true, u""},
+                                                                  {u"Zoë 電話", 1, false, true, u"Zoë 電話"},
+                                                                  {u"300", 4, false, true, u"300"},
+                                                                  {u"-60", 4, false, true, u"-60"},
+                                                                  {u"0", 4, false, false, u""},
+                                                                  {u"0", 4, true, true, u"0"},
+                                                                  {u"7.9", 4, false, false, u"7"},
+                                                                  {u"-7.1", 4, false, false, u"-8"},
+                                                                  {u"12abc", 4, false, false, u"12"},
+                                                                  {u"abc", 4, false, false, u""},
+                                                                  {u"9999999999", 4, false, false, u"old"},
+                                                                  {u"x", 3, false, false, u"old"},
+                                                                  {u"x", 11, false, false, u"old"}}) {
         set(u"v", u"old", 1);
-        EXPECT_EQ(c.result, set(u"v", c.value, c.type, c.keepZero)) << toUtf8(c.value) << " " << c.type;
-        EXPECT_EQ(c.readBack, get(u"v")) << toUtf8(c.value) << " " << c.type;
+        EXPECT_EQ(result, set(u"v", value, type, keepZero)) << toUtf8(value) << " " << type;
+        EXPECT_EQ(readBack, get(u"v")) << toUtf8(value) << " " << type;
         clearPendingFailure();
     }
 }

@@ -70,6 +70,12 @@ TEST_F(PortableLocaleTest, TheZonesOfTheSystemBecomeRules) {
         const Long now = systemActiveBias();
         EXPECT_TRUE(now == row.bias || now == row.bias + row.daylightBias) << now;
     }
+    for (std::uint16_t weekday = 0; weekday < 7;
+         ++weekday) {  // the first of a month and the seventh are among them
+        const std::string first = ".1." + std::to_string(weekday);
+        const EnvironmentVariable environment("TZ", "XST3XDT,M3" + first + ",M9" + first);
+        EXPECT_EQ((SystemTime{0, 3, weekday, 1, 2, 0, 0, 0}), systemTimeZone().daylightDate);
+    }
 }
 
 TEST_F(PortableLocaleTest, TheRegistrysZoneWinsOverTheSystems) {
@@ -132,11 +138,11 @@ TEST_F(PortableLocaleTest, TheRegistryAnswersSystemValuesOnlyWhereToldTo) {
 }
 
 TEST_F(PortableLocaleTest, FormatsOfTheCLibraryBecomePictures) {
-    for (const auto& [format, picture] :
-         pairsOf(u"%d.%m.%Y=dd.MM.yyyy|%m/%d/%y=MM/dd/yy|%-d. %-m. %Y=d. M. yyyy|%Y. %m. %d.=yyyy. MM. dd.|"
-                 u"%Y年%m月%d日=yyyy年MM月dd日|%D=MM/dd/yy|%e de %B=d 'de' MMMM|%I:%M:%S %p=hh:mm:ss tt|"
-                 u"%T=HH:mm:ss|%OH時%OM分=HH時mm分|%H:%M:%S %Z=HH:mm:ss|%d.%m.%Y r=dd.MM.yyyy 'r'|"
-                 u"%l o'clock%=h 'o''clock'"))
+    for (const auto& [format, picture] : pairsOf(
+             u"%d.%m.%Y=dd.MM.yyyy|%m/%d/%y=MM/dd/yy|%-d. %-m. %Y=d. M. yyyy|%Y. %m. %d.=yyyy. MM. dd.|"
+             u"%Y年%m月%d日=yyyy年MM月dd日|%D=MM/dd/yy|%e de %B=d 'de' MMMM|%I:%M:%S %p=hh:mm:ss tt|"
+             u"%T=HH:mm:ss|%OH時%OM分=HH時mm分|%H:%M:%S %Z=HH:mm:ss|%d.%m.%Y r=dd.MM.yyyy 'r'|%d a=dd 'a'|"
+             u"%l o'clock%=h 'o''clock'"))
         EXPECT_EQ(picture, pictureFromTimeFormat(format)) << toUtf8(format);
 }
 

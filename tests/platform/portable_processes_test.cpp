@@ -177,6 +177,7 @@ TEST_F(PortableProcessesTest, UserFoldersFollowTheDesktopAndSystemFoldersDriveC)
                                            {6, u""}};
     for (const auto& [id, path] : cases)
         EXPECT_EQ(path, processes().specialFolder(id)) << id;
+    EXPECT_EQ(u"/home/anna", processes().environment(u"home"));
     EXPECT_EQ(u"C:\\Windows", processes().environment(u"WinDir"));
     fs::remove(driveC);
     EXPECT_EQ(u"", processes().specialFolder(38));

@@ -90,7 +90,7 @@ TEST_F(RegistrySeam, AKeyOpenedForReadingRefusesToWrite) {
 TEST_F(RegistrySeam, AProfileFileGivesTheFirstMatchTrimmedAndWithoutQuotes) {
     writeFile(
         "defaults.ini",
-        "; phones\r\nType=outside\r\n[Nokia 6300]\r\nType = S40 \r\nquoted=\"  kept  \"\r\nsingle='x'\r\n"
+        "; phones\r\nType=outside\r\n[Nokia 6300]\r\nType =\tS40 \t\r\nquoted=\"  kept  \"\r\nsingle='x'\r\n"
         "half=\"x\r\n;Comment=no\r\nbare\r\nformula=a+b+c\r\numlaut=\xE4\xF6\r\nempty=\r\nType=second\r\n"
         "[other]\r\nType=S60\n[NOKIA 6300]\r\nlate=not seen\r\n[long]\r\nequal=a=b\r\nv=" +
             std::string(600, 'x') + "\r\nshort=" + std::string(511, 'y'));
