@@ -25,42 +25,41 @@ struct Reading {
 TEST_F(DateParserTest, ReadsDatesInTheOrderOfTheUserAndTimesWithAndWithoutSecondsAndDesignators) {
     static constexpr DateFields fifth{2008, 1, 5}, first{2008, 1, 1}, morning{2008, 1, 5, 10, 30, 15};
     static constexpr DateFields half{2008, 1, 5, 10, 30};
-    const Reading cases[] = {
-        {german, u"05.01.2008|5.1.08|  5. 1. 2008 |5/1/2008|5-1-2008|5 1 2008|2008-01-05|2008-1-05", fifth},
-        {german, u"2008/1/5|5.1.|5.1|5. January 2008|5-Jan-08|Jan. 5, 2008|2008 Jan 5|5 jan", fifth},
-        {german, u"1/2008|Jan 2008", first},
-        {german, u"01.13.2008", {2008, 1, 13}},
-        {german, u"13. April 2008", {2008, 4, 13}},
-        {german, u"1.1.29", {2029, 1, 1}},
-        {german, u"1.1.30", {1930, 1, 1}},
-        {german, u"29.02.2000", {2000, 2, 29}},
-        {german, u"1.1.100", {100, 1, 1}},
-        {american, u"1/5/2008|1.5.2008|1/5|1/5/2008 12:00:00 AM", fifth},
-        {american, u"13/5/2008", {2008, 5, 13}},
-        {hungarian, u"2008.1.5|08.01.05|2008. 01. 05", fifth},
-        {chinese, u"2008-01-05|1/5/2008", fifth},
-        {{"CompactPicture", u"yyyyMMdd"}, u"20080105", fifth},
-        {{"Narrow", u"d\u00A0M\u00A0yyyy"}, u"5\u00A01\u00A02008", fifth},
-        {{"Eras", u"d.M.yyyy gg"}, u"5.1.2008", fifth},
-        {german, u"05.01.2008 10:30:15|2008-01-05T10:30:15", morning},
-        {german, u"5.1. 10:30|Jan 5 10:30", half},
-        {german, u"05.01.2008  9:05", {2008, 1, 5, 9, 5}},
-        {german, u"05.01.2008 11 pm", {2008, 1, 5, 23}},
-        {german, u"5 Jan 2008 10:30 PM", {2008, 1, 5, 22, 30}},
-        {german, u"23:59:59", {1899, 12, 30, 23, 59, 59}},
-        {german, u"00:00:00", {1899, 12, 30}},
-        {american, u"1/5/2008 12:30 pm", {2008, 1, 5, 12, 30}},
-        {american, u"1/5/2008 1:30:00PM|1/5/2008 13:30:00", {2008, 1, 5, 13, 30}},
-        {czech, u"5. 1. 2008 9:05:07", {2008, 1, 5, 9, 5, 7}},
-        {czech, u"5. 1. 2008 9:05 odp.", {2008, 1, 5, 21, 5}},
-        {chinese, u"2008/1/5 下午3:04:05", {2008, 1, 5, 15, 4, 5}},
-        {italian, u"05/01/2008 10.30.15", morning},
-        {italian, u"05/01/2008 10:30", half},
-        {italian, u"10.30.15", {1899, 12, 30, 10, 30, 15}},
-        {finnish, u"5.1.2008 10.30.15", morning},
-        {finnish, u"5.1.2008", fifth},
-    };
-    for (const Reading& row : cases) {
+    for (const Reading& row :
+         {Reading{german, u"05.01.2008|5.1.08|  5. 1. 2008 |5/1/2008|5-1-2008|5 1 2008|2008-01-05|2008-1-05",
+                  fifth},
+          Reading{german, u"2008/1/5|5.1.|5.1|5. January 2008|5-Jan-08|Jan. 5, 2008|2008 Jan 5|5 jan", fifth},
+          Reading{german, u"1/2008|Jan 2008", first},
+          Reading{german, u"01.13.2008", {2008, 1, 13}},
+          Reading{german, u"13. April 2008", {2008, 4, 13}},
+          Reading{german, u"1.1.29", {2029, 1, 1}},
+          Reading{german, u"1.1.30", {1930, 1, 1}},
+          Reading{german, u"29.02.2000", {2000, 2, 29}},
+          Reading{german, u"1.1.100", {100, 1, 1}},
+          Reading{american, u"1/5/2008|1.5.2008|1/5|1/5/2008 12:00:00 AM", fifth},
+          Reading{american, u"13/5/2008", {2008, 5, 13}},
+          Reading{hungarian, u"2008.1.5|08.01.05|2008. 01. 05", fifth},
+          Reading{chinese, u"2008-01-05|1/5/2008", fifth},
+          Reading{{"CompactPicture", u"yyyyMMdd"}, u"20080105", fifth},
+          Reading{{"Narrow", u"d\u00A0M\u00A0yyyy"}, u"5\u00A01\u00A02008", fifth},
+          Reading{{"Eras", u"d.M.yyyy gg"}, u"5.1.2008", fifth},
+          Reading{german, u"05.01.2008 10:30:15|2008-01-05T10:30:15", morning},
+          Reading{german, u"5.1. 10:30|Jan 5 10:30", half},
+          Reading{german, u"05.01.2008  9:05", {2008, 1, 5, 9, 5}},
+          Reading{german, u"05.01.2008 11 pm", {2008, 1, 5, 23}},
+          Reading{german, u"5 Jan 2008 10:30 PM", {2008, 1, 5, 22, 30}},
+          Reading{german, u"23:59:59", {1899, 12, 30, 23, 59, 59}},
+          Reading{german, u"00:00:00", {1899, 12, 30}},
+          Reading{american, u"1/5/2008 12:30 pm", {2008, 1, 5, 12, 30}},
+          Reading{american, u"1/5/2008 1:30:00PM|1/5/2008 13:30:00", {2008, 1, 5, 13, 30}},
+          Reading{czech, u"5. 1. 2008 9:05:07", {2008, 1, 5, 9, 5, 7}},
+          Reading{czech, u"5. 1. 2008 9:05 odp.", {2008, 1, 5, 21, 5}},
+          Reading{chinese, u"2008/1/5 下午3:04:05", {2008, 1, 5, 15, 4, 5}},
+          Reading{italian, u"05/01/2008 10.30.15", morning},
+          Reading{italian, u"05/01/2008 10:30", half},
+          Reading{italian, u"10.30.15", {1899, 12, 30, 10, 30, 15}},
+          Reading{finnish, u"5.1.2008 10.30.15", morning},
+          Reading{finnish, u"5.1.2008", fifth}}) {
         use(row.locale);
         for (const Text& text : split(row.texts, u'|'))
             expectReads(row.locale, text, row.fields);
@@ -106,21 +105,19 @@ TEST_F(DateParserTest, KnowsTheYearOfTheClockWhereNoneIsGiven) {
 TEST_F(DateParserTest, RendersTheFormsOfTheUser) {
     const DateValue morning = dateOf(DateFields{2008, 1, 5, 9, 5, 7});
     const DateValue midnight = dateOf(DateFields{2008, 1, 5});
-    const struct {
+    struct Row {
         UserLocale locale;
         TextView date, time, generalTime, midnight;
-    } cases[] = {
-        {german, u"05.01.2008", u"09:05:07", u"09:05:07", u"00:00:00"},
-        {american, u"1/5/2008", u"09:05:07", u"9:05:07 AM", u"12:00:00 AM"},
-        {italian, u"05/01/2008", u"09.05.07", u"9.05.07", u"0.00.00"},
-        {bulgarian, u"5.1.2008 г.", u"09:05:07", u"9:05:07", u"0:00:00"},
-        {{"Literals", u"ddd d 'o''clock' MMMM yy", u"HH'h'mm"},
-         u"Sat 5 o'clock January 08",
-         u"09:05:07",
-         u"09h05",
-         u"00h00"},
     };
-    for (const auto& row : cases) {
+    for (const auto& row : {Row{german, u"05.01.2008", u"09:05:07", u"09:05:07", u"00:00:00"},
+                            Row{american, u"1/5/2008", u"09:05:07", u"9:05:07 AM", u"12:00:00 AM"},
+                            Row{italian, u"05/01/2008", u"09.05.07", u"9.05.07", u"0.00.00"},
+                            Row{bulgarian, u"5.1.2008 г.", u"09:05:07", u"9:05:07", u"0:00:00"},
+                            Row{{"Literals", u"ddd d 'o''clock' MMMM yy", u"HH'h'mm"},
+                                u"Sat 5 o'clock January 08",
+                                u"09:05:07",
+                                u"09h05",
+                                u"00h00"}}) {
         use(row.locale);
         const Text date(row.date);
         EXPECT_EQ(date, shortDateText(morning));

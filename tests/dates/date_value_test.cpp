@@ -44,13 +44,13 @@ TEST(DateValueTest, FractionsRoundAndPartsRollOverIntoTheirNeighbours) {
     EXPECT_EQ((DateFields{2008, 1, 6, 0, 0, 0}), fieldsOf(39453 - 0.4 / 86400));
     EXPECT_EQ((DateFields{2008, 1, 5, 23, 59, 59}), fieldsOf(39453 - 0.6 / 86400));
     EXPECT_EQ(39453, serialDay(39453 - 0.4 / 86400));
-    static constexpr struct {
+    struct Row {
         DateFields parts, date;
-    } cases[] = {{{2008, 13, 1}, {2009, 1, 1}},    {{2008, 3, 0}, {2008, 2, 29}},
-                 {{2008, 1, 0}, {2007, 12, 31}},   {{2008, -12, 0}, {2006, 11, 30}},
-                 {{2008, 1, 366}, {2008, 12, 31}}, {{29, 1, 1}, {2029, 1, 1}},
-                 {{30, 1, 1}, {1930, 1, 1}},       {{0, 1, 1}, {2000, 1, 1}}};
-    for (const auto& [parts, date] : cases)
+    };
+    for (const auto& [parts, date] : {Row{{2008, 13, 1}, {2009, 1, 1}}, Row{{2008, 3, 0}, {2008, 2, 29}},
+                                      Row{{2008, 1, 0}, {2007, 12, 31}}, Row{{2008, -12, 0}, {2006, 11, 30}},
+                                      Row{{2008, 1, 366}, {2008, 12, 31}}, Row{{29, 1, 1}, {2029, 1, 1}},
+                                      Row{{30, 1, 1}, {1930, 1, 1}}, Row{{0, 1, 1}, {2000, 1, 1}}})
         EXPECT_EQ(dateOf(date), dateSerial(parts.year, parts.month, parts.day)) << dateOf(date);
     EXPECT_DOUBLE_EQ(1.5, timeSerial(35, 59, 60));
 }
@@ -83,20 +83,15 @@ TEST(DateValueTest, IntervalsAreAddedAsTheirCalendarHasThem) {
 }
 
 TEST(DateValueTest, DifferencesCountTheBoundariesBetween) {
-    using Fields = DateFields;
+    using Row = std::tuple<TextView, DateFields, DateFields, Long>;
     for (const auto& [interval, from, to, difference] :
-         {std::tuple{u"d", Fields{2008, 1, 5, 23, 59}, Fields{2008, 1, 6, 0, 1}, 1},
-          {u"d", {2008, 1, 6}, {2008, 1, 5}, -1},
-          {u"d", {1899, 12, 29, 18}, {1899, 12, 31}, 2},
-          {u"yyyy", {2007, 12, 31}, {2008, 1, 1}, 1},
-          {u"m", {2007, 12, 31}, {2009, 2, 1}, 14},
-          {u"q", {2008, 3, 31}, {2008, 4, 1}, 1},
-          {u"ww", {2008, 1, 5}, {2008, 1, 6}, 1},
-          {u"ww", {2008, 1, 6}, {2008, 1, 12}, 0},
-          {u"w", {2008, 1, 5}, {2008, 1, 18}, 1},
-          {u"h", {2008, 1, 5, 10, 59}, {2008, 1, 5, 11, 1}, 1},
-          {u"n", {2008, 1, 5, 10, 0}, {2008, 1, 6, 10, 0}, 1440},
-          {u"s", {2008, 1, 5}, {2008, 1, 4}, -86400}})
+         {Row{u"d", {2008, 1, 5, 23, 59}, {2008, 1, 6, 0, 1}, 1}, Row{u"d", {2008, 1, 6}, {2008, 1, 5}, -1},
+          Row{u"d", {1899, 12, 29, 18}, {1899, 12, 31}, 2}, Row{u"yyyy", {2007, 12, 31}, {2008, 1, 1}, 1},
+          Row{u"m", {2007, 12, 31}, {2009, 2, 1}, 14}, Row{u"q", {2008, 3, 31}, {2008, 4, 1}, 1},
+          Row{u"ww", {2008, 1, 5}, {2008, 1, 6}, 1}, Row{u"ww", {2008, 1, 6}, {2008, 1, 12}, 0},
+          Row{u"w", {2008, 1, 5}, {2008, 1, 18}, 1}, Row{u"h", {2008, 1, 5, 10, 59}, {2008, 1, 5, 11, 1}, 1},
+          Row{u"n", {2008, 1, 5, 10, 0}, {2008, 1, 6, 10, 0}, 1440},
+          Row{u"s", {2008, 1, 5}, {2008, 1, 4}, -86400}})
         EXPECT_EQ(difference, intervalsBetween(interval, dateOf(from), dateOf(to))) << difference;
     EXPECT_THROW(intervalsBetween(u"s", at(100, 1, 1), at(9999, 12, 31)), RuntimeFailure);
 }

@@ -142,17 +142,14 @@ TEST_F(IsoDateTest, DateTextsAreAddedAndCompared) {
     EXPECT_EQ(u"hello", DateAddText(u"d", 1, u"hello"));
     EXPECT_EQ(u"", DateAddText(u"yyyy", 9000, u"05.01.2008"));
     EXPECT_EQ(u"", DateAddText(u"fortnight", 1, u"05.01.2008"));
-    const struct {
+    struct Row {
         Text first, second;
         Long days;
-    } differences[] = {{u"", u"", 0},
-                       {u"", u"05.01.2008", -1},
-                       {u"05.01.2008", u"", 1},
-                       {u"hello", u"", 1},
-                       {u"hello", u"05.01.2008", -1},
-                       {u"05.01.2008", u"hello", -1},
-                       {u"05.01.2008", u"05.01.2009", 366}};
-    for (const auto& [first, second, days] : differences)
+    };
+    for (const auto& [first, second, days] :
+         {Row{u"", u"", 0}, Row{u"", u"05.01.2008", -1}, Row{u"05.01.2008", u"", 1}, Row{u"hello", u"", 1},
+          Row{u"hello", u"05.01.2008", -1}, Row{u"05.01.2008", u"hello", -1},
+          Row{u"05.01.2008", u"05.01.2009", 366}})
         EXPECT_EQ(days, DateDiffText(u"d", first, second)) << toUtf8(first) << " " << toUtf8(second);
     EXPECT_EQ(-12, DateDiffText(u"m", u"05.01.2009", u"05.01.2008"));
     EXPECT_EQ(u"31.12.2007", DateSerialText(2008, 1, 0));

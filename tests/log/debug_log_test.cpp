@@ -106,24 +106,29 @@ TEST_F(DiagnosticLog, SettingsComeFromTheFirstPlaceThatHasThem) {
         Long level, told;  // in effect; in the first line of the file
     };
     const Text log = pathOf("log.txt"), other = pathOf("other.txt"), yes = u"1";
-    const Case cases[] = {
-        {"nothing", {}, false, 0, nothing},
-        {"a file alone", {{file, log}}, false, 0, nothing},
-        {"the switch alone", {{on, yes}}, true, 0, nothing},
-        {"the machine's switch", {{machineOn, yes}, {file, log}}, false, 0, nothing},
-        {"a negative switch", {{on, u"-1"}, {file, log}}, false, 0, nothing},
-        {"the user's file", {{on, yes}, {file, log}, {hostFile, other}}, true, 0, 0},
-        {"the host's file", {{on, yes}, {hostFile, log}, {machineFile, other}}, true, 0, 0},
-        {"the machine's file", {{on, yes}, {machineFile, log}}, true, 0, 0},
-        {"a level that only switches on", {{on, yes}, {preliminaryLevel, u"31"}, {file, log}}, true, 0, 0},
-        {"four bits", {{on, yes}, {viewerLevel, u"21"}, {level, u"3"}, {file, log}}, true, 5, 5},
-        {"the user's", {{on, yes}, {level, u"3"}, {machineLevel, u"7"}, {file, log}}, true, 3, 3},
-        {"no bits", {{on, yes}, {viewerLevel, u"16"}, {level, u"3"}, {file, log}}, true, 3, 3},
-        {"all the machine's bits", {{on, yes}, {machineLevel, u"23"}, {file, log}}, true, 7, 23},
-        {"-1 writes nothing", {{on, yes}, {level, u"-1"}, {file, log}}, true, 15, nothing},
-        {"too large", {{on, yes}, {level, u"99999999999"}, {machineLevel, u"2"}, {file, log}}, true, 2, 2},
-    };
-    for (const Case& c : cases) {
+    for (const Case& c :
+         {Case{"nothing", {}, false, 0, nothing}, Case{"a file alone", {{file, log}}, false, 0, nothing},
+          Case{"the switch alone", {{on, yes}}, true, 0, nothing},
+          Case{"the machine's switch", {{machineOn, yes}, {file, log}}, false, 0, nothing},
+          Case{"a negative switch", {{on, u"-1"}, {file, log}}, false, 0, nothing},
+          Case{"the user's file", {{on, yes}, {file, log}, {hostFile, other}}, true, 0, 0},
+          Case{"the host's file", {{on, yes}, {hostFile, log}, {machineFile, other}}, true, 0, 0},
+          Case{"the machine's file", {{on, yes}, {machineFile, log}}, true, 0, 0},
+          Case{"a level that only switches on",
+               {{on, yes}, {preliminaryLevel, u"31"}, {file, log}},
+               true,
+               0,
+               0},
+          Case{"four bits", {{on, yes}, {viewerLevel, u"21"}, {level, u"3"}, {file, log}}, true, 5, 5},
+          Case{"the user's", {{on, yes}, {level, u"3"}, {machineLevel, u"7"}, {file, log}}, true, 3, 3},
+          Case{"no bits", {{on, yes}, {viewerLevel, u"16"}, {level, u"3"}, {file, log}}, true, 3, 3},
+          Case{"all the machine's bits", {{on, yes}, {machineLevel, u"23"}, {file, log}}, true, 7, 23},
+          Case{"-1 writes nothing", {{on, yes}, {level, u"-1"}, {file, log}}, true, 15, nothing},
+          Case{"too large",
+               {{on, yes}, {level, u"99999999999"}, {machineLevel, u"2"}, {file, log}},
+               true,
+               2,
+               2}}) {
         SCOPED_TRACE(c.what);
         resetThreadState();
         usePlatform(machine);

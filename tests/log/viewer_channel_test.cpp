@@ -94,15 +94,11 @@ TEST_F(LogViewer, LinesAboveTheLevelAreNotSentAndDoNotIndent) {
 
 TEST_F(LogViewer, ModeAndVisibilityDecideTheChannel) {
     constexpr std::uint32_t none = 0, chunks = 29797, shared = 29799;
-    for (const auto& [userMode, machineMode, visible, expected] : {std::tuple{u"2", u"3", true, chunks},
-                                                                   {u"3", u"2", true, shared},
-                                                                   {u"0", u"2", true, none},
-                                                                   {u"", u"2", true, chunks},
-                                                                   {u"", u"", true, shared},
-                                                                   {u"", u"0", true, shared},
-                                                                   {u"x", u"3", true, none},
-                                                                   {u"9", u"", true, shared},
-                                                                   {u"2", u"", false, none}}) {
+    using Row = std::tuple<TextView, TextView, bool, std::uint32_t>;
+    for (const auto& [userMode, machineMode, visible, expected] :
+         {Row{u"2", u"3", true, chunks}, Row{u"3", u"2", true, shared}, Row{u"0", u"2", true, none},
+          Row{u"", u"2", true, chunks}, Row{u"", u"", true, shared}, Row{u"", u"0", true, shared},
+          Row{u"x", u"3", true, none}, Row{u"9", u"", true, shared}, Row{u"2", u"", false, none}}) {
         if (!visible) viewer->hide();
         setRegistryText(platform::localMachine, hostDebugKey, u"Mode", machineMode);
         start(userMode);

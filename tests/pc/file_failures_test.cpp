@@ -98,15 +98,12 @@ class FileFailures : public MachineTest {
 
 TEST_F(FileFailures, EachReasonForWhichAFileDoesNotOpenHasItsTries) {
     constexpr int always = 100;
-    for (const auto& [failure, times, result, tries] : {std::tuple{fileAlreadyOpen, 2, 0, 3u},
-                                                        {fileAlreadyOpen, always, -1, 20u},
-                                                        {pathAccessError, 3, 0, 4u},
-                                                        {pathAccessError, always, -1, 4u},
-                                                        {pathNotFound, 1, 0, 2u},
-                                                        {pathNotFound, always, -1, 2u},
-                                                        {invalidProcedureCall, 2, 0, 3u},
-                                                        {invalidProcedureCall, always, -1, 3u},
-                                                        {permissionDenied, 1, -1, 1u}}) {
+    using Row = std::tuple<FailureNumber, int, Long, std::size_t>;
+    for (const auto& [failure, times, result, tries] :
+         {Row{fileAlreadyOpen, 2, 0, 3u}, Row{fileAlreadyOpen, always, -1, 20u},
+          Row{pathAccessError, 3, 0, 4u}, Row{pathAccessError, always, -1, 4u}, Row{pathNotFound, 1, 0, 2u},
+          Row{pathNotFound, always, -1, 2u}, Row{invalidProcedureCall, 2, 0, 3u},
+          Row{invalidProcedureCall, always, -1, 3u}, Row{permissionDenied, 1, -1, 1u}}) {
         std::filesystem::remove_all(folder.path() / "drives/c/x");
         refuse(failure, times);
         EXPECT_EQ(result, write(failure == pathNotFound ? u"C:\\x\\y\\a.txt" : u"C:\\a.txt")) << failure;

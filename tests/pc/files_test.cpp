@@ -25,11 +25,11 @@ class FileRoutines : public PlatformTest {
 };
 
 TEST_F(FileRoutines, FilesAreReadAsBytesOrDecoded) {
+    using Row = std::tuple<std::string_view, Text, Long>;
     for (const auto& [bytes, decoded, expected] :
-         {std::tuple{""sv, Text(), 0},
-          {"plain \x80\xE4\0\r\n"sv, Text(u"plain €ä\0\r\n", 11), 0},
-          {"\xFF\xFE\x41\0\xAC\x20\x42"sv, u"A€", 4},
-          {"\0H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d"sv, u"Hello world", 3}}) {
+         {Row{""sv, Text(), 0}, Row{"plain \x80\xE4\0\r\n"sv, Text(u"plain €ä\0\r\n", 11), 0},
+          Row{"\xFF\xFE\x41\0\xAC\x20\x42"sv, u"A€", 4},
+          Row{"\0H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d"sv, u"Hello world", 3}}) {
         writeFile("file", bytes);
         Long encoding = 77;
         EXPECT_EQ(fromAnsi(bytes), GetFileContents(pathOf("file"), /*decode=*/false, encoding));
@@ -102,18 +102,14 @@ TEST_F(FileRoutines, TheWideReaderKeepsChunksThatHoldTheRequiredText) {
 }
 
 TEST_F(FileRoutines, TextsAreWrittenInTheEncodingAskedFor) {
+    using Row = std::tuple<Text, Long, std::string_view>;
     for (const auto& [text, encoding, bytes] :
-         {std::tuple{Text(u"abc"), 4, "\xFF\xFE\x61\0\x62\0\x63\0"sv},
-          {u"abc", 2, "\xFE\xFF\0\x61\0\x62\0\x63"sv},
-          {u"a€", 3, "\0\x61\x20\xAC"sv},
-          {u"\uFEFFa", 4, "\xFF\xFE\x61\0"sv},
-          {u"", 4, "\xFF\xFE"sv},
-          {u"€中Ł", 0, "\x80?L"sv},
-          {u"abc", 7, "abc"sv},
-          {Text(u"a\0b", 3), 0, "a\0b"sv},
-          {Text(u"a\0b\0", 4), 4, "\xFF\xFE\x61\0\x62\0"sv},  // bytes already
-          {Text(u"ÿþa\0", 4), 4, "\xFF\xFE\x61\0"sv},
-          {Text(u"\0a", 2), 2, "\xFE\xFF\0\x61"sv}}) {
+         {Row{Text(u"abc"), 4, "\xFF\xFE\x61\0\x62\0\x63\0"sv},
+          Row{u"abc", 2, "\xFE\xFF\0\x61\0\x62\0\x63"sv}, Row{u"a€", 3, "\0\x61\x20\xAC"sv},
+          Row{u"\uFEFFa", 4, "\xFF\xFE\x61\0"sv}, Row{u"", 4, "\xFF\xFE"sv}, Row{u"€中Ł", 0, "\x80?L"sv},
+          Row{u"abc", 7, "abc"sv}, Row{Text(u"a\0b", 3), 0, "a\0b"sv},
+          Row{Text(u"a\0b\0", 4), 4, "\xFF\xFE\x61\0\x62\0"sv},  // bytes already
+          Row{Text(u"ÿþa\0", 4), 4, "\xFF\xFE\x61\0"sv}, Row{Text(u"\0a", 2), 2, "\xFE\xFF\0\x61"sv}}) {
         EXPECT_EQ(0, write("file", text, encoding));
         EXPECT_EQ(bytes, readFile("file")) << toUtf8(text) << " " << encoding;
     }
@@ -174,13 +170,12 @@ TEST_F(FileRoutines, AHiddenFileIsReplacedAndStaysHidden) {
 TEST_F(FileRoutines, TestsSeeThroughQuotesAndStopAtStars) {
     writeFile("a.txt", "12345");
     const Text file = pathOf("a.txt"), missing = file + u"x", folder = FolderPart(file);
-    for (const auto& [path, readable, exists, isFolder] : {std::tuple{file, true, true, false},
-                                                           {u'"' + file + u'"', true, true, false},
-                                                           {folder, false, true, true},
-                                                           {missing, false, false, false},
-                                                           {u'"' + folder + u"\\*.txt\"", false, false, true},
-                                                           {u"\\\\", false, FileExists(u"\\\\"), false},
-                                                           {u"", false, false, false}}) {
+    using Row = std::tuple<Text, bool, bool, bool>;
+    for (const auto& [path, readable, exists, isFolder] :
+         {Row{file, true, true, false}, Row{u'"' + file + u'"', true, true, false},
+          Row{folder, false, true, true}, Row{missing, false, false, false},
+          Row{u'"' + folder + u"\\*.txt\"", false, false, true},
+          Row{u"\\\\", false, FileExists(u"\\\\"), false}, Row{u"", false, false, false}}) {
         EXPECT_EQ(readable, FileExistsW_(path)) << toUtf8(path);
         EXPECT_EQ(exists, FileExists(path)) << toUtf8(path);
         EXPECT_EQ(isFolder, FolderExists(path)) << toUtf8(path);

@@ -56,16 +56,13 @@ TEST_F(FoldersTest, TheProductVersionCountsWhereItSaysMore) {
         platform::FileVersion version;
         Text asFile, asProduct;
     };
-    const Case cases[] = {
-        {{.file = {1, 2, 3, 4}, .product = {5, 6, 7, 8}}, u"1.2.3.4", u"5.6.7.8"},
-        {{.file = {1, 2, 3, 4}, .product = {5, 0, 0, 0}}, u"1.2.3.4", u"1.2.3.4"},
-        {{.file = {1, 2, 3, 4}, .product = {0, 0, 7, 0}}, u"1.2.3.4", u"1.2.7.4"},
-        {{.file = {7, 0, 8, 65535}, .product = {}}, u"7.0.8.65535", u"7.0.8.65535"},
-        {{.file = {}, .product = {3, 1, 0, 0}}, u"0.0.0.0", u"3.1.0.0"},
-    };
     const std::filesystem::path drive = folder.path() / "drives" / "c";
     std::filesystem::create_directories(drive);
-    for (const Case& c : cases) {
+    for (const Case& c : {Case{{.file = {1, 2, 3, 4}, .product = {5, 6, 7, 8}}, u"1.2.3.4", u"5.6.7.8"},
+                          Case{{.file = {1, 2, 3, 4}, .product = {5, 0, 0, 0}}, u"1.2.3.4", u"1.2.3.4"},
+                          Case{{.file = {1, 2, 3, 4}, .product = {0, 0, 7, 0}}, u"1.2.3.4", u"1.2.7.4"},
+                          Case{{.file = {7, 0, 8, 65535}, .product = {}}, u"7.0.8.65535", u"7.0.8.65535"},
+                          Case{{.file = {}, .product = {3, 1, 0, 0}}, u"0.0.0.0", u"3.1.0.0"}}) {
         std::ofstream(drive / "a.exe", std::ios::binary) << makeExecutable(c.version);
         EXPECT_EQ(c.asFile, GetFileInfo_::FileVersionText(u"C:\\a.exe", /*preferProductVersion=*/false));
         EXPECT_EQ(c.asProduct, GetFileInfo_::FileVersionText(u"C:\\a.exe", true));

@@ -68,20 +68,17 @@ TEST_F(ProcessTest, ListsGrowInTheirStepsAndEndInUnusedRecords) {
 
 TEST_F(ProcessTest, TheOldFamilyAndTheAskingCallerGetTheSnapshotMethodAndItsDrivePaths) {
     std::filesystem::create_directories(folder.path() / "drives" / "c");
-    const std::pair<Text, Text> cases[] = {
-        {u"\\Device\\HostRoot\\usr\\bin\\x", u"Z:\\usr\\bin\\x"},
-        {u"[System Process]", u"System Process"},
-        {Text(u"cut.exe\0rest", 12), u"cut.exe"},
-        {u"System", u"System"},
-        {u"C:\\a.exe", u"C:\\a.exe"},
-        {u"\\device\\hostdrivec\\Nokia\\a.exe", u"\\device\\hostdrivec\\Nokia\\a.exe"},
-        {u"\\Device\\HostDriveC\\Nokia\\a.exe", u"C:\\Nokia\\a.exe"},
-        {u"\\Device\\HostDriveX\\a.exe", u"\\Device\\HostDriveX\\a.exe"},
-        {u"\\SystemRoot\\System32\\smss.exe", u"C:\\Windows\\System32\\smss.exe"},
-        {u"\\??\\C:\\Windows\\csrss.exe", u"C:\\Windows\\csrss.exe"},
-        {u"System32\\a.exe", u"C:\\Windows\\System32\\a.exe"},
-    };
-    for (const auto& [found, path] : cases) {
+    using Row = std::pair<Text, Text>;
+    for (const auto& [found, path] :
+         {Row{u"\\Device\\HostRoot\\usr\\bin\\x", u"Z:\\usr\\bin\\x"},
+          Row{u"[System Process]", u"System Process"}, Row{Text(u"cut.exe\0rest", 12), u"cut.exe"},
+          Row{u"System", u"System"}, Row{u"C:\\a.exe", u"C:\\a.exe"},
+          Row{u"\\device\\hostdrivec\\Nokia\\a.exe", u"\\device\\hostdrivec\\Nokia\\a.exe"},
+          Row{u"\\Device\\HostDriveC\\Nokia\\a.exe", u"C:\\Nokia\\a.exe"},
+          Row{u"\\Device\\HostDriveX\\a.exe", u"\\Device\\HostDriveX\\a.exe"},
+          Row{u"\\SystemRoot\\System32\\smss.exe", u"C:\\Windows\\System32\\smss.exe"},
+          Row{u"\\??\\C:\\Windows\\csrss.exe", u"C:\\Windows\\csrss.exe"},
+          Row{u"System32\\a.exe", u"C:\\Windows\\System32\\a.exe"}}) {
         run({{1, found}});
         EXPECT_EQ(path, list(/*snapshot=*/true)[0].path);
         EXPECT_EQ(found, list(false)[0].path);

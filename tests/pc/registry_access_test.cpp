@@ -29,10 +29,11 @@ class RegistryAccess : public MachineTest {
 TEST_F(RegistryAccess, EveryTypeCrossesAsText) {
     std::unique_ptr<RegistryKey> opened;
     ASSERT_EQ(0, machine.registry().create(currentUser, key, opened));
-    const struct {
+    struct Row {
         platform::RegistryValue stored;
         Text text;
-    } cases[] = {
+    };
+    const Row cases[] = {
         {{.type = 1, .text = Text(u"abc\0", 4), .bytes = {}, .number = 0}, u"abc"},
         {{.type = 2, .text = Text(u"%X%\0\0", 5), .bytes = {}, .number = 0}, Text(u"%X%\0", 4)},
         {{.type = 7, .text = Text(u"a\0b\0\0", 5), .bytes = {}, .number = 0}, Text(u"a\0b\0", 4)},
@@ -57,22 +58,16 @@ TEST_F(RegistryAccess, EveryTypeCrossesAsText) {
 }
 
 TEST_F(RegistryAccess, SettingSaysWhetherTheValueReadsBackAsGiven) {
-    for (const auto& [value, type, keepZero, result, readBack] : {std::tuple{u"new", 1, false, true, u"new"},
-                                                                  {u"%A%", 2, false, true, u"%A%"},
-                                                                  {u"a", 7, false, true, u"a"},
-                                                                  {u"", 1, false, true, u""},
-                                                                  {u"Zoë 電話", 1, false, true, u"Zoë 電話"},
-                                                                  {u"300", 4, false, true, u"300"},
-                                                                  {u"-60", 4, false, true, u"-60"},
-                                                                  {u"0", 4, false, false, u""},
-                                                                  {u"0", 4, true, true, u"0"},
-                                                                  {u"7.9", 4, false, false, u"7"},
-                                                                  {u"-7.1", 4, false, false, u"-8"},
-                                                                  {u"12abc", 4, false, false, u"12"},
-                                                                  {u"abc", 4, false, false, u""},
-                                                                  {u"9999999999", 4, false, false, u"old"},
-                                                                  {u"x", 3, false, false, u"old"},
-                                                                  {u"x", 11, false, false, u"old"}}) {
+    using Row = std::tuple<TextView, Long, bool, bool, TextView>;
+    for (const auto& [value, type, keepZero, result, readBack] :
+         {Row{u"new", 1, false, true, u"new"}, Row{u"%A%", 2, false, true, u"%A%"},
+          Row{u"a", 7, false, true, u"a"}, Row{u"", 1, false, true, u""},
+          Row{u"Zoë 電話", 1, false, true, u"Zoë 電話"}, Row{u"300", 4, false, true, u"300"},
+          Row{u"-60", 4, false, true, u"-60"}, Row{u"0", 4, false, false, u""},
+          Row{u"0", 4, true, true, u"0"}, Row{u"7.9", 4, false, false, u"7"},
+          Row{u"-7.1", 4, false, false, u"-8"}, Row{u"12abc", 4, false, false, u"12"},
+          Row{u"abc", 4, false, false, u""}, Row{u"9999999999", 4, false, false, u"old"},
+          Row{u"x", 3, false, false, u"old"}, Row{u"x", 11, false, false, u"old"}}) {
         set(u"v", u"old", 1);
         EXPECT_EQ(result, set(u"v", value, type, keepZero)) << toUtf8(value) << " " << type;
         EXPECT_EQ(readBack, get(u"v")) << toUtf8(value) << " " << type;

@@ -45,16 +45,13 @@ TEST_F(ShellExecuteTest, TheShellsOwnValueComesBackUnlessItIsJudged) {
 }
 
 TEST_F(ShellExecuteTest, AFileThatTheShellDoesNotOpenGoesThroughTheInterpreter) {
-    const std::pair<Text, std::string> cases[] = {
-        // the file, and the second try if there is one
-        {u"C:\\a.exe", "open|cmd.exe|/c start C:\\a.exe|6"},
-        {u"C:\\a b.exe", "open|cmd.exe|/k \"C:\\a b.exe\"|4"},
-        {u"\"C:\\a b.exe\"", "open|cmd.exe|/k \"C:\\a b.exe\"|4"},
-        {u"C:\\a & b.exe", "open|cmd.exe|/k C:\\a & b.exe|4"},
-        {u"http://x/?a", ""},
-        {u"CMD.exe", ""},
-    };
-    for (const auto& [file, interpreted] : cases)
+    using Row = std::pair<Text, std::string>;
+    for (const auto& [file, interpreted] : {// the file, and the second try if there is one
+                                            Row{u"C:\\a.exe", "open|cmd.exe|/c start C:\\a.exe|6"},
+                                            Row{u"C:\\a b.exe", "open|cmd.exe|/k \"C:\\a b.exe\"|4"},
+                                            Row{u"\"C:\\a b.exe\"", "open|cmd.exe|/k \"C:\\a b.exe\"|4"},
+                                            Row{u"C:\\a & b.exe", "open|cmd.exe|/k C:\\a & b.exe|4"},
+                                            Row{u"http://x/?a", ""}, Row{u"CMD.exe", ""}})
         for (const Long value : {0, 2, 32}) {
             EXPECT_EQ(-1, judged(value, file));
             ASSERT_EQ(interpreted.empty() ? 1u : 2u, calls.size()) << toUtf8(file);

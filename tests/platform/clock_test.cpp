@@ -10,15 +10,14 @@ namespace {
 
 TEST(ClockTest, FileTimesAreUtcSince1601UpToTheTopBit) {
     Clock& clock = currentPlatform().clock();
-    const std::pair<std::uint64_t, SystemTime> cases[] = {
-        {0, {1601, 1, 1, 1, 0, 0, 0, 0}},
-        {94353120000000000, {1899, 12, 6, 30, 0, 0, 0, 0}},
-        {116444736000000000, {1970, 1, 4, 1, 0, 0, 0, 0}},
-        {125963423999990000, {2000, 2, 2, 29, 23, 59, 59, 999}},
-        {128440026152509999, {2008, 1, 6, 5, 10, 30, 15, 250}},
-        {2650467743990000000, {9999, 12, 5, 31, 23, 59, 59, 0}}};
+    using Row = std::pair<std::uint64_t, SystemTime>;
     SystemTime time;
-    for (const auto& [fileTime, expected] : cases) {
+    for (const auto& [fileTime, expected] :
+         {Row{0, {1601, 1, 1, 1, 0, 0, 0, 0}}, Row{94353120000000000, {1899, 12, 6, 30, 0, 0, 0, 0}},
+          Row{116444736000000000, {1970, 1, 4, 1, 0, 0, 0, 0}},
+          Row{125963423999990000, {2000, 2, 2, 29, 23, 59, 59, 999}},
+          Row{128440026152509999, {2008, 1, 6, 5, 10, 30, 15, 250}},
+          Row{2650467743990000000, {9999, 12, 5, 31, 23, 59, 59, 0}}}) {
         ASSERT_TRUE(clock.fileTimeToSystemTime(fileTime, time));
         EXPECT_EQ(expected, time) << fileTime;
     }

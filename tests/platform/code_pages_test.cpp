@@ -36,13 +36,10 @@ TEST_F(AnsiPage, WhatThePageDoesNotHoldBecomesItsBestFitOrAQuestionMark) {
     EXPECT_EQ("ABC", toAnsi(u"\uFF21\uFF22\uFF23"));
     EXPECT_EQ(u"L\u00F3?", throughAnsi(u"\u0141\u00F3\u96FB"));
 
-    for (const auto& [character, held, expected] : {std::tuple{u'A', true, 0x41},
-                                                    {u'\0', true, 0},
-                                                    {u'€', true, 0x80},
-                                                    {u'ä', true, 0xE4},
-                                                    {u'ł', false, 0x6C},
-                                                    {u'電', false, 0x3F},
-                                                    {char16_t{0xD83D}, false, 0x3F}}) {
+    using Row = std::tuple<char16_t, bool, int>;
+    for (const auto& [character, held, expected] :
+         {Row{u'A', true, 0x41}, Row{u'\0', true, 0}, Row{u'€', true, 0x80}, Row{u'ä', true, 0xE4},
+          Row{u'ł', false, 0x6C}, Row{u'電', false, 0x3F}, Row{char16_t{0xD83D}, false, 0x3F}}) {
         std::uint8_t code = 1;
         EXPECT_EQ(held, ansiCode(character, code)) << static_cast<int>(character);
         EXPECT_EQ(expected, code) << static_cast<int>(character);

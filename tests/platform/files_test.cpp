@@ -66,14 +66,15 @@ TEST_F(FilesSeam, ANumberIsOneOpenFileOfOneThread) {
 TEST_F(FilesSeam, WhatCannotBeOpenedSaysWhy) {
     std::filesystem::create_directory(folder() / "folder");
     const std::string withNul("a.txt\0b", 7);
+    using Row = std::tuple<std::string, FileAccess, FailureNumber>;
     for (const auto& [name, access, failure] :
-         {std::tuple{std::string("missing.txt"), FileAccess::read, fileNotFound},
-          {"missing/a.txt", FileAccess::append, pathNotFound},
-          {"missing/a.txt", FileAccess::replace, pathNotFound},
-          {"folder", FileAccess::read, pathAccessError},
-          {"folder", FileAccess::append, pathAccessError},
-          {"folder", FileAccess::replace, pathAccessError},
-          {withNul, FileAccess::replace, badFileNameOrNumber}}) {
+         {Row{std::string("missing.txt"), FileAccess::read, fileNotFound},
+          Row{"missing/a.txt", FileAccess::append, pathNotFound},
+          Row{"missing/a.txt", FileAccess::replace, pathNotFound},
+          Row{"folder", FileAccess::read, pathAccessError},
+          Row{"folder", FileAccess::append, pathAccessError},
+          Row{"folder", FileAccess::replace, pathAccessError},
+          Row{withNul, FileAccess::replace, badFileNameOrNumber}}) {
         file = nullptr;
         EXPECT_EQ(failure, open(name, access)) << name;
         EXPECT_EQ(nullptr, file) << name;

@@ -22,10 +22,10 @@ TEST(LocaleTest, ThePicturesHaveTheirPartsAndEveryMonthAndDayANameOfItsOwn) {
     EXPECT_FALSE(item(LocaleItem::timeSeparator).empty());
     EXPECT_FALSE(item(LocaleItem::dateSeparator).empty());
     EXPECT_EQ(Text(), item(static_cast<LocaleItem>(0xFFF)));
-    for (const auto& [first, count] : {std::pair{LocaleItem::monthName, 12},
-                                       {LocaleItem::abbreviatedMonthName, 12},
-                                       {LocaleItem::dayName, 7},
-                                       {LocaleItem::abbreviatedDayName, 7}}) {
+    using Row = std::pair<LocaleItem, Long>;
+    for (const auto& [first, count] :
+         {Row{LocaleItem::monthName, 12}, Row{LocaleItem::abbreviatedMonthName, 12},
+          Row{LocaleItem::dayName, 7}, Row{LocaleItem::abbreviatedDayName, 7}}) {
         std::set<Text> names = {Text()};
         for (Long i = 0; i < count; ++i)
             names.insert(item(first, i));

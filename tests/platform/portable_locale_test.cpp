@@ -43,20 +43,18 @@ TEST_F(PortableLocaleTest, TheZonesOfTheSystemBecomeRules) {
     struct Rule {
         std::uint16_t month, day, dayOfWeek, hour, minute;
     };
-    static constexpr struct {
+    struct Row {
         const char* zone;
         Long bias, daylightBias;
         Rule begin, end;
-    } cases[] = {
-        {"CET-1CEST,M3.5.0,M10.5.0/3", -60, -60, {3, 5, 0, 2, 0}, {10, 5, 0, 3, 0}},
-        {"EST5EDT,M3.2.0,M11.1.0", 300, -60, {3, 2, 0, 2, 0}, {11, 1, 0, 2, 0}},
-        {"AEST-10AEDT,M10.1.0,M4.1.0/3", -600, -60, {10, 1, 0, 2, 0}, {4, 1, 0, 3, 0}},
-        {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", -630, -30, {10, 1, 0, 2, 0}, {4, 1, 0, 2, 0}},
-        {"XST3XDT,M5.3.5/1:30,M9.2.2/0", 180, -60, {5, 3, 5, 1, 30}, {9, 2, 2, 0, 0}},
-        {"IST-5:30", -330, 0, {}, {}},
-        {"UTC0", 0, 0, {}, {}},
     };
-    for (const auto& row : cases) {
+    for (const auto& row :
+         {Row{"CET-1CEST,M3.5.0,M10.5.0/3", -60, -60, {3, 5, 0, 2, 0}, {10, 5, 0, 3, 0}},
+          Row{"EST5EDT,M3.2.0,M11.1.0", 300, -60, {3, 2, 0, 2, 0}, {11, 1, 0, 2, 0}},
+          Row{"AEST-10AEDT,M10.1.0,M4.1.0/3", -600, -60, {10, 1, 0, 2, 0}, {4, 1, 0, 3, 0}},
+          Row{"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", -630, -30, {10, 1, 0, 2, 0}, {4, 1, 0, 2, 0}},
+          Row{"XST3XDT,M5.3.5/1:30,M9.2.2/0", 180, -60, {5, 3, 5, 1, 30}, {9, 2, 2, 0, 0}},
+          Row{"IST-5:30", -330, 0, {}, {}}, Row{"UTC0", 0, 0, {}, {}}}) {
         SCOPED_TRACE(row.zone);
         const EnvironmentVariable environment("TZ", row.zone);
         const TimeZoneInformation zone = systemTimeZone();

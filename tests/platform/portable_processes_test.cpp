@@ -105,23 +105,16 @@ TEST_F(PortableProcessesTest, AProgramIsFoundByPathByRegistryAndInTheSearchPath)
     setRegistryText(currentUser, u"Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\registered.exe",
                     u"", u"\"C:\\Tools\\show.exe\"");
     const EnvironmentVariable path("PATH", inPath.parent_path().string() + ":relative::/usr/bin:/bin");
-    const std::pair<TextView, std::string> cases[] = {
-        {u"C:\\Tools\\show.exe a b", "a|b|"},
-        {u"c:/tools/../Tools/show a", "not started"},  // names on a drive are taken as they are written
-        {u"C:\\Tools\\show 1", "1|"},
-        {u"\"C:\\Tools\\show.exe\" \"a b\"  c\\\\\"d e\"f \"\" \\\"g", "a b|c\\d ef||\"g|"},
-        {u"registered 5", "5|"},
-        {u"Registered.exe 5", "5|"},
-        {u"found-in-path", "path\n"},
-        {u"  \tfound-in-path.exe", "path\n"},
-        {u"\"", "not started"},
-        {u"cmd /c \"C:\\Tools\\show.exe\" x", "x|"},
-        {u"cmd /q /k echo a && echo b", "a\nb\n"},
-        {u"cmd /c start echo a", ""},
-        {u"cmd", ""},
-        {u"D:\\show.exe", "not started"},
-    };
-    for (const auto& [line, output] : cases)
+    using Row = std::pair<TextView, std::string>;
+    for (const auto& [line, output] :
+         {Row{u"C:\\Tools\\show.exe a b", "a|b|"},
+          Row{u"c:/tools/../Tools/show a", "not started"},  // names on a drive are taken as they are written
+          Row{u"C:\\Tools\\show 1", "1|"},
+          Row{u"\"C:\\Tools\\show.exe\" \"a b\"  c\\\\\"d e\"f \"\" \\\"g", "a b|c\\d ef||\"g|"},
+          Row{u"registered 5", "5|"}, Row{u"Registered.exe 5", "5|"}, Row{u"found-in-path", "path\n"},
+          Row{u"  \tfound-in-path.exe", "path\n"}, Row{u"\"", "not started"},
+          Row{u"cmd /c \"C:\\Tools\\show.exe\" x", "x|"}, Row{u"cmd /q /k echo a && echo b", "a\nb\n"},
+          Row{u"cmd /c start echo a", ""}, Row{u"cmd", ""}, Row{u"D:\\show.exe", "not started"}})
         EXPECT_EQ(output, outputOf(line)) << std::string(line.begin(), line.end());
 }
 
@@ -164,18 +157,13 @@ TEST_F(PortableProcessesTest, UserFoldersFollowTheDesktopAndSystemFoldersDriveC)
     std::ofstream(folder.path() / "config/user-dirs.dirs")
         << "# written by the desktop\nXDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\nXDG_DOCUMENTS_DIR=\"$HOME/\"\n"
            "XDG_PICTURES_DIR=\"/media/Bilder\"\nXDG_MUSIC_DIR=nonsense\n";
-    const std::pair<Long, Text> cases[] = {{0, u"Z:\\home\\anna\\Schreibtisch"},
-                                           {5, u"Z:\\home\\anna"},
-                                           {13, u"Z:\\home\\anna\\Music"},
-                                           {26, windowsPath(machine, folder.path() / "config")},
-                                           {28, u"Z:\\home\\anna\\.local\\share"},
-                                           {32, u"Z:\\home\\anna\\.cache"},
-                                           {35, u"C:\\ProgramData"},
-                                           {38, u"C:\\Program Files"},
-                                           {39, u"Z:\\media\\Bilder"},
-                                           {40, u"Z:\\home\\anna"},
-                                           {6, u""}};
-    for (const auto& [id, path] : cases)
+    using Row = std::pair<Long, Text>;
+    for (const auto& [id, path] :
+         {Row{0, u"Z:\\home\\anna\\Schreibtisch"}, Row{5, u"Z:\\home\\anna"},
+          Row{13, u"Z:\\home\\anna\\Music"}, Row{26, windowsPath(machine, folder.path() / "config")},
+          Row{28, u"Z:\\home\\anna\\.local\\share"}, Row{32, u"Z:\\home\\anna\\.cache"},
+          Row{35, u"C:\\ProgramData"}, Row{38, u"C:\\Program Files"}, Row{39, u"Z:\\media\\Bilder"},
+          Row{40, u"Z:\\home\\anna"}, Row{6, u""}})
         EXPECT_EQ(path, processes().specialFolder(id)) << id;
     EXPECT_EQ(u"/home/anna", processes().environment(u"home"));
     EXPECT_EQ(u"C:\\Windows", processes().environment(u"WinDir"));

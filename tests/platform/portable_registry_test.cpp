@@ -67,17 +67,17 @@ constexpr const char* exportedLines =
 
 TEST_F(MachineRegistry, AnExportIsReadInEveryEncodingTheEditorHas) {
     using namespace std::string_literals;
-    const std::pair<TextView, std::string> values[] = {
-        {u"platformpath", "C:\\Program Files\\PC Connectivity Solution\\"},
-        {u"Quote", "say \"hi\""},
-        {u"Bias", "4294967236"},
-        {u"Expand", "%TEMP%\\x"},
-        {u"List", "a\0b\0"s},
-        {u"Bytes", "\0\1\xFF"s},
-        {u"Big", "\1\2\3\4\5\6\7\10"},
-        {u"Plain", "z"},
-        {u"Lines", "first\r\nsecond"},
-        {u"", "the default"}};
+    using Row = std::pair<TextView, std::string>;
+    const Row values[] = {Row{u"platformpath", "C:\\Program Files\\PC Connectivity Solution\\"},
+                          Row{u"Quote", "say \"hi\""},
+                          Row{u"Bias", "4294967236"},
+                          Row{u"Expand", "%TEMP%\\x"},
+                          Row{u"List", "a\0b\0"s},
+                          Row{u"Bytes", "\0\1\xFF"s},
+                          Row{u"Big", "\1\2\3\4\5\6\7\10"},
+                          Row{u"Plain", "z"},
+                          Row{u"Lines", "first\r\nsecond"},
+                          Row{u"", "the default"}};
     for (const std::string& bytes : {std::string(exportedLines), "\xEF\xBB\xBF"s + exportedLines,
                                      "\xFF\xFE" + toUtf16Bytes(fromUtf8(exportedLines))}) {
         put(bytes);
