@@ -15,54 +15,56 @@ class DateParserTest : public DatesTest {
     }
 };
 
-// Texts with a bar between them, read by a user of the locale.
-struct Reading {
-    UserLocale locale;
-    TextView texts;
-    DateFields fields;
-};
-
 TEST_F(DateParserTest, ReadsDatesInTheOrderOfTheUserAndTimesWithAndWithoutSecondsAndDesignators) {
-    static constexpr DateFields fifth{2008, 1, 5}, first{2008, 1, 1}, morning{2008, 1, 5, 10, 30, 15};
-    static constexpr DateFields half{2008, 1, 5, 10, 30};
-    for (const Reading& row :
-         {Reading{german, u"05.01.2008|5.1.08|  5. 1. 2008 |5/1/2008|5-1-2008|5 1 2008|2008-01-05|2008-1-05",
-                  fifth},
-          Reading{german, u"2008/1/5|5.1.|5.1|5. January 2008|5-Jan-08|Jan. 5, 2008|2008 Jan 5|5 jan", fifth},
-          Reading{german, u"1/2008|Jan 2008", first},
-          Reading{german, u"01.13.2008", {2008, 1, 13}},
-          Reading{german, u"13. April 2008", {2008, 4, 13}},
-          Reading{german, u"1.1.29", {2029, 1, 1}},
-          Reading{german, u"1.1.30", {1930, 1, 1}},
-          Reading{german, u"29.02.2000", {2000, 2, 29}},
-          Reading{german, u"1.1.100", {100, 1, 1}},
-          Reading{american, u"1/5/2008|1.5.2008|1/5|1/5/2008 12:00:00 AM", fifth},
-          Reading{american, u"13/5/2008", {2008, 5, 13}},
-          Reading{hungarian, u"2008.1.5|08.01.05|2008. 01. 05", fifth},
-          Reading{chinese, u"2008-01-05|1/5/2008", fifth},
-          Reading{{"CompactPicture", u"yyyyMMdd"}, u"20080105", fifth},
-          Reading{{"Narrow", u"d\u00A0M\u00A0yyyy"}, u"5\u00A01\u00A02008", fifth},
-          Reading{{"Eras", u"d.M.yyyy gg"}, u"5.1.2008", fifth},
-          Reading{german, u"05.01.2008 10:30:15|2008-01-05T10:30:15", morning},
-          Reading{german, u"5.1. 10:30|Jan 5 10:30", half},
-          Reading{german, u"05.01.2008  9:05", {2008, 1, 5, 9, 5}},
-          Reading{german, u"05.01.2008 11 pm", {2008, 1, 5, 23}},
-          Reading{german, u"5 Jan 2008 10:30 PM", {2008, 1, 5, 22, 30}},
-          Reading{german, u"23:59:59", {1899, 12, 30, 23, 59, 59}},
-          Reading{german, u"00:00:00", {1899, 12, 30}},
-          Reading{american, u"1/5/2008 12:30 pm", {2008, 1, 5, 12, 30}},
-          Reading{american, u"1/5/2008 1:30:00PM|1/5/2008 13:30:00", {2008, 1, 5, 13, 30}},
-          Reading{czech, u"5. 1. 2008 9:05:07", {2008, 1, 5, 9, 5, 7}},
-          Reading{czech, u"5. 1. 2008 9:05 odp.", {2008, 1, 5, 21, 5}},
-          Reading{chinese, u"2008/1/5 下午3:04:05", {2008, 1, 5, 15, 4, 5}},
-          Reading{italian, u"05/01/2008 10.30.15", morning},
-          Reading{italian, u"05/01/2008 10:30", half},
-          Reading{italian, u"10.30.15", {1899, 12, 30, 10, 30, 15}},
-          Reading{finnish, u"5.1.2008 10.30.15", morning},
-          Reading{finnish, u"5.1.2008", fifth}}) {
-        use(row.locale);
-        for (const Text& text : split(row.texts, u'|'))
-            expectReads(row.locale, text, row.fields);
+    constexpr std::int64_t fifth = 2008'01'05'00'00'00, morning = 2008'01'05'10'30'15,
+                           half = 2008'01'05'10'30'00;
+    constexpr std::int64_t zero = 1899'12'30'00'00'00;
+    using Row = std::tuple<UserLocale, TextView,
+                           std::int64_t>;  // texts with a bar between them, all digits of the moment
+    const UserLocale compact = {"CompactPicture", u"yyyyMMdd"}, narrow = {"Narrow", u"d\u00A0M\u00A0yyyy"},
+                     eras = {"Eras", u"d.M.yyyy gg"};
+    for (const auto& [locale, texts, digits] :
+         {Row{german, u"05.01.2008|5.1.08|  5. 1. 2008 |5/1/2008|5-1-2008|5 1 2008|2008-01-05|2008-1-05",
+              fifth},
+          Row{german, u"2008/1/5|5.1.|5.1|5. January 2008|5-Jan-08|Jan. 5, 2008|2008 Jan 5|5 jan", fifth},
+          Row{german, u"1/2008|Jan 2008", 2008'01'01'00'00'00},
+          Row{german, u"01.13.2008", 2008'01'13'00'00'00},
+          Row{german, u"13. April 2008", 2008'04'13'00'00'00},
+          Row{german, u"1.1.29", 2029'01'01'00'00'00},
+          Row{german, u"1.1.30", 1930'01'01'00'00'00},
+          Row{german, u"29.02.2000", 2000'02'29'00'00'00},
+          Row{german, u"1.1.100", 100'01'01'00'00'00},
+          Row{american, u"1/5/2008|1.5.2008|1/5|1/5/2008 12:00:00 AM", fifth},
+          Row{american, u"13/5/2008", 2008'05'13'00'00'00},
+          Row{hungarian, u"2008.1.5|08.01.05|2008. 01. 05", fifth},
+          Row{chinese, u"2008-01-05|1/5/2008", fifth},
+          Row{compact, u"20080105", fifth},
+          Row{narrow, u"5\u00A01\u00A02008", fifth},
+          Row{eras, u"5.1.2008", fifth},
+          Row{german, u"05.01.2008 10:30:15|2008-01-05T10:30:15", morning},
+          Row{german, u"5.1. 10:30|Jan 5 10:30", half},
+          Row{german, u"05.01.2008  9:05", 2008'01'05'09'05'00},
+          Row{german, u"05.01.2008 11 pm", 2008'01'05'23'00'00},
+          Row{german, u"5 Jan 2008 10:30 PM", 2008'01'05'22'30'00},
+          Row{german, u"23:59:59", zero + 23'59'59},
+          Row{german, u"00:00:00", zero},
+          Row{american, u"1/5/2008 12:30 pm", 2008'01'05'12'30'00},
+          Row{american, u"1/5/2008 1:30:00PM|1/5/2008 13:30:00", 2008'01'05'13'30'00},
+          Row{czech, u"5. 1. 2008 9:05:07", 2008'01'05'09'05'07},
+          Row{czech, u"5. 1. 2008 9:05 odp.", 2008'01'05'21'05'00},
+          Row{chinese, u"2008/1/5 下午3:04:05", 2008'01'05'15'04'05},
+          Row{italian, u"05/01/2008 10.30.15", morning},
+          Row{italian, u"05/01/2008 10:30", half},
+          Row{italian, u"10.30.15", zero + 10'30'15},
+          Row{finnish, u"5.1.2008 10.30.15", morning},
+          Row{finnish, u"5.1.2008", fifth}}) {
+        use(locale);
+        const Long day = static_cast<Long>(digits / 1'00'00'00),
+                   time = static_cast<Long>(digits % 1'00'00'00);
+        for (const Text& text : split(texts, u'|'))
+            expectReads(
+                locale, text,
+                {day / 100'00, day / 100 % 100, day % 100, time / 100'00, time / 100 % 100, time % 100});
     }
 }
 

@@ -25,6 +25,10 @@ constexpr TextView codePageKey = u"SYSTEM\\CurrentControlSet\\Control\\Nls\\Code
 
 class TextConversions : public MachineTest {
   protected:
+    std::uint32_t choose(TextView page) {
+        setRegistryText(platform::localMachine, codePageKey, u"ACP", page);
+        return currentPlatform().codePages().ansi();
+    }
     static Text repaired(Text text, TextView keepList = {}) {
         ConvertUmlauteFromFile(text, keepList);
         return text;
@@ -93,7 +97,7 @@ TEST_F(TextConversions, EscapesAndTheMisreadEuroSignAreResolved) {
 }
 
 TEST_F(TextConversions, LeadsAndReferencesFollowTheCodePage) {
-    setRegistryText(platform::localMachine, codePageKey, u"ACP", u"1250");
+    choose(u"1250");
     EXPECT_EQ(u"ä", repaired(fromAnsi("\xC3\xA4")));  // "Ă¤" there
     EXPECT_EQ(u"ł", repaired(fromAnsi("\xC5\x82")));  // "Ĺ‚" there
     expectRepaired(u"Ã¤=Ã¤|&#179;=ł");                // "Ã" is no lead there
@@ -168,8 +172,31 @@ TEST_F(TextConversions, ArraysKeepTheirBoundsInMind) {
     EXPECT_EQ("\x80x", bytesOf(array));
 }
 
-TEST_F(TextConversions, OnADoubleByteCodePageBytesStillComeBackUnchanged) {
-    setRegistryText(platform::localMachine, codePageKey, u"ACP", u"932");
+// Codes from the published tables of each page.
+TEST_F(TextConversions, TheRegistryNamesThePage) {
+    EXPECT_EQ(1251u, choose(u"1251"));
+    EXPECT_EQ("\xCC\xE0\xF8\xE0 \xA8", toAnsi(u"Маша Ё"));
+    EXPECT_EQ(u"Маша Ё", fromAnsi("\xCC\xE0\xF8\xE0 \xA8"));
+    EXPECT_EQ("Ae", toAnsi(u"Äé")) << "letters of another script keep their base";
+}
+
+TEST_F(TextConversions, AnUnknownPageIsTakenFor1252) {
+    EXPECT_EQ(1252u, choose(u"4711"));
+    EXPECT_EQ("\x80", toAnsi(u"€"));
+}
+
+TEST_F(TextConversions, CharactersOfTwoBytesTakeTwoBytes) {
+    EXPECT_EQ(932u, choose(u"932"));
+    EXPECT_EQ(nullptr, currentPlatform().codePages().singleByteTable());
+    EXPECT_EQ("\x93\x64\x98\x62 \xB6\xC5 ABC", toAnsi(u"電話 ｶﾅ ABC"));
+    EXPECT_EQ(u"電話 ｶﾅ ABC", fromAnsi("\x93\x64\x98\x62 \xB6\xC5 ABC"));
+    EXPECT_EQ("\x87\x8A", toAnsi(u"㈱")) << "of several codes, the one the page prefers";
+    EXPECT_EQ(u"a?", fromAnsi("a\x93")) << "half a character at the end";
+    std::uint8_t code = 0;
+    EXPECT_FALSE(ansiCode(u'電', code));
+    EXPECT_TRUE(ansiCode(u'ｶ', code));
+    EXPECT_EQ(0xB6, code);
+    // Byte by byte they still come back unchanged.
     std::string all;
     for (int byte = 0; byte < 256; ++byte)
         all += static_cast<char>(byte);
