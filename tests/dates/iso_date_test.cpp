@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "core/log_front.h"
+#include "common/recording_log.h"
 #include "dates/date_text.h"
 #include "dates/dates_test.h"
 #include "platform/portable/registry.h"
@@ -11,6 +11,7 @@ namespace ovno2 {
 namespace {
 
 using namespace ISODate;
+using ::testing::ElementsAre;
 
 using IsoDateTest = DatesTest;
 
@@ -156,37 +157,18 @@ TEST_F(IsoDateTest, DateTextsAreAddedAndCompared) {
     EXPECT_EQ(u"", DateSerialText(9999, 13, 1));
 }
 
-// Takes the lines as the log writer gets them, with their kind where they have one.
-class RecordedLines : public LogWriter {
-  public:
-    std::vector<Text> lines;
-
-    void writeLine(TextView message, Long kind, Long, TextView) noexcept override {
-        lines.push_back(kind == plainLine ? Text(message)
-                                          : Text(message).append(u"|").append(decimalText(kind)));
-        clearPendingFailure();
-    }
-    void recheckSwitches() noexcept override {}
-};
-
 TEST_F(IsoDateTest, TheLogShowsFormatsAndWhatCouldNotBeRead) {
-    RecordedLines log;
-    LogFront& front = stateOf<LogFront>();
-    front.enabled = true;
-    front.writer = &log;
+    RecordingLog log;
     toLocal(u"hello");
-    EXPECT_THAT(log.lines, ::testing::ElementsAre(u"GetISO8601Date|0", u"DateTimeInit|0", u"GetTimeFormat: :",
-                                                  u"DateTimeInit|999", u"GetDateformat|0", u"dd.MM.yyyy",
-                                                  u"GetDateFormat: dd.MM.yyyy", u"GetDateFormat: dd.MM.yyyy",
-                                                  u"GetDateformat|999", u"GetISO8601Date: hello",
-                                                  u"GetISO8601Date|999"));
+    EXPECT_THAT(log.lines, ElementsAre("<GetISO8601Date", "<DateTimeInit",
+                                       "GetTimeFormat: :", "DateTimeInit>", "<GetDateformat", "dd.MM.yyyy",
+                                       "GetDateFormat: dd.MM.yyyy", "GetDateFormat: dd.MM.yyyy",
+                                       "GetDateformat>", "GetISO8601Date: hello", "GetISO8601Date>"));
     log.lines.clear();
     ConvertToISO8601Date(u"31.02.2008", /*dateOnly=*/false);
-    EXPECT_THAT(log.lines, ::testing::ElementsAre(u"ConvertToISO8601Date: 'dd.MM.yyyy' '31.02.2008'"));
-    log.lines.clear();
     toLocal(u"99999999T999999");
-    EXPECT_THAT(log.lines, ::testing::ElementsAre(u"GetISO8601Date|0", u" 99:99:99", u"GetISO8601Date|999"));
-    front.writer = nullptr;
+    EXPECT_THAT(log.lines, ElementsAre("ConvertToISO8601Date: 'dd.MM.yyyy' '31.02.2008'", "<GetISO8601Date",
+                                       " 99:99:99", "GetISO8601Date>"));
 }
 
 TEST_F(IsoDateTest, ARegistryThatFailsLeavesTheFallbacks) {

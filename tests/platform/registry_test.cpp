@@ -44,7 +44,8 @@ TEST_F(RegistrySeam, EveryKindOfValueComesBackAsItWasStoredUntilItIsReplacedOrRe
         bytes.push_back(static_cast<char>(i));
     const RegistryValue number = {.type = 4, .text = {}, .bytes = {}, .number = 0xFFFFFFC4};
     const std::pair<TextView, RegistryValue> values[] = {
-        {u"text", textValue(RegistryType::text, Text(u"C:\\Telefon \"Zoë\"\\Łódź 電話 \xD83D\xDCF1\0", 30))},
+        {u"text",
+         textValue(RegistryType::text, Text(u"C:\\Telefon \"Zoë\"\\Łódź 電話 \xD83D\xDCF1") + u'\0')},
         {u"expandable", textValue(RegistryType::expandableText, Text(u"%TEMP%\\x\0", 9))},
         {u"list", textValue(RegistryType::textList, Text(u"one\0two\0\0", 9))},
         {u"lines", textValue(RegistryType::text, Text(u"a\r\nb\0", 5))},
