@@ -199,7 +199,8 @@ TEST_F(DiagnosticLog, AFileThatCannotBeWrittenCostsOnlyItsLines) {
     // Others may hold any number of files open while a line is written.
     platform::OpenFile* held = nullptr;
     for (Long number = 1; number <= 3; ++number)
-        machine.files().open(number, pathOf("held"), platform::FileAccess::append, held);
+        ASSERT_EQ(noFailure,
+                  machine.files().open(number, pathOf("held"), platform::FileAccess::append, held));
     DebugWrite(u"kept");
     EXPECT_EQ("[ovNo2]  kept\r\n", contents());
 }
