@@ -19,13 +19,8 @@ using platform::portable::Machine;
 
 namespace {
 
-struct Locale {
-    const char* shortDate;
-    const char* timeFormat;
-    const char* timeSeparator;
-};
-
-constexpr Locale locales[] = {
+constexpr const char* locales[][3] = {
+    // short date, time, separator
     {"dd.MM.yyyy", "HH:mm:ss", ":"},   {"M/d/yyyy", "h:mm:ss tt", ":"},  {"d. M. yyyy", "H:mm:ss", ":"},
     {"yyyy. MM. dd.", "H:mm:ss", ":"}, {"yyyy/M/d", "tt h:mm:ss", ":"},  {"dd/MM/yyyy", "H.mm.ss", "."},
     {"yyyyMMdd", "HH:mm", ":"},        {"ddd d MMMM yyyy", "H:mm", ":"}, {"d.M.yyyy 'x'", "HH'h'mm", "h"},
@@ -40,21 +35,17 @@ class Machines {
         for (std::size_t i = 0; i < machines_.size(); ++i) {
             const std::filesystem::path home = folder_ / std::to_string(i);
             std::filesystem::create_directory(home);
+            const auto& [shortDate, time, separator] = locales[i];
             std::ofstream(home / "registry.reg")
-                << "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Control "
-                   "Panel\\International]\n"
-                << "\"sShortDate\"=\"" << locales[i].shortDate << "\"\n\"sTimeFormat\"=\""
-                << locales[i].timeFormat << "\"\n\"sTime\"=\"" << locales[i].timeSeparator
-                << "\"\n\"s1159\"=\"AM\"\n\"s2359\"=\"PM\"\n\n"
+                << "REGEDIT4\n[HKEY_CURRENT_USER\\Control Panel\\International]\n\"sShortDate\"=\""
+                << shortDate << "\"\n\"sTimeFormat\"=\"" << time << "\"\n\"sTime\"=\"" << separator
+                << "\"\n\"s1159\"=\"AM\"\n\"s2359\"=\"PM\"\n"
                 << "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation]\n"
                 << "\"ActiveTimeBias\"=dword:ffffffc4\n";
             machines_[i] = std::make_unique<Machine>(home);
         }
     }
-    ~Machines() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
+    ~Machines() { std::filesystem::remove_all(folder_); }
     Machines(const Machines&) = delete;
     Machines& operator=(const Machines&) = delete;
 
@@ -89,11 +80,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (const std::optional<DateFields> read = readDateFields(text)) {
         check(isValid(*read));
         const DateValue date = dateOf(*read);
-        const auto readsBack = [&](const Text& rendered) {
-            const std::optional<DateFields> again = readDateFields(rendered);
-            return again && dateOf(*again) == date;
-        };
-        check(readsBack(localDateText(date)));
+        const std::optional<DateFields> again = readDateFields(localDateText(date));
+        check(again && dateOf(*again) == date);
         check(ISODate::ConvertToISO8601Date(text, /*dateOnly=*/false) ==
               ISODate::FormatISODate(date, /*dateOnly=*/false));
         check(!ISODate::DateAddText(u"d", 0, text).empty());

@@ -10,142 +10,59 @@ class DateParserTest : public DatesTest {
   protected:
     void expectReads(const UserLocale& locale, TextView text, const DateFields& fields) {
         const std::optional<DateFields> read = readDateFields(text);
-        ASSERT_TRUE(read) << locale << ": " << narrow(text);
-        EXPECT_EQ(dateOf(fields), dateOf(*read)) << locale << ": " << narrow(text);
+        ASSERT_TRUE(read) << locale << ": " << toUtf8(text);
+        EXPECT_EQ(dateOf(fields), dateOf(*read)) << locale << ": " << toUtf8(text);
     }
 };
 
-TEST_F(DateParserTest, ReadsDatesInTheOrderOfTheUser) {
-    static constexpr DateFields fifth{2008, 1, 5};
-    static const struct {
-        UserLocale locale;
-        TextView text;
-        DateFields fields;
-    } cases[] = {
-        {german, u"05.01.2008", fifth},
-        {german, u"5.1.08", fifth},
-        {german, u"  5. 1. 2008 ", fifth},
-        {german, u"5/1/2008", fifth},
-        {german, u"5-1-2008", fifth},
-        {german, u"5 1 2008", fifth},
-        {german, u"2008-01-05", fifth},
-        {german, u"2008-1-05", fifth},
-        {german, u"2008/1/5", fifth},
-        {german, u"5.1.", fifth},
-        {german, u"5.1", fifth},
-        {german, u"1/2008", {2008, 1, 1}},
-        {german, u"01.13.2008", {2008, 1, 13}},
-        {german, u"5. January 2008", fifth},
-        {german, u"5-Jan-08", fifth},
-        {german, u"Jan. 5, 2008", fifth},
-        {german, u"2008 Jan 5", fifth},
-        {german, u"5 jan", fifth},
-        {german, u"Jan 2008", {2008, 1, 1}},
-        {german, u"1.1.29", {2029, 1, 1}},
-        {german, u"1.1.30", {1930, 1, 1}},
-        {german, u"29.02.2000", {2000, 2, 29}},
-        {german, u"1.1.100", {100, 1, 1}},
-        {american, u"1/5/2008", fifth},
-        {american, u"1.5.2008", fifth},
-        {american, u"13/5/2008", {2008, 5, 13}},
-        {american, u"1/5", fifth},
-        {hungarian, u"2008.1.5", fifth},
-        {hungarian, u"08.01.05", fifth},
-        {hungarian, u"2008. 01. 05", fifth},
-        {chinese, u"2008-01-05", fifth},
-        {chinese, u"1/5/2008", fifth},
-        {{.name = "CompactPicture", .shortDate = u"yyyyMMdd"}, u"20080105", fifth},
-        {{.name = "Narrow", .shortDate = u"d\u00A0M\u00A0yyyy"}, u"5\u00A01\u00A02008", fifth},
-        {{.name = "Eras", .shortDate = u"d.M.yyyy gg"}, u"5.1.2008", fifth},
-    };
-    for (const auto& row : cases) {
-        use(row.locale);
-        expectReads(row.locale, row.text, row.fields);
-    }
-}
-
-TEST_F(DateParserTest, ReadsTimesWithAndWithoutSecondsAndDesignators) {
-    static const struct {
-        UserLocale locale;
-        TextView text;
-        DateFields fields;
-    } cases[] = {
-        {german, u"05.01.2008 10:30:15", {2008, 1, 5, 10, 30, 15}},
-        {german, u"05.01.2008  9:05", {2008, 1, 5, 9, 5}},
-        {german, u"05.01.2008 11 pm", {2008, 1, 5, 23}},
-        {german, u"5.1. 10:30", {2008, 1, 5, 10, 30}},
-        {german, u"5 Jan 2008 10:30 PM", {2008, 1, 5, 22, 30}},
-        {german, u"Jan 5 10:30", {2008, 1, 5, 10, 30}},
-        {german, u"2008-01-05T10:30:15", {2008, 1, 5, 10, 30, 15}},
-        {german, u"23:59:59", {1899, 12, 30, 23, 59, 59}},
-        {german, u"00:00:00", {1899, 12, 30}},
-        {american, u"1/5/2008 12:00:00 AM", {2008, 1, 5}},
-        {american, u"1/5/2008 12:30 pm", {2008, 1, 5, 12, 30}},
-        {american, u"1/5/2008 1:30:00PM", {2008, 1, 5, 13, 30}},
-        {american, u"1/5/2008 13:30:00", {2008, 1, 5, 13, 30}},
-        {czech, u"5. 1. 2008 9:05:07", {2008, 1, 5, 9, 5, 7}},
-        {czech, u"5. 1. 2008 9:05 odp.", {2008, 1, 5, 21, 5}},
-        {chinese, u"2008/1/5 下午3:04:05", {2008, 1, 5, 15, 4, 5}},
-        {italian, u"05/01/2008 10.30.15", {2008, 1, 5, 10, 30, 15}},
-        {italian, u"05/01/2008 10:30", {2008, 1, 5, 10, 30}},
-        {italian, u"10.30.15", {1899, 12, 30, 10, 30, 15}},
-        {finnish, u"5.1.2008 10.30.15", {2008, 1, 5, 10, 30, 15}},
-        {finnish, u"5.1.2008", {2008, 1, 5}},
-    };
-    for (const auto& row : cases) {
-        use(row.locale);
-        expectReads(row.locale, row.text, row.fields);
+TEST_F(DateParserTest, ReadsDatesInTheOrderOfTheUserAndTimesWithAndWithoutSecondsAndDesignators) {
+    using Row = std::pair<UserLocale, TextView>;  // "text|text=moment", with a semicolon between moments
+    for (const auto& [locale, cases] :
+         {Row{german,
+              u"05.01.2008|5.1.08|  5. 1. 2008 |5/1/2008|5-1-2008|5 1 "
+              u"2008|2008-01-05|2008-1-05|2008/1/5|5.1.|"
+              u"5.1|5. January 2008|5-Jan-08|Jan. 5, 2008|2008 Jan 5|5 jan=20080105T000000;"
+              u"1/2008|Jan 2008=20080101T000000;01.13.2008=20080113T000000;13. April 2008=20080413T000000;"
+              u"1.1.29=20290101T000000;1.1.30=19300101T000000;29.02.2000=20000229T000000;"
+              u"1.1.100=01000101T000000;05.01.2008 10:30:15|2008-01-05T10:30:15=20080105T103015;"
+              u"05.01.2008  9:05=20080105T090500;05.01.2008 11 pm=20080105T230000;"
+              u"5.1. 10:30|Jan 5 10:30=20080105T103000;5 Jan 2008 10:30 PM=20080105T223000;"
+              u"23:59:59=18991230T235959;00:00:00=18991230T000000"},
+          Row{american,
+              u"1/5/2008|1.5.2008|1/5|1/5/2008 12:00:00 AM=20080105T000000;13/5/2008=20080513T000000;"
+              u"1/5/2008 12:30 pm=20080105T123000;1/5/2008 1:30:00PM|1/5/2008 13:30:00=20080105T133000"},
+          Row{hungarian, u"2008.1.5|08.01.05|2008. 01. 05=20080105T000000"},
+          Row{chinese, u"2008-01-05|1/5/2008=20080105T000000;2008/1/5 下午3:04:05=20080105T150405"},
+          Row{czech, u"5. 1. 2008 9:05:07=20080105T090507;5. 1. 2008 9:05 odp.=20080105T210500"},
+          Row{italian,
+              u"05/01/2008 10.30.15=20080105T103015;05/01/2008 "
+              u"10:30=20080105T103000;10.30.15=18991230T103015"},
+          Row{finnish, u"5.1.2008 10.30.15=20080105T103015;5.1.2008=20080105T000000"},
+          Row{{"CompactPicture", u"yyyyMMdd"}, u"20080105=20080105T000000"},
+          Row{{"Narrow", u"d\u00A0M\u00A0yyyy"}, u"5\u00A01\u00A02008=20080105T000000"},
+          Row{{"Eras", u"d.M.yyyy gg"}, u"5.1.2008=20080105T000000"}}) {
+        use(locale);
+        for (const Text& group : split(cases, u';'))
+            for (const Text& text : split(group.substr(0, group.find(u'=')), u'|')) {
+                const std::optional<DateFields> read = readDateFields(text);
+                ASSERT_TRUE(read) << locale << ": " << toUtf8(text);
+                EXPECT_EQ(group.substr(group.find(u'=') + 1), ISODate::FormatISODate(dateOf(*read), false))
+                    << locale << ": " << toUtf8(text);
+            }
     }
 }
 
 TEST_F(DateParserTest, RejectsWhatIsNoDate) {
-    const Text megabyte(1 << 20, u'1');
-    const TextView texts[] = {u"",
-                              u" ",
-                              u"31.02.2008",
-                              u"31.02.",
-                              u"31.02.08",
-                              u"29.02.1900",
-                              u"00.01.2008",
-                              u"05.00.2008",
-                              u"2008-13-01",
-                              u"2008-02-30",
-                              u"20080105",
-                              u"20080105T103000",
-                              u"99999999T999999",
-                              u"5",
-                              u"2008",
-                              u"1,5",
-                              u"-5.1.2008",
-                              u"5.1.2008 10",
-                              u"5.1.2008 24:00",
-                              u"5.1.2008 10:60",
-                              u"5.1.2008 10:30:60",
-                              u"5.1.2008 10:",
-                              u"5.1.2008 13:00 AM",
-                              u"5.1.2008T10:30",
-                              u"5.1.2008-",
-                              u"5.1.2008 10:30 a",
-                              u"5.1.2008 10:30 x",
-                              u"5.1.20080",
-                              u"5.1.2008.1",
-                              u"5..1.2008",
-                              u"5.1.0008",
-                              u"5 1",
-                              u"Jan",
-                              u"5 Janu 2008",
-                              u"5 Jan Feb",
-                              u"MO 05.01.2008",
-                              u"TZ",
-                              u"W2 MO TH",
-                              u"1e5",
-                              TextView(u"5.1.2008\0", 9),
-                              TextView(u"\0", 1),
-                              u"\xD800.\xDC00.2008",
-                              u"５.１.２００８",
-                              TextView(megabyte)};
-    for (const TextView text : texts)
-        EXPECT_FALSE(readDateFields(text)) << narrow(text.substr(0, 40));
+    std::vector<Text> texts = split(
+        u"| |31.02.2008|31.02.|31.02.08|29.02.1900|00.01.2008|05.00.2008|2008-13-01|2008-02-30|20080105|"
+        u"20080105T103000|99999999T999999|5|2008|1,5|-5.1.2008|5.1.2008 10|5.1.2008 24:00|5.1.2008 10:60|"
+        u"5.1.2008 10:30:60|5.1.2008 10:|5.1.2008 13:00 AM|5.1.2008T10:30|5.1.2008-|5.1.2008 10:30 a|"
+        u"5.1.2008 10:30 x|5.1.20080|5.1.2008.1|5..1.2008|5.1.0008|5 1|Jan|5 Janu 2008|5 Jan Feb|"
+        u"MO 05.01.2008|TZ|W2 MO TH|1e5|\xD800.\xDC00.2008|５.１.２００８",
+        u'|');
+    texts.insert(texts.end(), {Text(u"5.1.2008\0", 9), Text(u"\0", 1), Text(1 << 20, u'1')});
+    for (const Text& text : texts)
+        EXPECT_FALSE(readDateFields(text)) << toUtf8(text.substr(0, 40));
 }
 
 TEST_F(DateParserTest, ReadsBackWhateverIsRenderedInEveryLocale) {
@@ -174,27 +91,27 @@ TEST_F(DateParserTest, KnowsTheYearOfTheClockWhereNoneIsGiven) {
 TEST_F(DateParserTest, RendersTheFormsOfTheUser) {
     const DateValue morning = dateOf(DateFields{2008, 1, 5, 9, 5, 7});
     const DateValue midnight = dateOf(DateFields{2008, 1, 5});
-    const auto texts = [&](const UserLocale& locale) {
-        use(locale);
-        return std::array<Text, 5>{shortDateText(morning), localDateText(morning), generalDateText(morning),
-                                   generalDateText(midnight), generalDateText(dateZero)};
+    struct Row {
+        UserLocale locale;
+        TextView date, time, generalTime, midnight;
     };
-    using Texts = std::array<Text, 5>;
-    EXPECT_EQ(
-        (Texts{u"05.01.2008", u"05.01.2008 09:05:07", u"05.01.2008 09:05:07", u"05.01.2008", u"00:00:00"}),
-        texts(german));
-    EXPECT_EQ((Texts{u"1/5/2008", u"1/5/2008 09:05:07", u"1/5/2008 9:05:07 AM", u"1/5/2008", u"12:00:00 AM"}),
-              texts(american));
-    EXPECT_EQ(
-        (Texts{u"05/01/2008", u"05/01/2008 09.05.07", u"05/01/2008 9.05.07", u"05/01/2008", u"0.00.00"}),
-        texts(italian));
-    EXPECT_EQ(
-        (Texts{u"5.1.2008 г.", u"5.1.2008 г. 09:05:07", u"5.1.2008 г. 9:05:07", u"5.1.2008 г.", u"0:00:00"}),
-        texts({.name = "Bulgarian", .shortDate = u"d.M.yyyy 'г.'", .timeFormat = u"H:mm:ss"}));
-    EXPECT_EQ(
-        (Texts{u"Sat 5 o'clock January 08", u"Sat 5 o'clock January 08 09:05:07",
-               u"Sat 5 o'clock January 08 09h05", u"Sat 5 o'clock January 08", u"00h00"}),
-        texts({.name = "Literals", .shortDate = u"ddd d 'o''clock' MMMM yy", .timeFormat = u"HH'h'mm"}));
+    for (const auto& row : {Row{german, u"05.01.2008", u"09:05:07", u"09:05:07", u"00:00:00"},
+                            Row{american, u"1/5/2008", u"09:05:07", u"9:05:07 AM", u"12:00:00 AM"},
+                            Row{italian, u"05/01/2008", u"09.05.07", u"9.05.07", u"0.00.00"},
+                            Row{bulgarian, u"5.1.2008 г.", u"09:05:07", u"9:05:07", u"0:00:00"},
+                            Row{{"Literals", u"ddd d 'o''clock' MMMM yy", u"HH'h'mm"},
+                                u"Sat 5 o'clock January 08",
+                                u"09:05:07",
+                                u"09h05",
+                                u"00h00"}}) {
+        use(row.locale);
+        const Text date(row.date);
+        EXPECT_EQ(date, shortDateText(morning));
+        EXPECT_EQ((date + u" ").append(row.time), localDateText(morning));
+        EXPECT_EQ((date + u" ").append(row.generalTime), generalDateText(morning));
+        EXPECT_EQ(date, generalDateText(midnight));
+        EXPECT_EQ(row.midnight, generalDateText(dateZero));
+    }
 }
 
 }  // namespace

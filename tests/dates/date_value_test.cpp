@@ -40,20 +40,18 @@ TEST(DateValueTest, EverySecondOfADayKeepsItsFieldsOnBothSidesOfDateZero) {
     EXPECT_EQ((DateFields{1899, 12, 30, 18}), fieldsOf(addMinutes(at(1899, 12, 29, 18), 24 * 60)));
 }
 
-TEST(DateValueTest, FractionsRoundToTheNearestSecondAndIntoTheNextDay) {
+TEST(DateValueTest, FractionsRoundAndPartsRollOverIntoTheirNeighbours) {
     EXPECT_EQ((DateFields{2008, 1, 6, 0, 0, 0}), fieldsOf(39453 - 0.4 / 86400));
     EXPECT_EQ((DateFields{2008, 1, 5, 23, 59, 59}), fieldsOf(39453 - 0.6 / 86400));
     EXPECT_EQ(39453, serialDay(39453 - 0.4 / 86400));
-}
-
-TEST(DateValueTest, PartsRollOverIntoNeighbouringMonthsAndYears) {
-    EXPECT_EQ(at(2009, 1, 1), dateSerial(2008, 13, 1));
-    EXPECT_EQ(at(2008, 2, 29), dateSerial(2008, 3, 0));
-    EXPECT_EQ(at(2007, 12, 31), dateSerial(2008, 1, 0));
-    EXPECT_EQ(at(2006, 11, 30), dateSerial(2008, -12, 0));
-    EXPECT_EQ(at(2008, 12, 31), dateSerial(2008, 1, 366));
-    EXPECT_EQ(at(2029, 1, 1), dateSerial(29, 1, 1));
-    EXPECT_EQ(at(1930, 1, 1), dateSerial(30, 1, 1));
+    struct Row {
+        DateFields parts, date;
+    };
+    for (const auto& [parts, date] : {Row{{2008, 13, 1}, {2009, 1, 1}}, Row{{2008, 3, 0}, {2008, 2, 29}},
+                                      Row{{2008, 1, 0}, {2007, 12, 31}}, Row{{2008, -12, 0}, {2006, 11, 30}},
+                                      Row{{2008, 1, 366}, {2008, 12, 31}}, Row{{29, 1, 1}, {2029, 1, 1}},
+                                      Row{{30, 1, 1}, {1930, 1, 1}}, Row{{0, 1, 1}, {2000, 1, 1}}})
+        EXPECT_EQ(dateOf(date), dateSerial(parts.year, parts.month, parts.day)) << dateOf(date);
     EXPECT_DOUBLE_EQ(1.5, timeSerial(35, 59, 60));
 }
 
@@ -85,27 +83,16 @@ TEST(DateValueTest, IntervalsAreAddedAsTheirCalendarHasThem) {
 }
 
 TEST(DateValueTest, DifferencesCountTheBoundariesBetween) {
-    static const struct {
-        TextView interval;
-        DateValue from, to;
-        Long difference;
-    } cases[] = {
-        {u"d", at(2008, 1, 5, 23, 59), at(2008, 1, 6, 0, 1), 1},
-        {u"d", at(2008, 1, 6), at(2008, 1, 5), -1},
-        {u"d", at(1899, 12, 29, 18), at(1899, 12, 31), 2},
-        {u"yyyy", at(2007, 12, 31), at(2008, 1, 1), 1},
-        {u"m", at(2007, 12, 31), at(2009, 2, 1), 14},
-        {u"q", at(2008, 3, 31), at(2008, 4, 1), 1},
-        {u"ww", at(2008, 1, 5), at(2008, 1, 6), 1},   // Saturday to Sunday
-        {u"ww", at(2008, 1, 6), at(2008, 1, 12), 0},  // Sunday to Saturday
-        {u"w", at(2008, 1, 5), at(2008, 1, 18), 1},
-        {u"h", at(2008, 1, 5, 10, 59), at(2008, 1, 5, 11, 1), 1},
-        {u"n", at(2008, 1, 5, 10, 0), at(2008, 1, 6, 10, 0), 1440},
-        {u"s", at(2008, 1, 5), at(2008, 1, 4), -86400},
-    };
-    for (const auto& row : cases)
-        EXPECT_EQ(row.difference, intervalsBetween(row.interval, row.from, row.to))
-            << row.from << " " << row.to;
+    using Row = std::tuple<TextView, DateFields, DateFields, Long>;
+    for (const auto& [interval, from, to, difference] :
+         {Row{u"d", {2008, 1, 5, 23, 59}, {2008, 1, 6, 0, 1}, 1}, Row{u"d", {2008, 1, 6}, {2008, 1, 5}, -1},
+          Row{u"d", {1899, 12, 29, 18}, {1899, 12, 31}, 2}, Row{u"yyyy", {2007, 12, 31}, {2008, 1, 1}, 1},
+          Row{u"m", {2007, 12, 31}, {2009, 2, 1}, 14}, Row{u"q", {2008, 3, 31}, {2008, 4, 1}, 1},
+          Row{u"ww", {2008, 1, 5}, {2008, 1, 6}, 1}, Row{u"ww", {2008, 1, 6}, {2008, 1, 12}, 0},
+          Row{u"w", {2008, 1, 5}, {2008, 1, 18}, 1}, Row{u"h", {2008, 1, 5, 10, 59}, {2008, 1, 5, 11, 1}, 1},
+          Row{u"n", {2008, 1, 5, 10, 0}, {2008, 1, 6, 10, 0}, 1440},
+          Row{u"s", {2008, 1, 5}, {2008, 1, 4}, -86400}})
+        EXPECT_EQ(difference, intervalsBetween(interval, dateOf(from), dateOf(to))) << difference;
     EXPECT_THROW(intervalsBetween(u"s", at(100, 1, 1), at(9999, 12, 31)), RuntimeFailure);
 }
 

@@ -4,10 +4,11 @@
 #include <fstream>
 #include <ostream>
 
+#include "base/text_pairs.h"
+#include "base/utf8.h"
 #include "common/machine_test.h"
 #include "dates/date_value.h"
 #include "dates/iso_date.h"
-#include "platform/portable/clock.h"
 #include "platform/portable/time_zone.h"
 
 namespace ovno2 {
@@ -15,10 +16,7 @@ namespace ovno2 {
 struct UserLocale {
     const char* name;
     TextView shortDate;
-    TextView timeFormat = u"HH:mm:ss";
-    TextView timeSeparator = u":";
-    TextView morning = u"";
-    TextView afternoon = u"";
+    TextView timeFormat = u"HH:mm:ss", timeSeparator = u":", morning = u"", afternoon = u"";
     Long everyNthDay = 1;  // days that a test of all days takes
 };
 
@@ -26,34 +24,14 @@ inline std::ostream& operator<<(std::ostream& stream, const UserLocale& locale) 
     return stream << locale.name;
 }
 
-inline constexpr UserLocale german = {.name = "German", .shortDate = u"dd.MM.yyyy"};
-inline constexpr UserLocale american = {.name = "American",
-                                        .shortDate = u"M/d/yyyy",
-                                        .timeFormat = u"h:mm:ss tt",
-                                        .morning = u"AM",
-                                        .afternoon = u"PM"};
-inline constexpr UserLocale czech = {.name = "Czech",
-                                     .shortDate = u"d. M. yyyy",
-                                     .timeFormat = u"H:mm:ss",
-                                     .morning = u"dop.",
-                                     .afternoon = u"odp."};
-inline constexpr UserLocale hungarian = {
-    .name = "Hungarian", .shortDate = u"yyyy. MM. dd.", .timeFormat = u"H:mm:ss"};
-inline constexpr UserLocale chinese = {.name = "Chinese",
-                                       .shortDate = u"yyyy/M/d",
-                                       .timeFormat = u"tth:mm:ss",
-                                       .morning = u"上午",
-                                       .afternoon = u"下午"};
-inline constexpr UserLocale italian = {.name = "Italian",
-                                       .shortDate = u"dd/MM/yyyy",
-                                       .timeFormat = u"H.mm.ss",
-                                       .timeSeparator = u".",
-                                       .everyNthDay = 37};
-inline constexpr UserLocale finnish = {.name = "Finnish",
-                                       .shortDate = u"d.M.yyyy",
-                                       .timeFormat = u"H.mm.ss",
-                                       .timeSeparator = u".",
-                                       .everyNthDay = 37};
+inline constexpr UserLocale german = {"German", u"dd.MM.yyyy"};
+inline constexpr UserLocale american = {"American", u"M/d/yyyy", u"h:mm:ss tt", u":", u"AM", u"PM"};
+inline constexpr UserLocale czech = {"Czech", u"d. M. yyyy", u"H:mm:ss", u":", u"dop.", u"odp."};
+inline constexpr UserLocale hungarian = {"Hungarian", u"yyyy. MM. dd.", u"H:mm:ss"};
+inline constexpr UserLocale chinese = {"Chinese", u"yyyy/M/d", u"tth:mm:ss", u":", u"上午", u"下午"};
+inline constexpr UserLocale italian = {"Italian", u"dd/MM/yyyy", u"H.mm.ss", u".", u"", u"", 37};
+inline constexpr UserLocale finnish = {"Finnish", u"d.M.yyyy", u"H.mm.ss", u".", u"", u"", 37};
+inline constexpr UserLocale bulgarian = {"Bulgarian", u"d.M.yyyy 'г.'", u"H:mm:ss", u":", u"", u"", 37};
 
 inline constexpr UserLocale everyLocale[] = {
     german,
@@ -63,12 +41,11 @@ inline constexpr UserLocale everyLocale[] = {
     chinese,
     italian,
     finnish,
-    {.name = "British", .shortDate = u"dd/MM/yyyy"},
-    {.name = "Polish", .shortDate = u"dd.MM.yyyy", .timeFormat = u"HH:mm:ss"},
-    {.name = "ISO", .shortDate = u"yyyy-MM-dd"},
-    {.name = "Bulgarian", .shortDate = u"d.M.yyyy 'г.'", .timeFormat = u"H:mm:ss", .everyNthDay = 37},
-    {.name = "MonthNames", .shortDate = u"dd-MMM-yyyy", .everyNthDay = 37},
-    {.name = "Weekdays", .shortDate = u"ddd dd.MM.yyyy", .everyNthDay = 37},
+    bulgarian,
+    {"British", u"dd/MM/yyyy"},
+    {"ISO", u"yyyy-MM-dd"},
+    {"MonthNames", u"dd-MMM-yyyy", u"HH:mm:ss", u":", u"", u"", 37},
+    {"Weekdays", u"ddd dd.MM.yyyy", u"HH:mm:ss", u":", u"", u"", 37},
 };
 
 class DatesTest : public MachineTest {
@@ -76,10 +53,6 @@ class DatesTest : public MachineTest {
     DatesTest() {
         clock().set({.year = 2008, .month = 7, .day = 15, .hour = 12});
         use(german);
-    }
-
-    platform::portable::PortableClock& clock() {
-        return static_cast<platform::portable::PortableClock&>(machine.clock());
     }
 
     // The locale as the module sees it after a fresh start on this thread.
@@ -136,13 +109,5 @@ class DatesTest : public MachineTest {
 
     platform::portable::RegistryFile registry_;
 };
-
-// Texts in messages of failed tests.
-inline std::string narrow(TextView text) {
-    std::string bytes;
-    for (const char16_t c : text)
-        bytes += c < 0x80 ? std::string(1, static_cast<char>(c)) : "\\u" + std::to_string(c);
-    return bytes;
-}
 
 }  // namespace ovno2

@@ -17,47 +17,40 @@ constexpr SystemTime firstSundayOfNovember = {.month = 11, .day = 1, .hour = 2};
 constexpr SystemTime firstSundayOfOctober = {.month = 10, .day = 1, .hour = 2};
 constexpr SystemTime firstSundayOfApril = {.month = 4, .day = 1, .hour = 3};
 
-// Month * 100 + day of the two changes.
-struct YearOfChanges {
-    Long year, begin, end;
-};
+using DaylightTest = DatesTest;
 
-class DaylightTest : public DatesTest {
-  protected:
-    static DateValue dayOfYear(Long year, Long monthAndDay) {
-        return dateSerial(year, monthAndDay / 100, monthAndDay % 100);
-    }
-    static void expectOnlyDaysBetween(std::span<const YearOfChanges> years, Long shift) {
-        for (const YearOfChanges& row : years)
+TEST_F(DaylightTest, EveryDayBetweenTheChangesOfAYearIsShifted) {
+    struct YearOfChanges {
+        Long year, begin, end;  // month * 100 + day of the two changes
+    };
+    const struct {
+        SystemTime begin, end;
+        Long bias;
+        std::vector<YearOfChanges> years;
+    } zones[] = {
+        {lastSundayOfMarch,
+         lastSundayOfOctober,
+         -60,
+         {{2007, 325, 1028}, {2008, 330, 1026}, {2009, 329, 1025}, {2010, 328, 1031}, {2013, 331, 1027}}},
+        {secondSundayOfMarch,
+         firstSundayOfNovember,
+         -60,
+         {{2007, 311, 1104}, {2008, 309, 1102}, {2009, 308, 1101}, {2010, 314, 1107}, {2015, 308, 1101}}},
+        // A southern summer shifts by one hour whatever the bias.
+        {firstSundayOfOctober,
+         firstSundayOfApril,
+         -120,
+         {{2008, 1005, 406}, {2009, 1004, 405}, {2012, 1007, 401}, {2017, 1001, 402}}}};
+    for (const auto& zone : zones) {
+        setZone(zone.begin, zone.end, zone.bias);
+        for (const YearOfChanges& row : zone.years)
             for (DateValue day = dateSerial(row.year, 1, 1); day <= dateSerial(row.year, 12, 31); ++day) {
-                const DateValue begin = dayOfYear(row.year, row.begin);
-                const DateValue end = dayOfYear(row.year, row.end);
+                const DateValue begin = dateSerial(row.year, row.begin / 100, row.begin % 100);
+                const DateValue end = dateSerial(row.year, row.end / 100, row.end % 100);
                 const bool daylight = begin < end ? day >= begin && day < end : day < end || day >= begin;
-                ASSERT_EQ(daylight ? shift : 0, DaylightOffsetHours(day)) << row.year << " " << day;
+                ASSERT_EQ(daylight ? 1 : 0, DaylightOffsetHours(day)) << row.year << " " << day;
             }
     }
-};
-
-TEST_F(DaylightTest, EuropeanYearsShiftFromTheLastSundayOfMarchToTheLastOfOctober) {
-    static constexpr YearOfChanges berlin[] = {{2007, 325, 1028}, {2008, 330, 1026}, {2009, 329, 1025},
-                                               {2010, 328, 1031}, {2013, 331, 1027}, {2019, 331, 1027},
-                                               {2021, 328, 1031}, {2024, 331, 1027}};
-    setZone(lastSundayOfMarch, lastSundayOfOctober, -60);
-    expectOnlyDaysBetween(berlin, 1);
-}
-
-TEST_F(DaylightTest, AmericanYearsShiftFromTheSecondSundayOfMarch) {
-    static constexpr YearOfChanges newYork[] = {
-        {2007, 311, 1104}, {2008, 309, 1102}, {2009, 308, 1101}, {2010, 314, 1107}, {2015, 308, 1101}};
-    setZone(secondSundayOfMarch, firstSundayOfNovember, -60);
-    expectOnlyDaysBetween(newYork, 1);
-}
-
-TEST_F(DaylightTest, SouthernYearsShiftAroundNewYearByOneHourWhateverTheBias) {
-    static constexpr YearOfChanges sydney[] = {
-        {2008, 1005, 406}, {2009, 1004, 405}, {2012, 1007, 401}, {2017, 1001, 402}};
-    setZone(firstSundayOfOctober, firstSundayOfApril, -120);
-    expectOnlyDaysBetween(sydney, 1);
 }
 
 TEST_F(DaylightTest, TheWholeDayOfAChangeCounts) {
@@ -78,16 +71,12 @@ TEST_F(DaylightTest, TheShiftIsTheBiasInHoursHalvesToEvenAndAtLeastOne) {
     }
 }
 
-TEST_F(DaylightTest, ZonesWithoutARuleNeverShift) {
-    setZone({}, {}, -60);
-    for (Long month = 1; month <= 12; ++month)
-        EXPECT_EQ(0, DaylightOffsetHours(dateSerial(2008, month, 15)));
-    setZone({.month = 3, .day = 6}, {.month = 10, .day = 6}, -60);
+TEST_F(DaylightTest, NothingShiftsWithoutAZoneARuleOrADate) {
     EXPECT_EQ(0, DaylightOffsetHours(dateSerial(2008, 7, 1)));
-}
-
-TEST_F(DaylightTest, NothingShiftsWithoutATimeZoneOrADate) {
-    EXPECT_EQ(0, DaylightOffsetHours(dateSerial(2008, 7, 1)));
+    for (const std::uint16_t noOccurrence : {std::uint16_t{0}, std::uint16_t{6}}) {
+        setZone({.month = 3, .day = noOccurrence}, {.month = 10, .day = noOccurrence}, -60);
+        EXPECT_EQ(0, DaylightOffsetHours(dateSerial(2008, 7, 1)));
+    }
     setZone(lastSundayOfMarch, lastSundayOfOctober, -60);
     EXPECT_EQ(0, DaylightOffsetHours(1e9));
     EXPECT_EQ(0, DaylightOffsetHours(dateZero));
@@ -105,15 +94,15 @@ TEST_F(DaylightTest, ARuleIsAskedForAgainUnlessItHoldsForOneYearOnly) {
 }
 
 TEST_F(DaylightTest, TransitionsOnOtherWeekdaysAndOccurrences) {
-    // January 2010 began on a Friday and ended on a Sunday.
-    EXPECT_EQ(dateSerial(2010, 1, 1), ISODate::TransitionDate({.month = 1, .dayOfWeek = 5, .day = 1}, 2010));
-    EXPECT_EQ(dateSerial(2010, 1, 7), ISODate::TransitionDate({.month = 1, .dayOfWeek = 4, .day = 1}, 2010));
-    EXPECT_EQ(dateSerial(2010, 1, 23), ISODate::TransitionDate({.month = 1, .dayOfWeek = 6, .day = 4}, 2010));
-    EXPECT_EQ(dateSerial(2010, 1, 31), ISODate::TransitionDate({.month = 1, .dayOfWeek = 0, .day = 5}, 2010));
-    EXPECT_EQ(dateSerial(2010, 1, 25), ISODate::TransitionDate({.month = 1, .dayOfWeek = 1, .day = 5}, 2010));
-    EXPECT_EQ(dateSerial(2012, 2, 29), ISODate::TransitionDate({.month = 2, .dayOfWeek = 3, .day = 5}, 2012));
-    EXPECT_EQ(dateSerial(2010, 12, 31),
-              ISODate::TransitionDate({.month = 12, .dayOfWeek = 5, .day = 5}, 2010));
+    const struct {
+        std::uint16_t year, month, weekday, occurrence;
+        Long day;
+    } cases[] = {{2010, 1, 5, 1, 1},  {2010, 1, 4, 1, 7},  {2010, 1, 6, 4, 23}, {2010, 1, 0, 5, 31},
+                 {2010, 1, 1, 5, 25}, {2012, 2, 3, 5, 29}, {2010, 12, 5, 5, 31}};
+    for (const auto& row : cases)
+        EXPECT_EQ(dateSerial(row.year, row.month, row.day),
+                  ISODate::TransitionDate(
+                      {.month = row.month, .dayOfWeek = row.weekday, .day = row.occurrence}, row.year));
     EXPECT_EQ(dateZero, ISODate::TransitionDate({.month = 3, .day = 0}, 2010));
 }
 

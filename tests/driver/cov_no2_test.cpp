@@ -5,58 +5,60 @@
 #include <thread>
 
 #include "common/phone_test.h"
+#include "core/attempt.h"
 #include "core/settings.h"
+#include "driver/progress_object.h"
 #include "library/library_start.h"
 
 namespace ovno2 {
 namespace {
 
+using simulator::Control;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Not;
-using Json = simulator::Control::Json;
-
-constexpr TextView debugKey = u"Software\\Tessaline\\Debug";
-
-// A table whose rows own these host field codes.
-TextTable tableOf(const std::vector<Text>& codes) {
-    constexpr std::size_t columns = 5;
-    std::vector<Text> cells(codes.size() * columns);
-    for (std::size_t row = 0; row < codes.size(); ++row)
-        cells[row * columns + 4] = codes[row];
-    return {std::move(cells), codes.size(), columns};
-}
-
-struct PhoneArrays {
-    TextArray models;
-    LongArray media;
-    TextArray ids, addresses, names;
-    LongArray types;
-};
+using Json = Control::Json;
 
 class CovNo2Test : public PhoneTest {
   protected:
     ~CovNo2Test() override { EXPECT_EQ("", simulator.leaks()); }
 
     void switchLogOn() {
-        setRegistryText(platform::currentUser, debugKey, u"DebugFile", logFile().u16string());
-        setRegistryText(platform::currentUser, debugKey, u"On", u"1");
+        constexpr TextView key = u"Software\\Tessaline\\Debug";
+        setRegistryText(platform::currentUser, key, u"DebugFile", (folder.path() / "debug.txt").u16string());
+        setRegistryText(platform::currentUser, key, u"On", u"1");
     }
-    std::filesystem::path logFile() const { return folder.path() / "debug.txt"; }
-    std::vector<std::string> logLines() const {
-        std::vector<std::string> lines;
-        std::ifstream file(logFile(), std::ios::binary);
-        for (std::string line; std::getline(file, line);) {
-            EXPECT_TRUE(line.ends_with('\r')) << line;
-            lines.push_back(line.substr(0, line.size() - 1));
-        }
-        return lines;
+    std::string logText() const {
+        std::ifstream file(folder.path() / "debug.txt", std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    // A phone book whose contacts have one field each.
+    static Json bookOf(const std::vector<std::pair<const char*, const char*>>& uidsAndNames) {
+        Json contacts = Json::array();
+        for (const auto& [uid, name] : uidsAndNames)
+            contacts.push_back(
+                {{"uid", uid}, {"position", contacts.size() + 7}, {"fields", {{{"id", 2}, {"text", name}}}}});
+        return Control::phoneBook(contacts);
+    }
+    // Reads the phone book of the phone of that model into a table with the columns that own the names.
+    static Long read(covNo2& phone, Text model, HostArray<AdrItem>& items) {
+        constexpr std::size_t columns = 5;
+        std::vector<Text> cells(2 * columns);
+        cells[4] = u"1";
+        cells[columns + 4] = u"2";
+        Text none;
+        TextArray noTexts;
+        return phone.NokiaGetAddressBookItems(model, none, none, items, TextTable(cells, 2, columns),
+                                              noTexts);
+    }
+    Long list(covNo2& phone, Long medium = -1) {
+        LongArray media, types;
+        TextArray ids, addresses, names;
+        return phone.GetConnectedDevices(models, media, ids, addresses, names, types, medium);
     }
 
-    Text noText;
-    TextArray noTexts;
+    TextArray models;
 };
 
 TEST_F(CovNo2Test, InitStartsTheLibraryOnceAndLogsBothVersions) {
@@ -67,10 +69,8 @@ TEST_F(CovNo2Test, InitStartsTheLibraryOnceAndLogsBothVersions) {
     EXPECT_EQ(1, library::startCount());
     EXPECT_EQ(37, library::recordedContentVersion());
     EXPECT_THAT(calls(), ElementsAre("CONAGetConnAPIVersion", "CONAInitialize", "CAGetAPIVersion"));
-    const std::vector<std::string> lines = logLines();
-    EXPECT_THAT(lines, Contains("[ovNo2] ConApiVersion: 520"));
-    EXPECT_THAT(lines, Contains("[ovNo2] CaApiVersion: 37"));
-    EXPECT_THAT(lines, Contains("[ovNo2] <GetApiVersion>_"));
+    for (const char* line : {"ConApiVersion: 520", "CaApiVersion: 37", "<GetApiVersion>_"})
+        EXPECT_THAT(logText(), HasSubstr(std::string("[ovNo2] ") + line + "\r\n"));
     EXPECT_TRUE(settings().profilePath.ends_with(u"\\defaults.ini"));
 }
 
@@ -90,14 +90,11 @@ TEST_F(CovNo2Test, ALibraryThatComesBackIsStartedByTheNextInit) {
     covNo2 phone;
     EXPECT_NE(0, phone.Init());
     EXPECT_EQ(0, library::startCount());
-    PhoneArrays none;
-    EXPECT_EQ(-7, phone.GetConnectedDevices(none.models, none.media, none.ids, none.addresses, none.names,
-                                            none.types));
-    EXPECT_EQ(-9, phone.GetConnectedDevices(none.models, none.media, none.ids, none.addresses, none.names,
-                                            none.types, eMediaBT));
-    EXPECT_EQ(-9, phone.GetConnections());
     HostArray<AdrItem> items;
-    EXPECT_EQ(-1, phone.NokiaGetAddressBookItems(noText, noText, noText, items, tableOf({u"1"}), noTexts));
+    EXPECT_EQ(-7, list(phone));
+    EXPECT_EQ(-9, list(phone, eMediaBT));
+    EXPECT_EQ(-9, phone.GetConnections());
+    EXPECT_EQ(-1, read(phone, u"", items));
     libraries().missingLibraries.clear();
     EXPECT_EQ(0, phone.Init());
     EXPECT_EQ(1, library::startCount());
@@ -108,19 +105,14 @@ TEST_F(CovNo2Test, ALibraryThatComesBackIsStartedByTheNextInit) {
 }
 
 TEST_F(CovNo2Test, ListsPhonesAndSwitchesAMediumOnOnlyWhenAsked) {
-    simulator.addPhone(simulator::Control::plainPhone("1"));
+    simulator.addPhone(Control::plainPhone("1"));
     covNo2 phone;
     simulator.readJournal();
-    PhoneArrays list;
-    const auto ask = [&](Long medium) {
-        return phone.GetConnectedDevices(list.models, list.media, list.ids, list.addresses, list.names,
-                                         list.types, medium);
-    };
-    EXPECT_EQ(1, ask(-1));
+    EXPECT_EQ(1, list(phone));
     EXPECT_THAT(calls(), Not(Contains("MCAPI_Initialize")));
-    EXPECT_EQ(1, ask(eMediaBT));
+    EXPECT_EQ(1, list(phone, eMediaBT));
     EXPECT_THAT(calls(), Contains("MCAPI_Initialize"));
-    EXPECT_THAT(list.models.elements(), ElementsAre(u"Nokia N95"));
+    EXPECT_THAT(models.elements(), ElementsAre(u"Nokia N95"));
 }
 
 TEST_F(CovNo2Test, WriteSessionsOfUnknownKindsDoNothing) {
@@ -133,22 +125,17 @@ TEST_F(CovNo2Test, WriteSessionsOfUnknownKindsDoNothing) {
         EXPECT_EQ(0, phone.GetAllUids(what, uids));
     EXPECT_EQ(u"kept", tempids.at(0));
     EXPECT_EQ(u"kept", uids.at(0));
-    EXPECT_THAT(calls(), IsEmpty());
+    EXPECT_THAT(calls(), ElementsAre());
 }
 
 // The whole road of one phone book, as the journal of the library's calls.
 TEST_F(CovNo2Test, APhoneBookComesAlongTheWholeRoad) {
-    simulator.addPhone(simulator::Control::plainPhone("356"),
-                       simulator::Control::phoneBook(
-                           {{{"uid", "0A"}, {"position", 7}, {"fields", {{{"id", 2}, {"text", "Anna"}}}}},
-                            {{"uid", "0B"}, {"position", 8}, {"fields", {{{"id", 2}, {"text", "Bert"}}}}}}));
+    simulator.addPhone(Control::plainPhone("356"), bookOf({{"0A", "Anna"}, {"0B", "Bert"}}));
     switchLogOn();
     covNo2 phone;
     simulator.readJournal();
     HostArray<AdrItem> items;
-    Text model = u"Nokia N95";
-    EXPECT_EQ(2,
-              phone.NokiaGetAddressBookItems(model, noText, noText, items, tableOf({u"1", u"2"}), noTexts));
+    EXPECT_EQ(2, read(phone, u"Nokia N95", items));
     ASSERT_EQ(2, items.upperBound());
     EXPECT_EQ(u"", items.at(0).Uid);
     EXPECT_EQ(u"Anna\t", items.at(1).FieldValues);
@@ -166,41 +153,46 @@ TEST_F(CovNo2Test, APhoneBookComesAlongTheWholeRoad) {
                     "CONAGetDeviceInfo", "DAOpenCA", "CAGetFolderInfo", "CAGetFolderInfo",  // connection
                     "CAGetIDList", "CABeginOperation", "DMAPI_GetAPIVersion",               // contacts
                     "CAReadItem", "CAReadItem", "CAEndOperation", "DACloseCA", "CAAPI_Terminate"));
-    const std::vector<std::string> lines = logLines();
-    EXPECT_THAT(lines, Contains("[ovNo2] <NokiaGetAddressBookItems>_"));
-    ASSERT_GE(lines.size(), 2u);
-    EXPECT_EQ("[ovNo2] </NokiaGetAddressBookItems>", lines.back());
-    EXPECT_THAT(lines[lines.size() - 2], HasSubstr("] "));
-    EXPECT_TRUE(lines[lines.size() - 2].ends_with(" 2")) << lines[lines.size() - 2];
+    EXPECT_THAT(logText(), HasSubstr("[ovNo2] <NokiaGetAddressBookItems>_\r\n"));
+    EXPECT_TRUE(logText().ends_with(" 2\r\n[ovNo2] </NokiaGetAddressBookItems>\r\n")) << logText();
 }
 
 TEST_F(CovNo2Test, TwoThreadsShareNothing) {
-    const auto book = [](const char* uid, const char* name) {
-        return simulator::Control::phoneBook(
-            {{{"uid", uid}, {"position", 1}, {"fields", {{{"id", 2}, {"text", name}}}}}});
-    };
-    simulator.addPhone(simulator::Control::plainPhone("1", "Nokia A"), book("0A", "Anna"));
-    simulator.addPhone(simulator::Control::plainPhone("2", "Nokia B"), book("0B", "Bert"));
-    const auto read = [&](Text model, Text expected) {
+    simulator.addPhone(Control::plainPhone("1", "Nokia A"), bookOf({{"0A", "Anna"}}));
+    simulator.addPhone(Control::plainPhone("2", "Nokia B"), bookOf({{"0B", "Bert"}}));
+    const auto readOften = [&](Text model, Text expected) {
         usePlatform(machine);
         covNo2 phone;
         phone.Meeting_(expected);
         phone.PhoneModel_(model);
         for (int i = 0; i < 20; ++i) {
             HostArray<AdrItem> items;
-            Text id, book_;
-            TextArray groups;
-            EXPECT_EQ(1,
-                      phone.NokiaGetAddressBookItems(model, id, book_, items, tableOf({u"1", u"2"}), groups));
+            EXPECT_EQ(1, read(phone, model, items));
             EXPECT_EQ(expected + u"\t", items.at(1).FieldValues);
             EXPECT_EQ(expected, settings().meeting);
             EXPECT_EQ(model, Devices::phoneModel());
             EXPECT_EQ(1, library::startCount());
         }
     };
-    std::thread other(read, u"Nokia B", u"Bert");
-    read(u"Nokia A", u"Anna");
+    std::thread other(readOften, u"Nokia B", u"Bert");
+    readOften(u"Nokia A", u"Anna");
     other.join();
+}
+
+TEST(ProgressObject, ItsValueIsAdvancedByPuttingASumBack) {
+    std::vector<Long> heard;
+    ProgressObject progress([&](Long value) { heard.push_back(value); });
+    platform::AutomationObject& object = progress;
+    EXPECT_EQ(platform::Variant(Long{0}), object.get(u"value"));
+    object.put(u"Value", Long{51});
+    object.put(u"value", 52.5);
+    EXPECT_EQ(platform::Variant(Long{52}), object.get(u"VALUE"));
+    EXPECT_EQ((std::vector<Long>{51, 52}), heard);
+    EXPECT_EQ(typeMismatch, attempt([&] { object.put(u"value", Text(u"1")); }));
+    EXPECT_EQ(overflowFailure, attempt([&] { object.put(u"value", 1e10); }));
+    EXPECT_EQ(memberNotSupported, attempt([&] { object.get(u"max"); }));
+    EXPECT_EQ(memberNotSupported, attempt([&] { object.call(u"value"); }));
+    EXPECT_EQ(52, progress.value());
 }
 
 }  // namespace

@@ -7,16 +7,28 @@
 #include "common/machine_test.h"
 #include "core/attempt.h"
 #include "pc/ansi.h"
-#include "platform/portable/clock.h"
-#include "platform/portable/files.h"
 #include "platform/portable/registry.h"
 
 namespace ovno2 {
 namespace {
 
+using platform::currentUser;
+using platform::localMachine;
+
+struct Place {
+    Long hive;
+    TextView key, name;
+};
 constexpr TextView hostKey = u"Software\\Marrowind\\Orvanta";
 constexpr TextView hostDebugKey = u"Software\\Marrowind\\Orvanta\\Debug";
 constexpr TextView debugKey = u"Software\\Tessaline\\Debug";
+constexpr Place on = {currentUser, debugKey, u"On"}, machineOn = {localMachine, debugKey, u"On"};
+constexpr Place file = {currentUser, debugKey, u"DebugFile"},
+                hostFile = {localMachine, hostKey, u"DebugFile"};
+constexpr Place machineFile = {localMachine, debugKey, u"DebugFile"};
+constexpr Place level = {currentUser, debugKey, u"Level"}, machineLevel = {localMachine, debugKey, u"Level"};
+constexpr Place viewerLevel = {currentUser, hostDebugKey, u"Level"};
+constexpr Place preliminaryLevel = {currentUser, hostKey, u"DebugLevel"};
 
 class DiagnosticLog : public MachineTest {
   protected:
@@ -28,27 +40,18 @@ class DiagnosticLog : public MachineTest {
         std::ifstream stream(folder.path() / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
-    void user(TextView key, TextView name, TextView text) {
-        setRegistryText(platform::currentUser, key, name, text);
-    }
-    void machineWide(TextView key, TextView name, TextView text) {
-        setRegistryText(platform::localMachine, key, name, text);
-    }
-    void start() {
-        DebugLog::connect();
-        DebugLog::DebugInit();
-    }
+    void set(const Place& place, TextView text) { setRegistryText(place.hive, place.key, place.name, text); }
     // Starts with a file, past the line that tells the level.
-    void startWithFile(TextView level = u"4") {
-        user(debugKey, u"On", u"1");
-        user(debugKey, u"DebugFile", pathOf("log.txt"));
-        user(debugKey, u"Level", level);
-        start();
+    void startWithFile(TextView number = u"4") {
+        set(on, u"1");
+        set(file, pathOf("log.txt"));
+        set(level, number);
+        DebugLog::DebugInit();
         std::filesystem::remove(folder.path() / "log.txt");
     }
 };
 
-TEST_F(DiagnosticLog, EachKindOfLineHasItsMarksAndItsIndent) {
+TEST_F(DiagnosticLog, EachKindOfLineHasItsMarksItsTagAndItsIndent) {
     startWithFile();
     DebugWrite(u"GetDevices", routineEntry);
     DebugWrite(u"DMApiTerminate", 5);
@@ -57,32 +60,28 @@ TEST_F(DiagnosticLog, EachKindOfLineHasItsMarksAndItsIndent) {
         const RoutineLog inner(u"Inner");
         DebugWrite(u"e", -2);
     }
+    stateOf<LogFront>().writer->writeLine(u"hello", plainLine, 0, u"TW: ");
     DebugWrite(u"GetDevices", routineExit);
     DebugWrite(u"unbalanced", routineExit);
     DebugLine(u"v:", decimal{5}, spacedDecimal{5}, hex{0x80100014});
-    EXPECT_EQ(
-        "[ovNo2] <GetDevices>_\r\n"
-        "[ovNo2]  DMApiTerminate 5\r\n"
-        "[ovNo2]  L\xF3"
-        "dz f\xFCr 5 \x80\r\n"
-        "[ovNo2]  <Inner>_\r\n"
-        "[ovNo2]   e-2\r\n"
-        "[ovNo2]  </Inner>\r\n"
-        "[ovNo2] </GetDevices>\r\n"
-        "[ovNo2] </unbalanced>\r\n"
-        "[ovNo2] v:5 580100014\r\n",
-        contents());
-}
-
-TEST_F(DiagnosticLog, MoreThanFiftyOpenRoutinesResetTheIndent) {
-    startWithFile();
     for (int i = 0; i < 50; ++i)
         DebugWrite(u"r", routineEntry);
+    EXPECT_EQ(0u, contents().find("[ovNo2] <GetDevices>_\r\n"
+                                  "[ovNo2]  DMApiTerminate 5\r\n"
+                                  "[ovNo2]  L\xF3\x64z f\xFCr 5 \x80\r\n"
+                                  "[ovNo2]  <Inner>_\r\n"
+                                  "[ovNo2]   e-2\r\n"
+                                  "[ovNo2]  </Inner>\r\n"
+                                  "TW:  hello\r\n"
+                                  "[ovNo2] </GetDevices>\r\n"
+                                  "[ovNo2] </unbalanced>\r\n"
+                                  "[ovNo2] v:5 580100014\r\n"
+                                  "[ovNo2] <r>_\r\n[ovNo2]  <r>_\r\n"));
     DebugWrite(u"deep");
     DebugWrite(u"r", routineEntry);
     DebugWrite(u"reset");
     EXPECT_THAT(contents(), testing::HasSubstr("[ovNo2] " + std::string(50, ' ') + "deep\r\n"));
-    EXPECT_THAT(contents(), testing::EndsWith("\r\n[ovNo2] reset\r\n"));
+    EXPECT_THAT(contents(), testing::EndsWith("\r\n[ovNo2] reset\r\n")) << "51 routines are a fault of ours";
 }
 
 TEST_F(DiagnosticLog, ThePendingFailureGetsALineOfItsOwnAndIsGone) {
@@ -98,136 +97,56 @@ TEST_F(DiagnosticLog, ThePendingFailureGetsALineOfItsOwnAndIsGone) {
         contents());
 }
 
-TEST_F(DiagnosticLog, WhileTheLogIsOffAFailureStaysPending) {
-    start();
-    raisePending(fileNotFound);
-    for (int i = 0; i < 1000; ++i)
-        DebugWrite(u"off");
-    EXPECT_EQ(fileNotFound, pendingFailure().number);
-}
-
 TEST_F(DiagnosticLog, SettingsComeFromTheFirstPlaceThatHasThem) {
-    enum Hive { hkcu, hklm };
-    struct Setting {
-        Hive hive;
-        TextView key, name, text;
-    };
+    constexpr Long nothing = -1;
     struct Case {
         const char* what;
-        std::vector<Setting> settings;
+        std::vector<std::pair<Place, Text>> settings;
         bool enabled;
-        Long level;
-        const char* firstLine;  // of log.txt, with the tag left out
+        Long level, told;  // in effect; in the first line of the file
     };
-    const Text file = pathOf("log.txt"), other = pathOf("other.txt");
-    const Case cases[] = {
-        {"nothing", {}, false, 0, ""},
-        {"a file alone", {{hkcu, debugKey, u"DebugFile", file}}, false, 0, ""},
-        {"the switch alone", {{hkcu, debugKey, u"On", u"1"}}, true, 0, ""},
-        {"only the machine's switch",
-         {{hklm, debugKey, u"On", u"1"}, {hkcu, debugKey, u"DebugFile", file}},
-         false,
-         0,
-         ""},
-        {"a negative switch",
-         {{hkcu, debugKey, u"On", u"-1"}, {hkcu, debugKey, u"DebugFile", file}},
-         false,
-         0,
-         ""},
-        {"the user's file",
-         {{hkcu, debugKey, u"On", u"1"},
-          {hkcu, debugKey, u"DebugFile", file},
-          {hklm, hostKey, u"DebugFile", other}},
-         true,
-         0,
-         "remote Debug on, Level: 0"},
-        {"the host's file",
-         {{hkcu, debugKey, u"On", u"1"},
-          {hklm, hostKey, u"DebugFile", file},
-          {hklm, debugKey, u"DebugFile", other}},
-         true,
-         0,
-         "remote Debug on, Level: 0"},
-        {"the machine's file",
-         {{hkcu, debugKey, u"On", u"1"}, {hklm, debugKey, u"DebugFile", file}},
-         true,
-         0,
-         "remote Debug on, Level: 0"},
-        {"the preliminary level only switches on",
-         {{hkcu, debugKey, u"On", u"1"},
-          {hkcu, hostKey, u"DebugLevel", u"31"},
-          {hkcu, debugKey, u"DebugFile", file}},
-         true,
-         0,
-         "remote Debug on, Level: 0"},
-        {"the viewer's level keeps four bits",
-         {{hkcu, debugKey, u"On", u"1"},
-          {hkcu, hostDebugKey, u"Level", u"21"},
-          {hkcu, debugKey, u"Level", u"3"},
-          {hkcu, debugKey, u"DebugFile", file}},
-         true,
-         5,
-         "remote Debug on, Level: 5"},
-        {"the user's level",
-         {{hkcu, debugKey, u"On", u"1"},
-          {hkcu, hostDebugKey, u"Level", u"16"},
-          {hkcu, debugKey, u"Level", u"3"},
-          {hklm, debugKey, u"Level", u"7"},
-          {hkcu, debugKey, u"DebugFile", file}},
-         true,
-         3,
-         "remote Debug on, Level: 3"},
-        {"the machine's level keeps all bits",
-         {{hkcu, debugKey, u"On", u"1"},
-          {hklm, debugKey, u"Level", u"23"},
-          {hkcu, debugKey, u"DebugFile", file}},
-         true,
-         7,
-         "remote Debug on, Level: 23"},
-        {"level -1 writes nothing",
-         {{hkcu, debugKey, u"On", u"1"},
-          {hkcu, debugKey, u"Level", u"-1"},
-          {hkcu, debugKey, u"DebugFile", file}},
-         true,
-         15,
-         ""},
-        {"a number that does not fit",
-         {{hkcu, debugKey, u"On", u"1"},
-          {hkcu, debugKey, u"Level", u"99999999999"},
-          {hklm, debugKey, u"Level", u"2"},
-          {hkcu, debugKey, u"DebugFile", file}},
-         true,
-         2,
-         " 6:Overflow"},
-    };
-    for (const Case& c : cases) {
+    const Text log = pathOf("log.txt"), other = pathOf("other.txt"), yes = u"1";
+    for (const Case& c :
+         {Case{"nothing", {}, false, 0, nothing}, Case{"a file alone", {{file, log}}, false, 0, nothing},
+          Case{"the switch alone", {{on, yes}}, true, 0, nothing},
+          Case{"the machine's switch", {{machineOn, yes}, {file, log}}, false, 0, nothing},
+          Case{"a negative switch", {{on, u"-1"}, {file, log}}, false, 0, nothing},
+          Case{"the user's file", {{on, yes}, {file, log}, {hostFile, other}}, true, 0, 0},
+          Case{"the host's file", {{on, yes}, {hostFile, log}, {machineFile, other}}, true, 0, 0},
+          Case{"the machine's file", {{on, yes}, {machineFile, log}}, true, 0, 0},
+          Case{"a level that only switches on",
+               {{on, yes}, {preliminaryLevel, u"31"}, {file, log}},
+               true,
+               0,
+               0},
+          Case{"four bits", {{on, yes}, {viewerLevel, u"21"}, {level, u"3"}, {file, log}}, true, 5, 5},
+          Case{"the user's", {{on, yes}, {level, u"3"}, {machineLevel, u"7"}, {file, log}}, true, 3, 3},
+          Case{"no bits", {{on, yes}, {viewerLevel, u"16"}, {level, u"3"}, {file, log}}, true, 3, 3},
+          Case{"all the machine's bits", {{on, yes}, {machineLevel, u"23"}, {file, log}}, true, 7, 23},
+          Case{"-1 writes nothing", {{on, yes}, {level, u"-1"}, {file, log}}, true, 15, nothing},
+          Case{"too large",
+               {{on, yes}, {level, u"99999999999"}, {machineLevel, u"2"}, {file, log}},
+               true,
+               2,
+               2}}) {
         SCOPED_TRACE(c.what);
         resetThreadState();
         usePlatform(machine);
         std::filesystem::remove(folder.path() / "registry.reg");
         std::filesystem::remove(folder.path() / "log.txt");
-        for (const Setting& setting : c.settings)
-            (setting.hive == hkcu ? user(setting.key, setting.name, setting.text)
-                                  : machineWide(setting.key, setting.name, setting.text));
-        start();
+        for (const auto& [place, text] : c.settings)
+            set(place, text);
+        DebugLog::DebugInit();
         EXPECT_EQ(c.enabled, logIsOn());
         EXPECT_EQ(c.level, stateOf<LogFront>().level);
-        const std::string lines = contents();
-        EXPECT_EQ(*c.firstLine ? "[ovNo2] " + std::string(c.firstLine) : "",
-                  lines.substr(0, lines.find('\r')));
+        const std::string failure = c.settings.size() == 4 && c.told == 2 ? "[ovNo2]  6:Overflow\r\n" : "";
+        const std::string line = "[ovNo2] remote Debug on, Level: " + std::to_string(c.told) + "\r\n";
+        EXPECT_EQ(c.told == nothing ? "" : failure + line, contents());
     }
 }
 
 TEST_F(DiagnosticLog, OnlyALevelThatKeepsItsBitsSwitchesTimestampsOn) {
-    auto& clock = static_cast<platform::portable::PortableClock&>(machine.clock());
-    clock.set({.year = 2008,
-               .month = 8,
-               .dayOfWeek = 0,
-               .day = 1,
-               .hour = 10,
-               .minute = 0,
-               .second = 2,
-               .millisecond = 250});
+    clock().set({.year = 2008, .month = 8, .day = 1, .hour = 10, .second = 2, .millisecond = 250});
     startWithFile(u"18");
     raisePending(fileNotFound);
     DebugWrite(u"r", routineEntry);
@@ -236,7 +155,7 @@ TEST_F(DiagnosticLog, OnlyALevelThatKeepsItsBitsSwitchesTimestampsOn) {
 }
 
 TEST_F(DiagnosticLog, EveryBlockOfCallsWhileOffLooksAtTheSwitchesOnce) {
-    start();
+    DebugLog::DebugInit();
     auto& registry = static_cast<platform::portable::PortableRegistry&>(machine.registry());
     int reads = 0;
     registry.interfere = [&](auto operation) {
@@ -247,23 +166,25 @@ TEST_F(DiagnosticLog, EveryBlockOfCallsWhileOffLooksAtTheSwitchesOnce) {
         for (int i = 0; i < count; ++i)
             DebugWrite(u"x");
     };
+    raisePending(fileNotFound);
     write(254);
     EXPECT_EQ(0, reads);
+    EXPECT_EQ(fileNotFound, pendingFailure().number) << "while the log is off a failure stays pending";
     write(1);
     EXPECT_EQ(2, reads) << "both switches, and nothing else";
     write(255);
     EXPECT_EQ(2, reads);
     registry.interfere = nullptr;
+    clearPendingFailure();
 
-    user(debugKey, u"On", u"1");
-    user(debugKey, u"DebugFile", pathOf("log.txt"));
+    set(on, u"1");
+    set(file, pathOf("log.txt"));
     write(1);
-    EXPECT_EQ("[ovNo2] remote Debug on, Level: 0\r\n", contents())
-        << "the line that looked is not written itself";
+    EXPECT_EQ("[ovNo2] remote Debug on, Level: 0\r\n", contents()) << "without the line that looked";
     write(1);
     EXPECT_THAT(contents(), testing::EndsWith("\r\n[ovNo2] x\r\n"));
 
-    user(debugKey, u"DebugFile", pathOf("other.txt"));
+    set(file, pathOf("other.txt"));
     DebugLog::DebugInit();
     write(1);
     EXPECT_EQ("", contents("other.txt")) << "settings are read once";
@@ -286,23 +207,16 @@ TEST_F(DiagnosticLog, AFileThatCannotBeWrittenCostsOnlyItsLines) {
 
 TEST_F(DiagnosticLog, AThreadLogsOnlyOnceItIsConnected) {
     startWithFile();
-    std::thread other([&] {
+    std::thread([&] {
         usePlatform(machine);
         DebugWrite(u"not connected");
         EXPECT_FALSE(logIsOn());
         DebugLog::DebugInit();
         DebugWrite(u"other", routineEntry);
-    });
-    other.join();
+    }).join();
     DebugWrite(u"same indent as before");
     EXPECT_EQ("[ovNo2] remote Debug on, Level: 4\r\n[ovNo2] <other>_\r\n[ovNo2] same indent as before\r\n",
               contents());
-}
-
-TEST_F(DiagnosticLog, TheTagIsTheModuleOfTheCallerWhereItGivesOne) {
-    startWithFile();
-    stateOf<LogFront>().writer->writeLine(u"hello", plainLine, 0, u"TW: ");
-    EXPECT_EQ("TW: hello\r\n", contents());
 }
 
 }  // namespace

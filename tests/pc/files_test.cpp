@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "common/failing_allocator.h"
 #include "common/platform_test.h"
 #include "common/recording_log.h"
 #include "pc/ansi.h"
@@ -18,34 +19,25 @@ class FileRoutines : public PlatformTest {
         Text path = pathOf(name);
         return WriteFileContents(path, text, append, encoding, /*showError=*/false);
     }
-    std::size_t entries() const {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder()), {}));
+    static auto entriesOf(const std::filesystem::path& path) {
+        return std::distance(std::filesystem::directory_iterator(path), {});
     }
 };
 
 TEST_F(FileRoutines, FilesAreReadAsBytesOrDecoded) {
-    struct Case {
-        std::string_view bytes;
-        TextView decoded;
-        Long encoding;
-    };
-    const Case cases[] = {
-        {""sv, u"", 0},
-        {"plain \x80\xE4\0\r\n"sv, TextView(u"plain \u20AC\u00E4\0\r\n", 11), 0},
-        {"\xEF\xBB\xBF\xC3\xA4"sv, u"\u00C3\u00A4", 0},
-        {"\xFF\xFE\x41\0\xAC\x20\x42"sv, u"A\u20AC", 4},
-        {"\xFE\xFF\0\x41\x20\xAC"sv, u"A\u20AC", 2},
-        {"\0H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d"sv, u"Hello world", 3},
-    };
-    for (const Case& c : cases) {
-        writeFile("file", c.bytes);
+    using Row = std::tuple<std::string_view, Text, Long>;
+    for (const auto& [bytes, decoded, expected] :
+         {Row{""sv, Text(), 0}, Row{"plain \x80\xE4\0\r\n"sv, Text(u"plain €ä\0\r\n", 11), 0},
+          Row{"\xFF\xFE\x41\0\xAC\x20\x42"sv, u"A€", 4},
+          Row{"\0H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d"sv, u"Hello world", 3}}) {
+        writeFile("file", bytes);
         Long encoding = 77;
-        EXPECT_EQ(fromAnsi(c.bytes), GetFileContents(pathOf("file"), /*decode=*/false, encoding));
+        EXPECT_EQ(fromAnsi(bytes), GetFileContents(pathOf("file"), /*decode=*/false, encoding));
         EXPECT_EQ(0, encoding);
-        EXPECT_EQ(Text(c.decoded), GetFileContents(pathOf("file"), /*decode=*/true, encoding));
-        EXPECT_EQ(c.encoding, encoding);
-        EXPECT_EQ(fromAnsi(c.bytes), GetFileContentsW(pathOf("file"), /*decode=*/false));
-        EXPECT_EQ(Text(c.decoded), GetFileContentsW(pathOf("file"), /*decode=*/true));
+        EXPECT_EQ(decoded, GetFileContents(pathOf("file"), /*decode=*/true, encoding));
+        EXPECT_EQ(expected, encoding);
+        EXPECT_EQ(fromAnsi(bytes), GetFileContentsW(pathOf("file"), /*decode=*/false));
+        EXPECT_EQ(decoded, GetFileContentsW(pathOf("file"), /*decode=*/true));
     }
 }
 
@@ -59,8 +51,37 @@ TEST_F(FileRoutines, AMissingFileIsEmptyAndIsLogged) {
         EXPECT_THAT(log.lines, ::testing::Contains("File not found:" + toUtf8(pathOf(name))));
         EXPECT_EQ("GetFileContents>", log.lines.back());
     }
-    EXPECT_EQ(u"", GetFileContents(u"", /*decode=*/false));
-    EXPECT_EQ(u"", GetFileContents(Text(40000, u'\\'), /*decode=*/false));
+    for (const Text& path : {Text(), Text(40000, u'\\')})
+        EXPECT_EQ(u"", GetFileContents(path, /*decode=*/false));
+}
+
+// Whole files as they are, for what is too large to be held as text.
+TEST_F(FileRoutines, BytesAreReadAndReplacedWholeOrNotAtAll) {
+    const std::string bytes("\xFF\xFE\0a\r\n\x80", 7);
+    writeFile("a.bin", bytes);
+    writeFile("empty", "");
+    FileBytes content;
+    EXPECT_TRUE(GetFileBytes(pathOf("a.bin"), content));
+    EXPECT_FALSE(GetFileBytes(pathOf("missing"), content));
+    EXPECT_FALSE(GetFileBytes(pathOf(""), content));
+    EXPECT_EQ(bytes, std::string(content.all().begin(), content.all().end())) << "as it was";
+    EXPECT_TRUE(GetFileBytes(pathOf("empty"), content));
+    EXPECT_EQ(0u, content.size);
+
+    Text target = pathOf("a.bin");
+    const ByteSource failing = [calls = 0](std::span<std::uint8_t> piece) mutable -> std::size_t {
+        if (++calls == 2) throw RuntimeFailure(invalidProcedureCall);
+        return piece.size();
+    };
+    EXPECT_EQ(-1, WriteFileBytes(target, failing, /*showError=*/false));
+    EXPECT_EQ(bytes, readFile("a.bin"));
+    const ByteSource threeAndTwo = [left = 3](std::span<std::uint8_t> piece) mutable -> std::size_t {
+        std::copy_n("abc", 3, piece.begin());
+        return left == 1 ? 0 : static_cast<std::size_t>(left--);
+    };
+    target = pathOf("new") + u"\\a.bin";
+    EXPECT_EQ(0, WriteFileBytes(target, threeAndTwo, /*showError=*/false));
+    EXPECT_EQ("abcab", readFile("new/a.bin"));
 }
 
 TEST_F(FileRoutines, TheWideReaderKeepsChunksThatHoldTheRequiredText) {
@@ -81,32 +102,21 @@ TEST_F(FileRoutines, TheWideReaderKeepsChunksThatHoldTheRequiredText) {
 }
 
 TEST_F(FileRoutines, TextsAreWrittenInTheEncodingAskedFor) {
-    struct Case {
-        TextView text;
-        Long encoding;
-        std::string_view bytes;
-    };
-    const Case cases[] = {
-        {u"abc", 4, "\xFF\xFE\x61\0\x62\0\x63\0"sv},
-        {u"abc", 2, "\xFE\xFF\0\x61\0\x62\0\x63"sv},
-        {u"a\u20AC", 3, "\0\x61\x20\xAC"sv},
-        {u"\uFEFFa", 4, "\xFF\xFE\x61\0"sv},
-        {u"", 4, "\xFF\xFE"sv},
-        {u"\u20AC\u4E2D\u0141", 0, "\x80?L"sv},
-        {u"abc", 7, "abc"sv},
-        {TextView(u"a\0b", 3), 0, "a\0b"sv},
-        {TextView(u"a\0b\0", 4), 4, "\xFF\xFE\x61\0\x62\0"sv},  // bytes already
-        {TextView(u"\u00FF\u00FEa\0", 4), 4, "\xFF\xFE\x61\0"sv},
-        {TextView(u"\0a", 2), 2, "\xFE\xFF\0\x61"sv},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(0, write("file", c.text, c.encoding));
-        EXPECT_EQ(c.bytes, readFile("file")) << toUtf8(c.text) << " " << c.encoding;
+    using Row = std::tuple<Text, Long, std::string_view>;
+    for (const auto& [text, encoding, bytes] :
+         {Row{Text(u"abc"), 4, "\xFF\xFE\x61\0\x62\0\x63\0"sv},
+          Row{u"abc", 2, "\xFE\xFF\0\x61\0\x62\0\x63"sv}, Row{u"a€", 3, "\0\x61\x20\xAC"sv},
+          Row{u"\uFEFFa", 4, "\xFF\xFE\x61\0"sv}, Row{u"", 4, "\xFF\xFE"sv}, Row{u"€中Ł", 0, "\x80?L"sv},
+          Row{u"abc", 7, "abc"sv}, Row{Text(u"a\0b", 3), 0, "a\0b"sv},
+          Row{Text(u"a\0b\0", 4), 4, "\xFF\xFE\x61\0\x62\0"sv},  // bytes already
+          Row{Text(u"ÿþa\0", 4), 4, "\xFF\xFE\x61\0"sv}, Row{Text(u"\0a", 2), 2, "\xFE\xFF\0\x61"sv}}) {
+        EXPECT_EQ(0, write("file", text, encoding));
+        EXPECT_EQ(bytes, readFile("file")) << toUtf8(text) << " " << encoding;
     }
     EXPECT_EQ(0, write("file", u"ab", 4));
     EXPECT_EQ(0, write("file", u"c", 4, /*append=*/true));
     EXPECT_EQ("\xFF\xFE\x61\0\x62\0\x63\0"sv, readFile("file"));
-    EXPECT_EQ(1u, entries());
+    EXPECT_EQ(1, entriesOf(folder()));
 }
 
 TEST_F(FileRoutines, EveryByteAndEveryCharacterSurvivesAFile) {
@@ -159,61 +169,44 @@ TEST_F(FileRoutines, AHiddenFileIsReplacedAndStaysHidden) {
 
 TEST_F(FileRoutines, TestsSeeThroughQuotesAndStopAtStars) {
     writeFile("a.txt", "12345");
-    const Text file = pathOf("a.txt");
-    const Text folder = FolderPart(file);
-    const Text quoted = u'"' + file + u'"';
-    EXPECT_TRUE(FileExistsW_(file));
-    EXPECT_TRUE(FileExistsW_(quoted));
-    EXPECT_TRUE(FileExists(quoted));
-    EXPECT_TRUE(FileExists(folder));
-    EXPECT_FALSE(FileExistsW_(folder));
-    EXPECT_FALSE(FileExistsW_(file + u"x"));
-    EXPECT_FALSE(FileExists(file + u"x"));
-    EXPECT_TRUE(FolderExists(folder));
-    EXPECT_TRUE(FolderExists(u'"' + folder + u"\\*.txt\""));
-    EXPECT_FALSE(FolderExists(file));
-    EXPECT_FALSE(FolderExists(u"\\\\"));
-    EXPECT_FALSE(FolderExists(u""));
+    const Text file = pathOf("a.txt"), missing = file + u"x", folder = FolderPart(file);
+    using Row = std::tuple<Text, bool, bool, bool>;
+    for (const auto& [path, readable, exists, isFolder] :
+         {Row{file, true, true, false}, Row{u'"' + file + u'"', true, true, false},
+          Row{folder, false, true, true}, Row{missing, false, false, false},
+          Row{u'"' + folder + u"\\*.txt\"", false, false, true},
+          Row{u"\\\\", false, FileExists(u"\\\\"), false}, Row{u"", false, false, false}}) {
+        EXPECT_EQ(readable, FileExistsW_(path)) << toUtf8(path);
+        EXPECT_EQ(exists, FileExists(path)) << toUtf8(path);
+        EXPECT_EQ(isFolder, FolderExists(path)) << toUtf8(path);
+    }
     EXPECT_EQ(GetAttributes(folder), GetAttributes(folder + u"*.*"));
-    EXPECT_EQ(platform::noAttributes, GetAttributes(file + u"x"));
-    EXPECT_EQ(0, SetAttributes(file + u"x", 0));
+    EXPECT_EQ(platform::noAttributes, GetAttributes(missing));
+    EXPECT_EQ(0, SetAttributes(missing, 0));
     EXPECT_EQ(5, FileSize(file));
-    EXPECT_EQ(0, FileSize(file + u"x"));
-    EXPECT_EQ(0, FileSize(file + u"x", /*skipExistenceTest=*/true));
+    EXPECT_EQ(0, FileSize(missing));
+    EXPECT_EQ(0, FileSize(missing, /*skipExistenceTest=*/true));
 }
 
 TEST_F(FileRoutines, PathsAreSplitAtTheLastBackslashElseTheLastSlash) {
-    struct Case {
-        TextView path, folder, name;
-    };
-    const Case cases[] = {
-        {u"C:\\a\\b.txt", u"C:\\a", u"b.txt"},
-        {u"a/b/c.d.e", u"a/b", u"c.d.e"},
-        {u"a\\b/c", u"a", u"b/c"},
-        {u"name", u"", u"name"},
-        {u"a\\", u"a", u""},
-        {u"\\a", u"", u"a"},
-        {u"", u"", u""},
-        {u"http://host", u"http://host", u"host"},
-        {u"http://host/a", u"http://host", u"a"},
-        {u"\"C:\\a\\b.txt\"", u"C:\\a", u"b.txt"},
-        {u"\"a\"\\\"b\"", u"\"a\"", u"\"b\""},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(Text(c.folder), FolderPart(c.path)) << toUtf8(c.path);
-        EXPECT_EQ(Text(c.name), FileNamePart(c.path)) << toUtf8(c.path);
+    using Texts = std::array<TextView, 3>;
+    for (const auto& [path, folder, name] :
+         {Texts{u"C:\\a\\b.txt", u"C:\\a", u"b.txt"}, Texts{u"a/b/c.d.e", u"a/b", u"c.d.e"},
+          Texts{u"a\\b/c", u"a", u"b/c"}, Texts{u"name", u"", u"name"}, Texts{u"a\\", u"a", u""},
+          Texts{u"\\a", u"", u"a"}, Texts{u"", u"", u""}, Texts{u"http://host", u"http://host", u"host"},
+          Texts{u"http://host/a", u"http://host", u"a"}, Texts{u"\"C:\\a\\b.txt\"", u"C:\\a", u"b.txt"},
+          Texts{u"\"a\"\\\"b\"", u"\"a\"", u"\"b\""}}) {
+        EXPECT_EQ(folder, FolderPart(path)) << toUtf8(path);
+        EXPECT_EQ(name, FileNamePart(path)) << toUtf8(path);
     }
     EXPECT_EQ(u"C:\\a\\", FolderPart(u"C:\\a\\b", /*keepSeparator=*/true));
     EXPECT_EQ(u"c.d", FileNamePart(u"a/b/c.d.e", /*keepExtension=*/false));
     EXPECT_EQ(u"", FileNamePart(u"a\\.profile", /*keepExtension=*/false));
-    for (const auto& [path, rest] : {std::pair<Text, TextView>{u"a\\b\\", u"a\\b"},
-                                     {u"a/", u"a"},
-                                     {u"a\\/", u"a\\"},
-                                     {u"a", u"a"},
-                                     {u"", u""}}) {
-        Text changed = path;
-        RemoveTrailingSeparator(changed);
-        EXPECT_EQ(Text(rest), changed);
+    using Cut = std::pair<Text, TextView>;
+    for (auto [path, rest] :
+         {Cut{u"a\\b\\", u"a\\b"}, Cut{u"a/", u"a"}, Cut{u"a\\/", u"a\\"}, Cut{u"a", u"a"}, Cut{}}) {
+        RemoveTrailingSeparator(path);
+        EXPECT_EQ(rest, path);
     }
 }
 
@@ -235,13 +228,50 @@ TEST_F(FileRoutines, ShortNamesOfShortPathsNameTheSameFile) {
     writeFile("a folder with a long name/file.txt", "found");
     EXPECT_EQ(u"found",
               GetFileContents(GetShortFileName(pathOf("a folder with a long name/file.txt")), false));
-    EXPECT_EQ(u"no such file", GetShortFileName(u"no such file"));
-    const Text longName = Text(250, u'n');
-    EXPECT_EQ(GetShortFileName(pathOf(".")) + u'\\' + longName,
-              GetShortFileName(pathOf(".") + u'\\' + longName));
-    EXPECT_EQ(Text(100'000, u'\\'), GetShortFileName(Text(100'000, u'\\')));
-    const Text address = u"http://" + Text(300, u'h');
-    EXPECT_EQ(address, GetShortFileName(address));
+    const Text longName = u'\\' + Text(250, u'n');
+    EXPECT_EQ(GetShortFileName(pathOf(".")) + longName, GetShortFileName(pathOf(".") + longName));
+    for (const Text& same : {Text(u"no such file"), Text(100'000, u'\\'), u"http://" + Text(300, u'h')})
+        EXPECT_EQ(same, GetShortFileName(same));
+}
+
+TEST_F(FileRoutines, AnyAllocationMayFail) {
+    FileExistsW_(pathOf("warm-up"));  // what the thread keeps is made
+    const auto descriptors = entriesOf("/proc/self/fd");
+    const Text path = pathOf("new") + u"/folder/file.txt", written(1000, u'x');
+    Text used = path;
+    Long result = 0;
+    failEveryAllocation([&] { result = WriteFileContents(used, written, /*append=*/false, 4, true); },
+                        [&](long n) {
+                            const std::string content = readFile("new/folder/file.txt");
+                            EXPECT_EQ(result == 0 ? 2002u : 0u, content.size()) << n << ": all or nothing";
+                            std::filesystem::remove_all(folder() / "new");
+                            used = path;
+                        });
+    EXPECT_EQ(0, result);
+
+    writeFile("file.txt", "\xFF\xFE" + std::string(1000, 'x'));
+    const Text file = pathOf("file.txt"), whole(500, u'\u7878');
+    Text text;
+    failEveryAllocation(
+        [&] { text = GetFileContents(file, /*decode=*/true); },
+        [&](long n) { EXPECT_TRUE(text == whole || text.empty() || text.size() == 1002) << n; });
+    EXPECT_EQ(whole, text);
+    failEveryAllocation([&] { text = GetFileContentsW(file, /*decode=*/true); },
+                        [&](long n) { EXPECT_TRUE(text == whole || text.empty()) << n; });
+    EXPECT_EQ(whole, text);
+
+    const Text deep = pathOf("a") + u"\\b\\c", longPath = pathOf("a") + u'\\' + Text(300, u'n');
+    failEveryAllocation(
+        [&] {
+            MkDirRecourse(deep, u"sub");
+            MkDirRecourse(longPath);
+            FileExistsW_(deep);
+            FileSize(deep, /*skipExistenceTest=*/true);
+            GetShortFileName(longPath);
+        },
+        [](long) {});
+    EXPECT_TRUE(FolderExists(deep));
+    EXPECT_GE(descriptors, entriesOf("/proc/self/fd"));
 }
 
 }  // namespace

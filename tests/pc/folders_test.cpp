@@ -13,17 +13,11 @@ namespace ovno2 {
 namespace {
 
 using Folders::GetSpecialFolder_;
-using ::testing::ElementsAre;
 
-class FoldersTest : public MachineTest {
-  protected:
-    std::map<Long, Text>& folders() {
-        return static_cast<platform::portable::PortableProcesses&>(machine.processes()).folders;
-    }
-};
+using FoldersTest = MachineTest;
 
 TEST_F(FoldersTest, ThePlatformsFolderIsTakenAndEndsAsAsked) {
-    folders() = {{38, u"C:\\Programme"}, {35, u"C:\\Data\\"}, {36, Text(u"C:\\Win\0dows\0", 12)}};
+    processes().folders = {{38, u"C:\\Programme"}, {35, u"C:\\Data\\"}, {36, Text(u"C:\\Win\0dows\0", 12)}};
     EXPECT_EQ(u"C:\\Programme", GetSpecialFolder_(38, false));
     EXPECT_EQ(u"C:\\Programme\\", GetSpecialFolder_(38, true));
     EXPECT_EQ(u"C:\\Data\\", GetSpecialFolder_(35, true));
@@ -34,50 +28,41 @@ TEST_F(FoldersTest, ThePlatformsFolderIsTakenAndEndsAsAsked) {
 TEST_F(FoldersTest, TheRegistryAnswersForFoldersThatThePlatformDoesNotKnow) {
     const Text key = u"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
     const Text key32 = u"Software\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
-    struct Place {
-        Long hive;
-        Text key;
-        Text folder;
-    };
     // From the last choice to the first; the machine's own 32-bit key is the other one redirected.
-    const Place places[] = {{platform::currentUser, key32, u"C:\\3"},
-                            {platform::localMachine, key, u"C:\\2"},
-                            {platform::currentUser, key, u"C:\\1"}};
+    const std::pair<Long, Text> places[] = {
+        {platform::currentUser, key32}, {platform::localMachine, key}, {platform::currentUser, key}};
     const std::pair<Long, Text> names[] = {{0, u"Desktop"},   {5, u"Personal"},        {6, u"Favorites"},
                                            {13, u"My Music"}, {26, u"AppData"},        {28, u"Local AppData"},
                                            {32, u"Cache"},    {35, u"Common AppData"}, {39, u"My Pictures"}};
     for (const auto& [id, name] : names) {
-        folders()[id] = u"x";  // shorter than a folder can be
+        processes().folders[id] = u"x";  // shorter than a folder can be
         EXPECT_EQ(u"", GetSpecialFolder_(id, true)) << id;
-        for (const Place& place : places) {
-            setRegistryText(place.hive, place.key, name, place.folder);
-            EXPECT_EQ(place.folder + u"\\", GetSpecialFolder_(id, true)) << id;
+        for (std::size_t i = 0; i < std::size(places); ++i) {
+            const Text place = u"C:\\" + decimalText(static_cast<Long>(i));
+            setRegistryText(places[i].first, places[i].second, name, place);
+            EXPECT_EQ(place + u"\\", GetSpecialFolder_(id, true)) << id;
         }
     }
-    RecordingLog log;
     setRegistryText(platform::currentUser, key, {}, u"C:\\wrong");
-    folders()[38] = u"";
+    processes().folders[38] = u"";
+    RecordingLog log;
     EXPECT_EQ(u"", GetSpecialFolder_(38, true));
-    EXPECT_THAT(log.lines, ElementsAre("<GetSpecialFolder_", "38", "GetSpecialFolder_ 1",
-                                       "GetSpecialFolder_ 2", "GetSpecialFolder_>"));
+    EXPECT_THAT(log.lines, testing::ElementsAre("<GetSpecialFolder_", "38", "GetSpecialFolder_ 1",
+                                                "GetSpecialFolder_ 2", "GetSpecialFolder_>"));
 }
 
 TEST_F(FoldersTest, TheProductVersionCountsWhereItSaysMore) {
     struct Case {
         platform::FileVersion version;
-        Text asFile;
-        Text asProduct;
-    };
-    const Case cases[] = {
-        {{.file = {1, 2, 3, 4}, .product = {5, 6, 7, 8}}, u"1.2.3.4", u"5.6.7.8"},
-        {{.file = {1, 2, 3, 4}, .product = {5, 0, 0, 0}}, u"1.2.3.4", u"1.2.3.4"},
-        {{.file = {1, 2, 3, 4}, .product = {0, 0, 7, 0}}, u"1.2.3.4", u"1.2.7.4"},
-        {{.file = {7, 0, 8, 65535}, .product = {}}, u"7.0.8.65535", u"7.0.8.65535"},
-        {{.file = {}, .product = {3, 1, 0, 0}}, u"0.0.0.0", u"3.1.0.0"},
+        Text asFile, asProduct;
     };
     const std::filesystem::path drive = folder.path() / "drives" / "c";
     std::filesystem::create_directories(drive);
-    for (const Case& c : cases) {
+    for (const Case& c : {Case{{.file = {1, 2, 3, 4}, .product = {5, 6, 7, 8}}, u"1.2.3.4", u"5.6.7.8"},
+                          Case{{.file = {1, 2, 3, 4}, .product = {5, 0, 0, 0}}, u"1.2.3.4", u"1.2.3.4"},
+                          Case{{.file = {1, 2, 3, 4}, .product = {0, 0, 7, 0}}, u"1.2.3.4", u"1.2.7.4"},
+                          Case{{.file = {7, 0, 8, 65535}, .product = {}}, u"7.0.8.65535", u"7.0.8.65535"},
+                          Case{{.file = {}, .product = {3, 1, 0, 0}}, u"0.0.0.0", u"3.1.0.0"}}) {
         std::ofstream(drive / "a.exe", std::ios::binary) << makeExecutable(c.version);
         EXPECT_EQ(c.asFile, GetFileInfo_::FileVersionText(u"C:\\a.exe", /*preferProductVersion=*/false));
         EXPECT_EQ(c.asProduct, GetFileInfo_::FileVersionText(u"C:\\a.exe", true));

@@ -1,6 +1,8 @@
+#include <fstream>
 #include <gmock/gmock.h>
 #include <iconv.h>
 
+#include "base/text_pairs.h"
 #include "common/machine_test.h"
 #include "common/recording_log.h"
 #include "pc/ansi.h"
@@ -19,20 +21,33 @@ using ConvertHexTextMod::ConvertTextToHexText;
 using ConvertUmlFile::ConvertUmlauteFromFile;
 using GetFileContentsMod::ConvertFromUnicodeSub;
 
+constexpr TextView codePageKey = u"SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage";
+
 class TextConversions : public MachineTest {
   protected:
-    void useCodePage(TextView page) {
-        setRegistryText(platform::localMachine, u"SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage", u"ACP",
-                        page);
+    std::uint32_t choose(TextView page) {
+        setRegistryText(platform::localMachine, codePageKey, u"ACP", page);
+        return currentPlatform().codePages().ansi();
     }
     static Text repaired(Text text, TextView keepList = {}) {
         ConvertUmlauteFromFile(text, keepList);
         return text;
     }
-    // One character for each byte, in Windows Latin 1.
-    static Text bytesAsText(std::string_view bytes) { return fromAnsi(bytes); }
+    static void expectRepaired(TextView cases) {
+        for (const auto& [text, expected] : pairsOf(cases))
+            EXPECT_EQ(expected, repaired(text)) << toUtf8(text);
+    }
     static ByteArray arrayOf(std::string_view bytes, Long lowerBound = 0) {
         return ByteArray(std::vector<std::uint8_t>(bytes.begin(), bytes.end()), lowerBound);
+    }
+    // What the decoder makes of the bytes; what asks whether it would change anything agrees.
+    static std::pair<Long, Text> decoded(std::string_view bytes) {
+        const Text before = fromAnsi(bytes);
+        Text text = before;
+        const Long encoding = ConvertFromUnicodeSub(text);
+        const std::vector<std::uint8_t> codes(bytes.begin(), bytes.end());
+        EXPECT_EQ(encoding != 0 || text != before, GetFileContentsMod::isEncodedText(codes)) << bytes;
+        return {encoding, text};
     }
     static std::string bytesOf(const ByteArray& array) {
         return {array.elements().begin(), array.elements().end()};
@@ -41,60 +56,30 @@ class TextConversions : public MachineTest {
 
 TEST_F(TextConversions, EveryLetterFromU00C0ToU017FArrivesFromItsUtf8Bytes) {
     for (char16_t c = 0xC0; c < 0x180; ++c) {
-        EXPECT_EQ(Text(1, c), repaired(bytesAsText(toUtf8(Text(1, c))))) << std::hex << int(c);
+        EXPECT_EQ(Text(1, c), repaired(fromAnsi(toUtf8(Text(1, c))))) << std::hex << int(c);
         if (c == 0xC2) continue;  // takes the next character for its second byte
-        EXPECT_EQ(u"x" + Text(1, c) + u"y", repaired(bytesAsText("x" + toUtf8(Text(1, c)) + "y")));
+        EXPECT_EQ(u"x" + Text(1, c) + u"y", repaired(fromAnsi("x" + toUtf8(Text(1, c)) + "y")));
     }
 }
 
 TEST_F(TextConversions, Utf8PairsAreRepairedInFourPasses) {
-    const std::pair<TextView, TextView> cases[] = {
-        {u"K\u00C3\u00A4se", u"K\u00E4se"},
-        {u"\u00C3 ", u"\u00E0"},  // a lost no-break space
-        {u"\u00C2\u00A0", u" "},
-        {u"\u00C2\u00BB\u00C2\u00A4", u"\u00BB\u00A4"},
-        {u"\u00C2\u00A9", u")"},
-        {u"\u00C2a", u"a"},
-        {u"\u00C3", u"\u00C3"},                    // alone at the end
-        {u"\u00C3\u00C3\u00A4", u"\u00C3\u00E4"},  // no character: stays, and the next lead is looked at
-        {u"\u00C3\u00FF", u"\u00C3\u00FF"},
-        {u"\u00C3\u4E2D", u"\u00C3\u4E2D"},          // what is not of the code page is no second byte
-        {u"\u00C4b\u00C4\u2026", u"\u00C4b\u0105"},  // U+2026 is byte 85
-        {u"\u00C5\u00A1", u"\u0161"},
-        {u"\u00C5\u00FF", u"\u01BF"},
-        // What one pass leaves is the next one's text: "Ä" and "ö" out of four bytes are a pair again.
-        {u"\u00C3\u201E\u00C3\u00B6", u"\u0176"},
-        {u"\u00C3\u201A\u00C2\u00A0", u"B\u00A0"},
-        {u"\u00C3\u201A\u00BB", u"\u00BB"},
-        // The search goes on behind the new character.
-        {u"\u00C3\u0192\u00A4", u"\u00C3\u00A4"},
-    };
-    for (const auto& [text, expected] : cases)
-        EXPECT_EQ(Text(expected), repaired(Text(text))) << toUtf8(text);
+    expectRepaired(u"KÃ¤se=Käse|Ã =à|Â\u00A0= |Â»Â¤=»¤|Â©=)|Âa=a|Å¡=š|Åÿ=ƿ");
+    // No character, or not of the code page: stays, and the next lead is looked at. U+2026 is byte 85.
+    expectRepaired(u"Ã=Ã|ÃÃ¤=Ãä|Ãÿ=Ãÿ|Ã中=Ã中|ÄbÄ…=Äbą");
+    // What one pass leaves is the next one's text: "Ä" and "ö" out of four bytes are a pair again.
+    expectRepaired(u"Ã„Ã¶=Ŷ|Ã‚Â\u00A0=B\u00A0|Ã‚»=»");
+    expectRepaired(u"Ãƒ¤=Ã¤");  // the search goes on behind the new character
 }
 
 TEST_F(TextConversions, ReferencesEndAtTheFirstThatIsNotOfTheForm) {
-    const std::pair<TextView, TextView> cases[] = {
-        {u"A&#65;B", u"AAB"},
-        {u"&#65;&#66;&#228;&#128;", u"AB\u00E4\u20AC"},
-        {u"&#65;&#8364;&#66;", u"A&#8364;&#66;"},
-        {u"&#65;&#", u"A&#"},
-        {u"&#65;&#12", u"A&#12"},
-        {u"&#999;&#65;", u"&#999;A"},  // of the form, but no character
-        {u"&#-5;&#65;", u"&#-5;A"},
-        {u"&#6.5;", u"\u0006"},  // half to even
-        {u"&#7.5;", u"\u0008"},
-        {u"&# 65;", u"A"},
-        {u"&#9&#;&#65;", u"\tA"},
-        {u"&#6x;", u"\u0006"},
-        {u"&#38;#65;", u"&#65;"},  // the new "&" begins nothing
-        {u"& &; &#65;", u"& &; A"},
-        {u"a&#;b&#0;c&#x41;", u"abc"},  // NUL characters go out again
-    };
-    for (const auto& [text, expected] : cases)
-        EXPECT_EQ(Text(expected), repaired(Text(text))) << toUtf8(text);
-    const TextView withNul(u"\0&#0;", 5);
-    EXPECT_EQ(Text(2, u'\0'), repaired(Text(withNul)));
+    expectRepaired(
+        u"A&#65;B=AAB|&#65;&#66;&#228;&#128;=ABä€|&#65;&#8364;&#66;=A&#8364;&#66;|&#65;&#=A&#|"
+        u"&#65;&#12=A&#12");
+    expectRepaired(u"&#999;&#65;=&#999;A|&#-5;&#65;=&#-5;A");  // of the form, but no character
+    expectRepaired(u"&#6.5;=\u0006|&#7.5;=\u0008|&# 65;=A|&#9&#;&#65;=\tA|&#6x;=\u0006");  // half to even
+    expectRepaired(u"&#38;#65;=&#65;|& &; &#65;=& &; A");  // a new "&" begins nothing
+    expectRepaired(u"a&#;b&#0;c&#x41;=abc");               // NUL characters go out again
+    EXPECT_EQ(Text(2, u'\0'), repaired(Text(u"\0&#0;", 5)));
 }
 
 TEST_F(TextConversions, ControlCharactersOutsideTheKeepListBecomeBlanksUpToALimit) {
@@ -108,36 +93,29 @@ TEST_F(TextConversions, ControlCharactersOutsideTheKeepListBecomeBlanksUpToALimi
 }
 
 TEST_F(TextConversions, EscapesAndTheMisreadEuroSignAreResolved) {
-    EXPECT_EQ(u"a,b;c", repaired(u"a\\,b\\;c"));
-    EXPECT_EQ(u"\\,\\;\\", repaired(u"\\\\,\\\\;\\"));
-    EXPECT_EQ(u"\\n,;", repaired(u"\\n&#92;,\\;"));
-    EXPECT_EQ(u"5 \u20AC \u00E2\u201A", repaired(u"5 \u00E2\u201A\u00AC \u00E2\u201A"));
+    expectRepaired(u"a\\,b\\;c=a,b;c|\\\\,\\\\;\\=\\,\\;\\|\\n&#92;,\\;=\\n,;|5 â‚¬ â‚=5 € â‚");
 }
 
 TEST_F(TextConversions, LeadsAndReferencesFollowTheCodePage) {
-    useCodePage(u"1250");
-    EXPECT_EQ(u"\u00E4", repaired(fromAnsi("\xC3\xA4")));   // "Ă¤" there
-    EXPECT_EQ(u"\u0142", repaired(fromAnsi("\xC5\x82")));   // "Ĺ‚" there
-    EXPECT_EQ(u"\u00C3\u00A4", repaired(u"\u00C3\u00A4"));  // no lead there
-    EXPECT_EQ(u"\u0142", repaired(u"&#179;"));
+    choose(u"1250");
+    EXPECT_EQ(u"ä", repaired(fromAnsi("\xC3\xA4")));  // "Ă¤" there
+    EXPECT_EQ(u"ł", repaired(fromAnsi("\xC5\x82")));  // "Ĺ‚" there
+    expectRepaired(u"Ã¤=Ã¤|&#179;=ł");                // "Ã" is no lead there
 }
 
 // The C library's converter is the independent source.
 TEST_F(TextConversions, EveryByteOfACodePageIsACharacterAndBack) {
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte)
+        all += static_cast<char>(byte);
     for (const char* page : {"874", "1250", "1251", "1252", "1253", "1254", "1255", "1256", "1257", "1258"}) {
         const TemporaryFolder profile;
+        std::ofstream(profile.path() / "registry.reg")
+            << "REGEDIT4\n[HKEY_LOCAL_MACHINE\\" << toUtf8(codePageKey) << "]\n\"ACP\"=\"" << page << "\"\n";
         platform::portable::Machine other(profile.path());
-        std::unique_ptr<platform::RegistryKey> key;
-        ASSERT_EQ(0, other.registry().create(platform::localMachine,
-                                             u"SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage", key));
-        ASSERT_EQ(0,
-                  key->write(u"ACP", {.type = 1, .text = fromUtf8(page) + u'\0', .bytes = {}, .number = 0}));
         usePlatform(other);
         iconv_t converter = iconv_open("UTF-16LE", (std::string("CP") + page).c_str());
         ASSERT_NE(reinterpret_cast<iconv_t>(-1), converter);
-        std::string all;
-        for (int byte = 0; byte < 256; ++byte)
-            all += static_cast<char>(byte);
         const Text text = ConvertByteArrayToString(arrayOf(all));
         ASSERT_EQ(256u, text.size());
         for (std::size_t byte = 0; byte < 256; ++byte) {
@@ -154,6 +132,7 @@ TEST_F(TextConversions, EveryByteOfACodePageIsACharacterAndBack) {
         ByteArray back;
         ConvertStringToByteArray(text, back);
         EXPECT_EQ(all, bytesOf(back)) << page;
+        EXPECT_EQ(all, toAnsi(fromAnsi(all))) << page;
         usePlatform(machine);
     }
 }
@@ -170,13 +149,7 @@ TEST_F(TextConversions, EveryCharacterHasACodeOfItsOwnOrANearOne) {
     for (std::size_t c = 0; c < all.size(); ++c)
         own += back[c] == all[c] ? 1 : 0;
     EXPECT_EQ(256u, own);
-    const std::pair<char16_t, std::uint8_t> cases[] = {
-        {u'\u20AC', 0x80}, {u'\u201A', 0x82}, {u'\u0192', 0x83}, {u'\u2026', 0x85}, {u'\u2030', 0x89},
-        {u'\u0160', 0x8A}, {u'\u0152', 0x8C}, {u'\u017D', 0x8E}, {u'\u2018', 0x91}, {u'\u201D', 0x94},
-        {u'\u2013', 0x96}, {u'\u2122', 0x99}, {u'\u0178', 0x9F}, {u'\u00A0', 0xA0}, {u'\u00FF', 0xFF},
-        {u'\u0141', 'L'},  {u'\u4E2D', '?'},  {u'\u0081', 0x81},
-    };
-    for (const auto& [character, code] : cases)
+    for (const auto& [character, code] : {std::pair{u'€', 0x80}, {u'Ł', int{'L'}}, {u'電', int{'?'}}})
         EXPECT_EQ(code, codes.elements()[character]) << std::hex << int(character);
 }
 
@@ -199,8 +172,31 @@ TEST_F(TextConversions, ArraysKeepTheirBoundsInMind) {
     EXPECT_EQ("\x80x", bytesOf(array));
 }
 
-TEST_F(TextConversions, OnADoubleByteCodePageBytesStillComeBackUnchanged) {
-    useCodePage(u"932");
+// Codes from the published tables of each page.
+TEST_F(TextConversions, TheRegistryNamesThePage) {
+    EXPECT_EQ(1251u, choose(u"1251"));
+    EXPECT_EQ("\xCC\xE0\xF8\xE0 \xA8", toAnsi(u"Маша Ё"));
+    EXPECT_EQ(u"Маша Ё", fromAnsi("\xCC\xE0\xF8\xE0 \xA8"));
+    EXPECT_EQ("Ae", toAnsi(u"Äé")) << "letters of another script keep their base";
+}
+
+TEST_F(TextConversions, AnUnknownPageIsTakenFor1252) {
+    EXPECT_EQ(1252u, choose(u"4711"));
+    EXPECT_EQ("\x80", toAnsi(u"€"));
+}
+
+TEST_F(TextConversions, CharactersOfTwoBytesTakeTwoBytes) {
+    EXPECT_EQ(932u, choose(u"932"));
+    EXPECT_EQ(nullptr, currentPlatform().codePages().singleByteTable());
+    EXPECT_EQ("\x93\x64\x98\x62 \xB6\xC5 ABC", toAnsi(u"電話 ｶﾅ ABC"));
+    EXPECT_EQ(u"電話 ｶﾅ ABC", fromAnsi("\x93\x64\x98\x62 \xB6\xC5 ABC"));
+    EXPECT_EQ("\x87\x8A", toAnsi(u"㈱")) << "of several codes, the one the page prefers";
+    EXPECT_EQ(u"a?", fromAnsi("a\x93")) << "half a character at the end";
+    std::uint8_t code = 0;
+    EXPECT_FALSE(ansiCode(u'電', code));
+    EXPECT_TRUE(ansiCode(u'ｶ', code));
+    EXPECT_EQ(0xB6, code);
+    // Byte by byte they still come back unchanged.
     std::string all;
     for (int byte = 0; byte < 256; ++byte)
         all += static_cast<char>(byte);
@@ -213,82 +209,44 @@ TEST_F(TextConversions, OnADoubleByteCodePageBytesStillComeBackUnchanged) {
     EXPECT_EQ(u"81B1  ", ConvertTextToHexText(u"\u0081\uFF71\u4E2D"));
 }
 
-std::string utf16Bytes(TextView text, bool bigEndian) {
-    std::string bytes;
-    for (const char16_t c : text) {
-        const char low = static_cast<char>(c & 0xFF);
-        const char high = static_cast<char>(c >> 8);
-        bytes.append({bigEndian ? high : low, bigEndian ? low : high});
-    }
-    return bytes;
-}
-
-TEST_F(TextConversions, MarkedUtf16IsDecodedWithEveryUnit) {
-    Text all;
-    for (unsigned c = 1; c < 0x10000; ++c)
-        all += static_cast<char16_t>(c);
-    for (const bool bigEndian : {false, true}) {
-        Text text = bytesAsText((bigEndian ? "\xFE\xFF" : "\xFF\xFE") + utf16Bytes(all, bigEndian));
-        EXPECT_EQ(bigEndian ? 2 : 4, ConvertFromUnicodeSub(text));
-        EXPECT_EQ(all, text);
-    }
-}
-
 TEST_F(TextConversions, TheEncodingIsToldFromMarksAndZeroBytes) {
+    using namespace std::string_view_literals;
     struct Case {
         std::string_view bytes;
         Long encoding;
         TextView text;
     };
-    using namespace std::string_view_literals;
-    const Case cases[] = {
-        {""sv, 0, u""},
-        {"abc"sv, 0, u"abc"},
-        {"\xFF\xFE\x41\0\x42\0"sv, 4, u"AB"},
-        {"\xFF\xFE\x41\0\x42"sv, 4, u"A"},       // an odd last byte
-        {"\xFF\xFE\0\x41\0\x42\0"sv, 4, u"AB"},  // a zero byte behind the mark
-        {"\xFF\xFE"sv, 4, u""},
-        {"\xFE\xFF\0\x41\0\x42\x43"sv, 2, u"AB"},
-        {"\xFE\xFF"sv, 2, u""},
-        {"\xFE"sv, 0, u"\u00FE"},
-        {"\xEF\xBB\xBF\x61\x62\x63"sv, 0, u"abc"},
-        {"\xEF\xBB\xBF\xC3\xA4"sv, 0, u"\u00C3\u00A4"},
-        {"\xEF\xBB"sv, 0, u"\u00EF\u00BB"},
-    };
-    for (const Case& c : cases) {
-        Text text = bytesAsText(c.bytes);
-        EXPECT_EQ(c.encoding, ConvertFromUnicodeSub(text)) << ::testing::PrintToString(c.bytes);
-        EXPECT_EQ(Text(c.text), text) << ::testing::PrintToString(c.bytes);
-    }
-    Text marked = u"\uFEFFtext";
+    for (const auto& [bytes, encoding, text] :
+         {Case{""sv, 0, u""}, Case{"abc"sv, 0, u"abc"},
+          Case{"plain text that goes on"sv, 0, u"plain text that goes on"},
+          Case{"\xFF\xFE\x41\0\x42\0"sv, 4, u"AB"}, Case{"\xFF\xFE\x41\0\x42"sv, 4, u"A"},
+          Case{"\xFF\xFE\0\x41\0\x42\0"sv, 4, u"AB"},  // a zero byte behind the mark
+          Case{"\xFF\xFE"sv, 4, u""}, Case{"\xFF"sv, 0, u"ÿ"}, Case{"\xFE\xFF\0\x41\0\x42\x43"sv, 2, u"AB"},
+          Case{"\xFE\xFF"sv, 2, u""}, Case{"\xFE"sv, 0, u"þ"}, Case{"\xEF\xBB\xBF\x61\x62\x63"sv, 0, u"abc"},
+          Case{"\xEF\xBB\xBF\xC3\xA4"sv, 0, u"Ã¤"}, Case{"\xEF\xBB\xBF"sv, 0, u""},
+          Case{"\xEF\xBB"sv, 0, u"ï»"}})
+        EXPECT_EQ(std::pair(encoding, Text(text)), decoded(bytes)) << ::testing::PrintToString(bytes);
+    Text marked = u"\uFEFFtext", swapped = u"\uFFFEtext";
     EXPECT_EQ(4, ConvertFromUnicodeSub(marked));
     EXPECT_EQ(u"text", marked);
-    Text swapped = u"\uFFFEtext";
     EXPECT_EQ(2, ConvertFromUnicodeSub(swapped));
     EXPECT_EQ(u"\uFFFEtext", swapped);
 }
 
 TEST_F(TextConversions, UnmarkedBigEndianNeedsTwentyOneCharactersAndSmallCodesUpToTheLast) {
-    const std::string bytes = utf16Bytes(u"Hello world", /*bigEndian=*/true);  // 22
-    const auto encodingOf = [](std::string_view of, Text& text) {
-        text = fromAnsi(of);
-        return ConvertFromUnicodeSub(text);
-    };
-    Text text;
-    EXPECT_EQ(3, encodingOf(bytes, text));
-    EXPECT_EQ(u"Hello world", text);
-    EXPECT_EQ(3, encodingOf(std::string_view(bytes).substr(0, 21), text));
-    EXPECT_EQ(u"Hello worl", text);
-    EXPECT_EQ(0, encodingOf(std::string_view(bytes).substr(0, 20), text));
-    EXPECT_EQ(20u, text.size());
-    EXPECT_EQ(3, encodingOf("\xEF\xBB\xBF" + bytes, text));
-    EXPECT_EQ(u"Hello world", text);
+    using namespace std::string_literals;
+    const std::string bytes = "\0H\0e\0l\0l\0o\0 \0w\0o\0r\0l\0d"s;  // 22
+    const std::pair whole(Long{3}, Text(u"Hello world"));
+    EXPECT_EQ(whole, decoded(bytes));
+    EXPECT_EQ(whole, decoded("\xEF\xBB\xBF" + bytes));
+    EXPECT_EQ(std::pair(Long{3}, Text(u"Hello worl")), decoded(bytes.substr(0, 21)));
+    EXPECT_EQ(std::pair(Long{0}, fromAnsi(bytes.substr(0, 20))), decoded(bytes.substr(0, 20)));
     for (std::size_t position = 1; position <= 21; position += 2) {
         std::string changed = bytes;
         changed[position - 1] = 8;
-        EXPECT_EQ(3, encodingOf(changed, text)) << position;
+        EXPECT_EQ(3, decoded(changed).first) << position;
         changed[position - 1] = 9;
-        EXPECT_EQ(position < 5 ? 3 : 0, encodingOf(changed, text)) << position;
+        EXPECT_EQ(position < 5 ? 3 : 0, decoded(changed).first) << position;
     }
 }
 

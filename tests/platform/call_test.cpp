@@ -78,28 +78,24 @@ ArgumentMismatch mismatchOf(void* function, Words... words) {
     return mismatch;
 }
 
-TEST(LibraryCall, ACalleeThatExpectsMoreFindsZerosAndIsReported) {
+Word __stdcall takeOne(Word a) {
+    heard = {a};
+    return 1;
+}
+Word __cdecl takeTwoAndLeaveThem(Word a, Word b) {
+    heard = {a, b};
+    return 2;
+}
+
+TEST(LibraryCall, ACalleeThatExpectsMoreFindsZerosAndOneThatExpectsLessIsReportedToo) {
     EXPECT_EQ(16, mismatchOf(addressOf(takeFive), Word{7}));
     EXPECT_EQ((std::vector<Word>{7, 0, 0, 0, 0}), heard);
     EXPECT_EQ(4, mismatchOf(addressOf(takeFive), Word{7}, Word{8}, Word{9}, Word{10}));
     EXPECT_EQ((std::vector<Word>{7, 8, 9, 10, 0}), heard);
     EXPECT_EQ(20, mismatchOf(addressOf(takeFive)));
-}
-
-Word __stdcall takeOne(Word a) {
-    heard = {a};
-    return 1;
-}
-
-TEST(LibraryCall, ACalleeThatExpectsLessIsReported) {
     EXPECT_EQ(-4, mismatchOf(addressOf(takeOne), Word{7}, Word{8}));
     EXPECT_EQ((std::vector<Word>{7}), heard);
     EXPECT_EQ(-12, mismatchOf(addressOf(takeOne), Word{1}, Word{2}, Word{3}, Word{4}));
-}
-
-Word __cdecl takeTwoAndLeaveThem(Word a, Word b) {
-    heard = {a, b};
-    return 2;
 }
 
 TEST(LibraryCall, ACalleeThatLeavesTheArgumentsToItsCallerIsNone) {

@@ -8,59 +8,43 @@
 namespace ovno2::platform {
 namespace {
 
-TEST(ClockTest, FileTimesAreUtcSince1601) {
-    static constexpr struct {
-        std::uint64_t fileTime;
-        SystemTime time;
-    } cases[] = {
-        {0, {1601, 1, 1, 1, 0, 0, 0, 0}},
-        {94353120000000000, {1899, 12, 6, 30, 0, 0, 0, 0}},
-        {116444736000000000, {1970, 1, 4, 1, 0, 0, 0, 0}},
-        {125963423999990000, {2000, 2, 2, 29, 23, 59, 59, 999}},
-        {128440026152509999, {2008, 1, 6, 5, 10, 30, 15, 250}},
-        {2650467743990000000, {9999, 12, 5, 31, 23, 59, 59, 0}},
-    };
-    for (const auto& row : cases) {
-        SystemTime time;
-        ASSERT_TRUE(currentPlatform().clock().fileTimeToSystemTime(row.fileTime, time));
-        EXPECT_EQ(row.time, time) << row.fileTime;
+TEST(ClockTest, FileTimesAreUtcSince1601UpToTheTopBit) {
+    Clock& clock = currentPlatform().clock();
+    using Row = std::pair<std::uint64_t, SystemTime>;
+    SystemTime time;
+    for (const auto& [fileTime, expected] :
+         {Row{0, {1601, 1, 1, 1, 0, 0, 0, 0}}, Row{94353120000000000, {1899, 12, 6, 30, 0, 0, 0, 0}},
+          Row{116444736000000000, {1970, 1, 4, 1, 0, 0, 0, 0}},
+          Row{125963423999990000, {2000, 2, 2, 29, 23, 59, 59, 999}},
+          Row{128440026152509999, {2008, 1, 6, 5, 10, 30, 15, 250}},
+          Row{2650467743990000000, {9999, 12, 5, 31, 23, 59, 59, 0}}}) {
+        ASSERT_TRUE(clock.fileTimeToSystemTime(fileTime, time));
+        EXPECT_EQ(expected, time) << fileTime;
     }
-}
-
-TEST(ClockTest, FileTimesWithTheTopBitAreRefused) {
-    SystemTime time{.year = 7};
-    EXPECT_FALSE(currentPlatform().clock().fileTimeToSystemTime(0x8000000000000000u, time));
-    EXPECT_FALSE(currentPlatform().clock().fileTimeToSystemTime(0xFFFFFFFFFFFFFFFFu, time));
-    EXPECT_EQ(7, time.year);
-    EXPECT_TRUE(currentPlatform().clock().fileTimeToSystemTime(0x7FFF35F4F06C58F0u, time));
+    EXPECT_FALSE(clock.fileTimeToSystemTime(0x8000000000000000u, time));
+    EXPECT_FALSE(clock.fileTimeToSystemTime(0xFFFFFFFFFFFFFFFFu, time));
+    EXPECT_EQ(9999, time.year) << "as it was";
+    EXPECT_TRUE(clock.fileTimeToSystemTime(0x7FFF35F4F06C58F0u, time));
     EXPECT_GT(time.year, 30000);
 }
 
-TEST(ClockTest, LocalTimeIsADateWithItsWeekday) {
+TEST(ClockTest, LocalTimeIsADateWithItsWeekdayAndItsSecondsSinceMidnight) {
+    using namespace std::chrono;
     const SystemTime now = currentPlatform().clock().localTime();
-    const std::chrono::year_month_day date(std::chrono::year(now.year), std::chrono::month(now.month),
-                                           std::chrono::day(now.day));
+    const double seconds = currentPlatform().clock().secondsSinceMidnight();
+    const year_month_day date(year(now.year), month(now.month), day(now.day));
     ASSERT_TRUE(date.ok());
     EXPECT_GE(now.year, 2024);
-    EXPECT_EQ(std::chrono::weekday(std::chrono::sys_days(date)).c_encoding(), now.dayOfWeek);
+    EXPECT_EQ(weekday(sys_days(date)).c_encoding(), now.dayOfWeek);
     EXPECT_LT(now.hour, 24);
     EXPECT_LT(now.millisecond, 1000);
-}
-
-TEST(ClockTest, SecondsSinceMidnightBelongToTheLocalTime) {
-    Clock& clock = currentPlatform().clock();
-    const SystemTime now = clock.localTime();
-    const double seconds = clock.secondsSinceMidnight();
-    const double passed =
-        std::fmod(seconds - (now.hour * 3600 + now.minute * 60 + now.second) + 86400, 86400);
-    EXPECT_LT(passed, 60) << seconds;
+    EXPECT_LT(std::fmod(seconds - (now.hour * 3600 + now.minute * 60 + now.second) + 86400, 86400), 60);
 }
 
 TEST(ClockTest, SleepingTakesItsTime) {
-    using std::chrono::steady_clock;
-    const auto before = steady_clock::now();
+    const auto before = std::chrono::steady_clock::now();
     currentPlatform().clock().sleep(60);
-    EXPECT_GE(steady_clock::now() - before, std::chrono::milliseconds(45));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(45));
 }
 
 }  // namespace

@@ -12,26 +12,21 @@ class AnsiPage : public PlatformTest {
     }
 };
 
-std::string allBytes() {
-    std::string bytes;
-    for (int code = 0; code < 256; ++code)
-        bytes.push_back(static_cast<char>(code));
-    return bytes;
-}
-
 TEST_F(AnsiPage, EveryByteIsACharacterAndComesBack) {
-    const Text text = fromAnsi(allBytes());
-    EXPECT_EQ(allBytes(), toAnsi(text));
+    std::string all;
     Text expected;
-    for (char16_t code = 0; code < 256; ++code)
-        expected.push_back(code);
+    for (int code = 0; code < 256; ++code) {
+        all.push_back(static_cast<char>(code));
+        expected.push_back(static_cast<char16_t>(code));
+    }
     // The 27 characters of 1252 that are not those of Latin-1; the other five codes of that row stay
     // controls.
     const TextView row =
         u"\u20AC\u0081\u201A\u0192\u201E\u2026\u2020\u2021\u02C6\u2030\u0160\u2039\u0152\u008D\u017D\u008F"
         u"\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D\u017E\u0178";
     expected.replace(0x80, row.size(), row);
-    EXPECT_EQ(expected, text);
+    EXPECT_EQ(expected, fromAnsi(all));
+    EXPECT_EQ(all, toAnsi(expected));
     EXPECT_EQ(expected, Text(currentPlatform().codePages().singleByteTable(), 256));
 }
 
@@ -41,17 +36,13 @@ TEST_F(AnsiPage, WhatThePageDoesNotHoldBecomesItsBestFitOrAQuestionMark) {
     EXPECT_EQ("ABC", toAnsi(u"\uFF21\uFF22\uFF23"));
     EXPECT_EQ(u"L\u00F3?", throughAnsi(u"\u0141\u00F3\u96FB"));
 
-    struct Row {
-        char16_t character;
-        bool held;
-        std::uint8_t code;
-    };
-    for (const Row& row :
-         {Row{u'A', true, 0x41}, Row{u'\0', true, 0}, Row{u'\u20AC', true, 0x80}, Row{u'\u00E4', true, 0xE4},
-          Row{u'\u0142', false, 'l'}, Row{u'\u96FB', false, '?'}, Row{0xD83D, false, '?'}}) {
+    using Row = std::tuple<char16_t, bool, int>;
+    for (const auto& [character, held, expected] :
+         {Row{u'A', true, 0x41}, Row{u'\0', true, 0}, Row{u'€', true, 0x80}, Row{u'ä', true, 0xE4},
+          Row{u'ł', false, 0x6C}, Row{u'電', false, 0x3F}, Row{char16_t{0xD83D}, false, 0x3F}}) {
         std::uint8_t code = 1;
-        EXPECT_EQ(row.held, ansiCode(row.character, code)) << static_cast<int>(row.character);
-        EXPECT_EQ(row.code, code) << static_cast<int>(row.character);
+        EXPECT_EQ(held, ansiCode(character, code)) << static_cast<int>(character);
+        EXPECT_EQ(expected, code) << static_cast<int>(character);
     }
 }
 

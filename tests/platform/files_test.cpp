@@ -12,38 +12,35 @@ class FilesSeam : public PlatformTest {
   protected:
     Files& files() { return currentPlatform().files(); }
 
+    FailureNumber open(const std::string& name, FileAccess access, Long number = fileNumber) {
+        return files().open(number, pathOf(name), access, file);
+    }
     FailureNumber write(const std::string& name, FileAccess access, std::string_view bytes) {
-        OpenFile* file = nullptr;
-        FailureNumber failure = files().open(fileNumber, pathOf(name), access, file);
+        FailureNumber failure = open(name, access);
         if (failure == noFailure) failure = file->write(bytes.data(), bytes.size());
         if (failure == noFailure) failure = file->close();
         files().close(fileNumber);
         return failure;
     }
 
-    std::size_t entries() const {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder()), {}));
-    }
+    OpenFile* file = nullptr;  // the platform's, until its number is closed
 };
 
 TEST_F(FilesSeam, AReplacedFileKeepsItsContentUntilTheNewOneIsComplete) {
     writeFile("a.txt", "old content");
-    OpenFile* file = nullptr;
-    ASSERT_EQ(noFailure, files().open(fileNumber, pathOf("a.txt"), FileAccess::replace, file));
+    ASSERT_EQ(noFailure, open("a.txt", FileAccess::replace));
     ASSERT_EQ(noFailure, file->write("new", 3));
     EXPECT_EQ("old content", readFile("a.txt"));
     ASSERT_EQ(noFailure, file->close());
     EXPECT_EQ("new", readFile("a.txt"));
     files().close(fileNumber);
 
-    ASSERT_EQ(noFailure, files().open(fileNumber, pathOf("a.txt"), FileAccess::replace, file));
+    ASSERT_EQ(noFailure, open("a.txt", FileAccess::replace));
     ASSERT_EQ(noFailure, file->write("unfinished", 10));
     files().close(fileNumber);
     EXPECT_EQ("new", readFile("a.txt"));
-    EXPECT_EQ(1u, entries());
-}
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(folder()), {}));
 
-TEST_F(FilesSeam, AppendingMakesAFileAndGoesOnAtItsEnd) {
     EXPECT_EQ(noFailure, write("log.txt", FileAccess::append, "one\r\n"));
     EXPECT_EQ(noFailure, write("log.txt", FileAccess::append, "two\r\n"));
     EXPECT_EQ("one\r\ntwo\r\n", readFile("log.txt"));
@@ -51,47 +48,37 @@ TEST_F(FilesSeam, AppendingMakesAFileAndGoesOnAtItsEnd) {
 
 TEST_F(FilesSeam, ANumberIsOneOpenFileOfOneThread) {
     writeFile("a.txt", "a");
-    OpenFile* file = nullptr;
     for (const Long number : {-1, 0, 256})
-        EXPECT_EQ(badFileNameOrNumber, files().open(number, pathOf("a.txt"), FileAccess::read, file));
-    ASSERT_EQ(noFailure, files().open(255, pathOf("a.txt"), FileAccess::read, file));
-    EXPECT_EQ(fileAlreadyOpen, files().open(255, pathOf("a.txt"), FileAccess::read, file));
+        EXPECT_EQ(badFileNameOrNumber, open("a.txt", FileAccess::read, number));
+    ASSERT_EQ(noFailure, open("a.txt", FileAccess::read, 255));
+    EXPECT_EQ(fileAlreadyOpen, open("a.txt", FileAccess::read, 255));
     std::thread([this] {
-        OpenFile* other = nullptr;
-        EXPECT_EQ(noFailure, files().open(255, pathOf("a.txt"), FileAccess::read, other));
+        EXPECT_EQ(noFailure, open("a.txt", FileAccess::read, 255));
         files().close(255);
     }).join();
-    EXPECT_EQ(fileAlreadyOpen, files().open(255, pathOf("a.txt"), FileAccess::read, file));
+    EXPECT_EQ(fileAlreadyOpen, open("a.txt", FileAccess::read, 255));
     files().close(255);
     files().close(255);
-    EXPECT_EQ(noFailure, files().open(255, pathOf("a.txt"), FileAccess::read, file));
+    EXPECT_EQ(noFailure, open("a.txt", FileAccess::read, 255));
     files().close(255);
 }
 
 TEST_F(FilesSeam, WhatCannotBeOpenedSaysWhy) {
     std::filesystem::create_directory(folder() / "folder");
-    writeFile("a.txt", "a");
-    struct Case {
-        const char* name;
-        FileAccess access;
-        FailureNumber failure;
-    };
-    const Case cases[] = {
-        {"missing.txt", FileAccess::read, fileNotFound},
-        {"missing/a.txt", FileAccess::append, pathNotFound},
-        {"missing/a.txt", FileAccess::replace, pathNotFound},
-        {"folder", FileAccess::read, pathAccessError},
-        {"folder", FileAccess::append, pathAccessError},
-        {"folder", FileAccess::replace, pathAccessError},
-    };
-    for (const Case& c : cases) {
-        OpenFile* file = nullptr;
-        EXPECT_EQ(c.failure, files().open(fileNumber, pathOf(c.name), c.access, file)) << c.name;
-        EXPECT_EQ(nullptr, file) << c.name;
+    const std::string withNul("a.txt\0b", 7);
+    using Row = std::tuple<std::string, FileAccess, FailureNumber>;
+    for (const auto& [name, access, failure] :
+         {Row{std::string("missing.txt"), FileAccess::read, fileNotFound},
+          Row{"missing/a.txt", FileAccess::append, pathNotFound},
+          Row{"missing/a.txt", FileAccess::replace, pathNotFound},
+          Row{"folder", FileAccess::read, pathAccessError},
+          Row{"folder", FileAccess::append, pathAccessError},
+          Row{"folder", FileAccess::replace, pathAccessError},
+          Row{withNul, FileAccess::replace, badFileNameOrNumber}}) {
+        file = nullptr;
+        EXPECT_EQ(failure, open(name, access)) << name;
+        EXPECT_EQ(nullptr, file) << name;
     }
-    OpenFile* file = nullptr;
-    EXPECT_EQ(badFileNameOrNumber,
-              files().open(fileNumber, pathOf("a.txt") + u'\0' + u"b", FileAccess::replace, file));
     EXPECT_EQ(badFileNameOrNumber, files().open(fileNumber, u"", FileAccess::replace, file));
 }
 
@@ -129,19 +116,18 @@ TEST_F(FilesSeam, AReadOnlyFileIsReadAndNothingElse) {
 
 TEST_F(FilesSeam, TheWideReaderReadsInPiecesAndSeeks) {
     writeFile("a.txt", "0123456789");
-    std::unique_ptr<OpenFile> file;
-    ASSERT_EQ(noFailure, files().openWide(pathOf("a.txt"), file));
+    std::unique_ptr<OpenFile> wide, none;
+    ASSERT_EQ(noFailure, files().openWide(pathOf("a.txt"), wide));
     std::uint64_t size = 0;
-    EXPECT_EQ(noFailure, file->size(size));
+    EXPECT_EQ(noFailure, wide->size(size));
     EXPECT_EQ(10u, size);
     char bytes[16];
     std::size_t got = 0;
-    ASSERT_EQ(noFailure, file->seek(7));
-    ASSERT_EQ(noFailure, file->read(bytes, sizeof bytes, got));
+    ASSERT_EQ(noFailure, wide->seek(7));
+    ASSERT_EQ(noFailure, wide->read(bytes, sizeof bytes, got));
     EXPECT_EQ("789", std::string_view(bytes, got));
-    ASSERT_EQ(noFailure, file->read(bytes, sizeof bytes, got));
+    ASSERT_EQ(noFailure, wide->read(bytes, sizeof bytes, got));
     EXPECT_EQ(0u, got);
-    std::unique_ptr<OpenFile> none;
     EXPECT_NE(noFailure, files().openWide(pathOf("missing"), none));
     EXPECT_NE(noFailure, files().openWide(pathOf("."), none));
     EXPECT_FALSE(none);

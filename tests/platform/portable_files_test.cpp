@@ -55,27 +55,26 @@ TEST_F(MachineFiles, DrivesAreFoldersOfTheProfileAndTheSystemsRoot) {
 TEST_F(MachineFiles, AFullDiskLosesNothingThatWasThereBefore) {
     put(work / "replaced", "old content");
     put(work / "appended", "line\n");
-    for (const bool append : {false, true}) {
-        const pid_t child = fork();
-        if (child == 0) {
-            signal(SIGXFSZ, SIG_IGN);
-            const rlimit limit{4096, 4096};
-            setrlimit(RLIMIT_FSIZE, &limit);
-            const std::string bytes(10000, 'x');
+    const pid_t child = fork();
+    if (child == 0) {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{4096, 4096};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const std::string bytes(10000, 'x');
+        for (const auto access : {FileAccess::replace, FileAccess::append}) {
             OpenFile* file = nullptr;
-            const Text path = append ? u"C:\\letters\\appended" : u"C:\\letters\\replaced";
-            if (files().open(fileNumber, path, append ? FileAccess::append : FileAccess::replace, file) !=
-                noFailure)
-                _exit(1);
+            const Text path =
+                access == FileAccess::append ? u"C:\\letters\\appended" : u"C:\\letters\\replaced";
+            if (files().open(fileNumber, path, access, file) != noFailure) _exit(1);
             if (file->write(bytes.data(), bytes.size()) != diskFull) _exit(2);
             if (file->close() != diskFull) _exit(3);
             files().close(fileNumber);
-            _exit(0);
         }
-        int status = -1;
-        ASSERT_EQ(child, waitpid(child, &status, 0));
-        EXPECT_EQ(0, status);
+        _exit(0);
     }
+    int status = -1;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
     EXPECT_EQ("old content", contentOf(work / "replaced"));
     EXPECT_EQ("line\n", contentOf(work / "appended"));
     EXPECT_EQ(2, std::distance(fs::directory_iterator(work), {}));
@@ -107,15 +106,11 @@ TEST_F(MachineFiles, ADeviceIsWrittenToAndNeverReplaced) {
 }
 
 TEST_F(MachineFiles, LongPathsAreReadOnlyByTheirLongForm) {
-    Text path = u"C:\\letters";
-    fs::path native = work;
-    for (int i = 0; i < 3; ++i) {
-        path += u'\\' + Text(100, u'd');
-        native /= std::string(100, 'd');
-    }
-    fs::create_directories(native);
-    put(native / "a.txt", "deep");
-    path += u"\\a.txt";
+    const std::string part(100, 'd');
+    const fs::path deep = fs::path(part) / part / part;
+    fs::create_directories(work / deep);
+    put(work / deep / "a.txt", "deep");
+    const Text path = u"C:\\letters\\" + replaceAll((deep / "a.txt").u16string(), u"/", u"\\");
     OpenFile* numbered = nullptr;
     EXPECT_EQ(fileNotFound, files().open(fileNumber, path, FileAccess::read, numbered));
     EXPECT_FALSE(files().pathExists(path));

@@ -1,9 +1,11 @@
 // What only the portable machine can be told: its clock, and where locale and time zone come from.
-#include <ctime>
+#include <chrono>
 #include <fstream>
 
+#include "base/text_pairs.h"
+#include "base/utf8.h"
 #include "common/machine_test.h"
-#include "platform/portable/clock.h"
+#include "platform/environment_variable.h"
 #include "platform/portable/system_locale.h"
 #include "platform/portable/system_values.h"
 #include "platform/portable/time_zone.h"
@@ -12,32 +14,10 @@ namespace ovno2::platform::portable {
 
 namespace {
 
-// Puts a zone in the environment for the test's time.
-class ZoneOfEnvironment {
-  public:
-    explicit ZoneOfEnvironment(const char* zone) {
-        setenv("TZ", zone, /*overwrite=*/1);
-        tzset();
-    }
-    ~ZoneOfEnvironment() {
-        unsetenv("TZ");
-        tzset();
-    }
-    ZoneOfEnvironment(const ZoneOfEnvironment&) = delete;
-    ZoneOfEnvironment& operator=(const ZoneOfEnvironment&) = delete;
-};
-
-class PortableLocaleTest : public MachineTest {
-  protected:
-    PortableClock& clock() { return static_cast<PortableClock&>(machine.clock()); }
-    void writeRegistryFile(const char* lines) {
-        std::ofstream(folder.path() / "registry.reg") << "Windows Registry Editor Version 5.00\n\n" << lines;
-    }
-};
+using PortableLocaleTest = MachineTest;
 
 TEST_F(PortableLocaleTest, AStoppedClockMovesBySleepingOnly) {
-    clock().set(
-        {.year = 2008, .month = 12, .day = 31, .hour = 23, .minute = 59, .second = 58, .millisecond = 500});
+    clock().set({2008, 12, 0, 31, 23, 59, 58, 500});
     EXPECT_FLOAT_EQ(86398.5F, clock().secondsSinceMidnight());
     clock().sleep(1600);
     clock().advance(std::chrono::milliseconds(50));
@@ -48,85 +28,69 @@ TEST_F(PortableLocaleTest, AStoppedClockMovesBySleepingOnly) {
 }
 
 TEST_F(PortableLocaleTest, TheClockRunsInTheZoneOfTheRegistry) {
-    const auto secondsApart = [&](std::uint32_t bias) {
+    using namespace std::chrono;
+    for (const Long bias : {-120, 300}) {
         setRegistryNumber(localMachine, u"SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation",
-                          u"ActiveTimeBias", bias);
-        const std::time_t now = std::time(nullptr);
-        const SystemTime local = clock().localTime();
-        std::tm fields{};
-        fields.tm_year = local.year - 1900;
-        fields.tm_mon = local.month - 1;
-        fields.tm_mday = local.day;
-        fields.tm_hour = local.hour;
-        fields.tm_min = local.minute;
-        fields.tm_sec = local.second;
-        return static_cast<double>(timegm(&fields) - now);
-    };
-    EXPECT_NEAR(2 * 3600, secondsApart(static_cast<std::uint32_t>(-120)), 30);
-    EXPECT_NEAR(-5 * 3600, secondsApart(300), 30);
+                          u"ActiveTimeBias", static_cast<std::uint32_t>(bias));
+        const SystemTime now = clock().localTime();
+        const sys_seconds local = sys_days(year(now.year) / month(now.month) / day(now.day)) +
+                                  hours(now.hour) + minutes(now.minute) + seconds(now.second);
+        EXPECT_LT(abs(local + minutes(bias) - system_clock::now()), seconds(30)) << bias;
+    }
 }
 
 TEST_F(PortableLocaleTest, TheZonesOfTheSystemBecomeRules) {
-    static constexpr struct {
+    struct Rule {
+        std::uint16_t month, day, dayOfWeek, hour, minute;
+    };
+    struct Row {
         const char* zone;
         Long bias, daylightBias;
-        SystemTime begin, end;
-    } cases[] = {
-        {"CET-1CEST,M3.5.0,M10.5.0/3",
-         -60,
-         -60,
-         {.month = 3, .day = 5, .hour = 2},
-         {.month = 10, .day = 5, .hour = 3}},
-        {"EST5EDT,M3.2.0,M11.1.0",
-         300,
-         -60,
-         {.month = 3, .day = 2, .hour = 2},
-         {.month = 11, .day = 1, .hour = 2}},
-        {"AEST-10AEDT,M10.1.0,M4.1.0/3",
-         -600,
-         -60,
-         {.month = 10, .day = 1, .hour = 2},
-         {.month = 4, .day = 1, .hour = 3}},
-        {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0",
-         -630,
-         -30,
-         {.month = 10, .day = 1, .hour = 2},
-         {.month = 4, .day = 1, .hour = 2}},
-        {"XST3XDT,M5.3.5/1:30,M9.2.2/0",
-         180,
-         -60,
-         {.month = 5, .dayOfWeek = 5, .day = 3, .hour = 1, .minute = 30},
-         {.month = 9, .dayOfWeek = 2, .day = 2}},
-        {"IST-5:30", -330, 0, {}, {}},
-        {"UTC0", 0, 0, {}, {}},
+        Rule begin, end;
     };
-    for (const auto& row : cases) {
-        const ZoneOfEnvironment environment(row.zone);
+    for (const auto& row :
+         {Row{"CET-1CEST,M3.5.0,M10.5.0/3", -60, -60, {3, 5, 0, 2, 0}, {10, 5, 0, 3, 0}},
+          Row{"EST5EDT,M3.2.0,M11.1.0", 300, -60, {3, 2, 0, 2, 0}, {11, 1, 0, 2, 0}},
+          Row{"AEST-10AEDT,M10.1.0,M4.1.0/3", -600, -60, {10, 1, 0, 2, 0}, {4, 1, 0, 3, 0}},
+          Row{"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", -630, -30, {10, 1, 0, 2, 0}, {4, 1, 0, 2, 0}},
+          Row{"XST3XDT,M5.3.5/1:30,M9.2.2/0", 180, -60, {5, 3, 5, 1, 30}, {9, 2, 2, 0, 0}},
+          Row{"IST-5:30", -330, 0, {}, {}}, Row{"UTC0", 0, 0, {}, {}}}) {
+        SCOPED_TRACE(row.zone);
+        const EnvironmentVariable environment("TZ", row.zone);
         const TimeZoneInformation zone = systemTimeZone();
-        EXPECT_EQ(row.bias, zone.bias) << row.zone;
+        EXPECT_EQ(row.bias, zone.bias);
         EXPECT_EQ(0, zone.standardBias);
-        EXPECT_EQ(row.daylightBias, zone.daylightBias) << row.zone;
-        EXPECT_EQ(row.begin, zone.daylightDate) << row.zone;
-        EXPECT_EQ(row.end, zone.standardDate) << row.zone;
+        EXPECT_EQ(row.daylightBias, zone.daylightBias);
+        for (const auto& [rule, date] :
+             {std::pair{row.begin, zone.daylightDate}, {row.end, zone.standardDate}})
+            EXPECT_EQ((SystemTime{0, rule.month, rule.dayOfWeek, rule.day, rule.hour, rule.minute, 0, 0}),
+                      date);
         const Long now = systemActiveBias();
-        EXPECT_TRUE(now == row.bias || now == row.bias + row.daylightBias) << row.zone << " " << now;
+        EXPECT_TRUE(now == row.bias || now == row.bias + row.daylightBias) << now;
+    }
+    for (std::uint16_t weekday = 0; weekday < 7;
+         ++weekday) {  // the first of a month and the seventh are among them
+        const std::string first = ".1." + std::to_string(weekday);
+        const EnvironmentVariable environment("TZ", "XST3XDT,M3" + first + ",M9" + first);
+        EXPECT_EQ((SystemTime{0, 3, weekday, 1, 2, 0, 0, 0}), systemTimeZone().daylightDate);
     }
 }
 
 TEST_F(PortableLocaleTest, TheRegistrysZoneWinsOverTheSystems) {
-    const ZoneOfEnvironment environment("EST5EDT,M3.2.0,M11.1.0");
+    const EnvironmentVariable environment("TZ", "EST5EDT,M3.2.0,M11.1.0");
     Machine native(folder.path(), SystemValues::shown);
     TimeZoneInformation zone;
     EXPECT_FALSE(machine.locale().timeZone(zone));
     ASSERT_TRUE(native.locale().timeZone(zone));
     EXPECT_EQ(300, zone.bias);
     // As an export from a German machine has it.
-    writeRegistryFile(
-        "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation]\n"
-        "\"Bias\"=dword:ffffffc4\n\"StandardBias\"=dword:00000000\n\"DaylightBias\"=dword:ffffffc4\n"
-        "\"StandardName\"=\"Mitteleuropäische Zeit\"\n"
-        "\"StandardStart\"=hex:00,00,0a,00,05,00,03,00,00,00,00,00,00,00,00,00\n"
-        "\"DaylightStart\"=hex:00,00,03,00,05,00,02,00,00,00,00,00,00,00,00,00\n");
+    std::ofstream(folder.path() / "registry.reg")
+        << "Windows Registry Editor Version 5.00\n"
+           "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation]\n"
+           "\"Bias\"=dword:ffffffc4\n\"StandardBias\"=dword:00000000\n\"DaylightBias\"=dword:ffffffc4\n"
+           "\"StandardName\"=\"Mitteleuropäische Zeit\"\n"
+           "\"StandardStart\"=hex:00,00,0a,00,05,00,03,00,00,00,00,00,00,00,00,00\n"
+           "\"DaylightStart\"=hex:00,00,03,00,05,00,02,00,00,00,00,00,00,00,00,00\n";
     for (Machine* each : {&machine, &native}) {
         ASSERT_TRUE(each->locale().timeZone(zone));
         EXPECT_EQ(-60, zone.bias);
@@ -147,7 +111,7 @@ TEST_F(PortableLocaleTest, TransitionsAreReadInBothOrdersOfTheirFields) {
 }
 
 TEST_F(PortableLocaleTest, TheRegistryAnswersSystemValuesOnlyWhereToldTo) {
-    const ZoneOfEnvironment environment("EST5EDT,M3.2.0,M11.1.0");
+    const EnvironmentVariable environment("TZ", "EST5EDT,M3.2.0,M11.1.0");
     Machine native(folder.path(), SystemValues::shown);
     static constexpr TextView zoneKey = u"System\\CurrentControlSet\\Control\\TimeZoneInformation";
     static constexpr TextView localeKey = u"Control Panel\\International";
@@ -172,25 +136,12 @@ TEST_F(PortableLocaleTest, TheRegistryAnswersSystemValuesOnlyWhereToldTo) {
 }
 
 TEST_F(PortableLocaleTest, FormatsOfTheCLibraryBecomePictures) {
-    static constexpr struct {
-        TextView format, picture;
-    } cases[] = {
-        {u"%d.%m.%Y", u"dd.MM.yyyy"},
-        {u"%m/%d/%y", u"MM/dd/yy"},
-        {u"%-d. %-m. %Y", u"d. M. yyyy"},
-        {u"%Y. %m. %d.", u"yyyy. MM. dd."},
-        {u"%Y年%m月%d日", u"yyyy年MM月dd日"},
-        {u"%D", u"MM/dd/yy"},
-        {u"%e de %B", u"d 'de' MMMM"},
-        {u"%I:%M:%S %p", u"hh:mm:ss tt"},
-        {u"%T", u"HH:mm:ss"},
-        {u"%OH時%OM分", u"HH時mm分"},
-        {u"%H:%M:%S %Z", u"HH:mm:ss"},
-        {u"%d.%m.%Y r", u"dd.MM.yyyy 'r'"},
-        {u"%l o'clock%", u"h 'o''clock'"},
-    };
-    for (const auto& row : cases)
-        EXPECT_EQ(row.picture, pictureFromTimeFormat(row.format));
+    for (const auto& [format, picture] : pairsOf(
+             u"%d.%m.%Y=dd.MM.yyyy|%m/%d/%y=MM/dd/yy|%-d. %-m. %Y=d. M. yyyy|%Y. %m. %d.=yyyy. MM. dd.|"
+             u"%Y年%m月%d日=yyyy年MM月dd日|%D=MM/dd/yy|%e de %B=d 'de' MMMM|%I:%M:%S %p=hh:mm:ss tt|"
+             u"%T=HH:mm:ss|%OH時%OM分=HH時mm分|%H:%M:%S %Z=HH:mm:ss|%d.%m.%Y r=dd.MM.yyyy 'r'|%d a=dd 'a'|"
+             u"%l o'clock%=h 'o''clock'"))
+        EXPECT_EQ(picture, pictureFromTimeFormat(format)) << toUtf8(format);
 }
 
 }  // namespace

@@ -1,13 +1,15 @@
 #include <algorithm>
-#include <chrono>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 #include "common/executable_file.h"
 #include "common/machine_test.h"
+#include "common/soon.h"
+#include "core/attempt.h"
+#include "platform/environment_variable.h"
+#include "platform/memory_file.h"
 #include "platform/portable/paths.h"
 #include "platform/portable/processes.h"
 #include "platform/portable/spawn.h"
@@ -20,47 +22,15 @@ namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-// Sets a variable of the environment for the length of a test.
-class Variable {
-  public:
-    Variable(const char* name, const std::string& value) : name_(name) {
-        const char* const old = std::getenv(name);
-        if (old) old_ = old;
-        setenv(name, value.c_str(), /*overwrite=*/1);
-    }
-    ~Variable() {
-        if (old_)
-            setenv(name_, old_->c_str(), 1);
-        else
-            unsetenv(name_);
-    }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-  private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
-
 class PortableProcessesTest : public MachineTest {
   protected:
     PortableProcessesTest() { fs::create_directories(driveC); }
-
-    PortableProcesses& processes() { return static_cast<PortableProcesses&>(machine.processes()); }
 
     fs::path writeProgram(const fs::path& file, const std::string& script) {
         fs::create_directories(file.parent_path());
         std::ofstream(file) << "#!/bin/sh\n" << script << "\n";
         fs::permissions(file, fs::perms::owner_all);
         return file;
-    }
-
-    static bool waitFor(const std::function<bool()>& condition) {
-        for (int i = 0; i < 1000; ++i) {
-            if (condition()) return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return false;
     }
 
     std::string outputOf(TextView commandLine) {
@@ -91,7 +61,7 @@ TEST_F(PortableProcessesTest, AStartedScriptIsListedUnderItsOwnPathAndEndedByNam
     writeProgram(driveC / "Program Files/Nokia/ServiceLayer.exe", "sleep 60 & wait");
     constexpr TextView path = u"C:\\Program Files\\Nokia\\ServiceLayer.exe";
     ASSERT_EQ(noFailure, processes().start(path, /*show=*/2));
-    ASSERT_TRUE(waitFor([&] { return idOf(path) != 0; }));
+    ASSERT_TRUE(soon([&] { return idOf(path) != 0; }));
 
     std::vector<ProcessEntry> snapshot;
     const Long id = idOf(path);
@@ -100,7 +70,7 @@ TEST_F(PortableProcessesTest, AStartedScriptIsListedUnderItsOwnPathAndEndedByNam
               std::ranges::find(snapshot, id, &ProcessEntry::id)->path);
 
     EXPECT_THAT(outputOf(u"taskkill /F /IM SERVICELAYER.EXE"), HasSubstr("has been terminated"));
-    EXPECT_TRUE(waitFor([&] { return idOf(path) == 0; }));
+    EXPECT_TRUE(soon([&] { return idOf(path) == 0; }));
     EXPECT_THAT(outputOf(u"taskkill /F /IM ServiceLayer.exe"), HasSubstr("\"ServiceLayer.exe\" not found"));
 }
 
@@ -126,7 +96,7 @@ TEST_F(PortableProcessesTest, ACommandLeftAloneGoesOnWithItsWork) {
     std::string piece;
     EXPECT_EQ(CapturedCommand::Outcome::timedOut, command->read(piece, 100, 10));
     command.reset();
-    EXPECT_TRUE(waitFor([&] { return fs::exists(done); }));
+    EXPECT_TRUE(soon([&] { return fs::exists(done); }));
 }
 
 TEST_F(PortableProcessesTest, AProgramIsFoundByPathByRegistryAndInTheSearchPath) {
@@ -134,77 +104,68 @@ TEST_F(PortableProcessesTest, AProgramIsFoundByPathByRegistryAndInTheSearchPath)
     const fs::path inPath = writeProgram(folder.path() / "bin/found-in-path", "echo path");
     setRegistryText(currentUser, u"Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\registered.exe",
                     u"", u"\"C:\\Tools\\show.exe\"");
-    const Variable path("PATH", inPath.parent_path().string() + ":relative::/usr/bin:/bin");
-    const std::pair<TextView, std::string> cases[] = {
-        {u"C:\\Tools\\show.exe a b", "a|b|"},
-        {u"c:/tools/../Tools/show a", "not started"},  // names on a drive are taken as they are written
-        {u"C:\\Tools\\show 1", "1|"},
-        {u"\"C:\\Tools\\show.exe\" \"a b\"  c\\\\\"d e\"f \"\" \\\"g", "a b|c\\d ef||\"g|"},
-        {u"registered 5", "5|"},
-        {u"Registered.exe 5", "5|"},
-        {u"found-in-path", "path\n"},
-        {u"found-in-path.exe", "path\n"},
-        {u"  \tfound-in-path", "path\n"},
-        {u"\"", "not started"},
-        {u"cmd /c \"C:\\Tools\\show.exe\" x", "x|"},
-        {u"cmd /q /k echo a && echo b", "a\nb\n"},
-        {u"cmd /c start echo a", ""},
-        {u"cmd", ""},
-        {u"D:\\show.exe", "not started"},
-    };
-    for (const auto& [line, output] : cases)
+    const EnvironmentVariable path("PATH", inPath.parent_path().string() + ":relative::/usr/bin:/bin");
+    using Row = std::pair<TextView, std::string>;
+    for (const auto& [line, output] :
+         {Row{u"C:\\Tools\\show.exe a b", "a|b|"},
+          Row{u"c:/tools/../Tools/show a", "not started"},  // names on a drive are taken as they are written
+          Row{u"C:\\Tools\\show 1", "1|"},
+          Row{u"\"C:\\Tools\\show.exe\" \"a b\"  c\\\\\"d e\"f \"\" \\\"g", "a b|c\\d ef||\"g|"},
+          Row{u"registered 5", "5|"}, Row{u"Registered.exe 5", "5|"}, Row{u"found-in-path", "path\n"},
+          Row{u"  \tfound-in-path.exe", "path\n"}, Row{u"\"", "not started"},
+          Row{u"cmd /c \"C:\\Tools\\show.exe\" x", "x|"}, Row{u"cmd /q /k echo a && echo b", "a\nb\n"},
+          Row{u"cmd /c start echo a", ""}, Row{u"cmd", ""}, Row{u"D:\\show.exe", "not started"}})
         EXPECT_EQ(output, outputOf(line)) << std::string(line.begin(), line.end());
 }
 
 TEST_F(PortableProcessesTest, TheShellStartsProgramsAndHandsTheRestToTheDesktop) {
-    const fs::path mark = folder.path() / "mark";
+    const auto open = [&](TextView file, TextView parameters = u"") {
+        return processes().shellExecute(u"open", file, parameters, /*show=*/1);
+    };
+    // The one line that a program leaves behind.
+    const auto lineOf = [](const fs::path& file) {
+        EXPECT_TRUE(soon([&] { return fs::exists(file) && fs::file_size(file) > 0; }));
+        std::string line;
+        std::getline(std::ifstream(file), line);
+        return line;
+    };
+    const fs::path mark = folder.path() / "mark", opened = folder.path() / "opened";
     writeProgram(driveC / "start.exe", "echo \"$1\" > " + mark.string());
-    EXPECT_LT(32, processes().shellExecute(u"open", u"C:\\start.exe", u"\"a b\"", 1));
-    EXPECT_TRUE(waitFor([&] { return fs::exists(mark) && fs::file_size(mark) > 0; }));
+    EXPECT_LT(32, open(u"C:\\start.exe", u"\"a b\""));
+    EXPECT_EQ("a b", lineOf(mark));
 
     std::ofstream(driveC / "document.txt") << "text";
     std::ofstream(driveC / "broken.exe") << "MZ";
     fs::permissions(driveC / "broken.exe", fs::perms::owner_all);
-    EXPECT_EQ(11, processes().shellExecute(u"open", u"C:\\broken.exe", u"", 1));
-    const Variable path("PATH", "/nowhere");
-    EXPECT_EQ(31, processes().shellExecute(u"open", u"C:\\document.txt", u"", 1));
-    EXPECT_EQ(31, processes().shellExecute(u"open", u"C:\\", u"", 1));
-    EXPECT_EQ(31, processes().shellExecute(u"open", u"https://example.org/", u"", 1));
-    EXPECT_EQ(2, processes().shellExecute(u"open", u"", u"", 1));
-    const fs::path opened = folder.path() / "opened";
+    EXPECT_EQ(11, open(u"C:\\broken.exe"));
+    EXPECT_EQ(2, open(u""));
+    const EnvironmentVariable path("PATH", "/nowhere");
+    for (const TextView file : {u"C:\\document.txt", u"C:\\", u"https://example.org/"})
+        EXPECT_EQ(31, open(file));
     writeProgram(folder.path() / "bin/xdg-open", "echo \"$1\" > " + opened.string());
-    const Variable withOpener("PATH", (folder.path() / "bin").string());
-    EXPECT_LT(32, processes().shellExecute(u"open", u"\"C:\\document.txt\"", u"", 1));
-    ASSERT_TRUE(waitFor([&] { return fs::exists(opened) && fs::file_size(opened) > 0; }));
-    std::string target;
-    std::getline(std::ifstream(opened), target);
-    EXPECT_EQ((driveC / "document.txt").string(), target);
+    const EnvironmentVariable withOpener("PATH", (folder.path() / "bin").string());
+    EXPECT_LT(32, open(u"\"C:\\document.txt\""));
+    EXPECT_EQ((driveC / "document.txt").string(), lineOf(opened));
 }
 
 TEST_F(PortableProcessesTest, UserFoldersFollowTheDesktopAndSystemFoldersDriveC) {
-    const Variable home("HOME", "/home/anna");
-    const Variable config("XDG_CONFIG_HOME", (folder.path() / "config").string());
-    const Variable cache("XDG_CACHE_HOME", "not absolute");
+    const EnvironmentVariable home("HOME", "/home/anna");
+    const EnvironmentVariable config("XDG_CONFIG_HOME", (folder.path() / "config").string());
+    const EnvironmentVariable cache("XDG_CACHE_HOME", "not absolute");
     unsetenv("XDG_DATA_HOME");
     fs::create_directory(folder.path() / "config");
     std::ofstream(folder.path() / "config/user-dirs.dirs")
         << "# written by the desktop\nXDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\nXDG_DOCUMENTS_DIR=\"$HOME/\"\n"
            "XDG_PICTURES_DIR=\"/media/Bilder\"\nXDG_MUSIC_DIR=nonsense\n";
-    const std::pair<Long, Text> cases[] = {
-        {0, u"Z:\\home\\anna\\Schreibtisch"},
-        {5, u"Z:\\home\\anna"},
-        {13, u"Z:\\home\\anna\\Music"},
-        {26, windowsPath(machine, folder.path() / "config")},
-        {28, u"Z:\\home\\anna\\.local\\share"},
-        {32, u"Z:\\home\\anna\\.cache"},
-        {35, u"C:\\ProgramData"},
-        {38, u"C:\\Program Files"},
-        {39, u"Z:\\media\\Bilder"},
-        {40, u"Z:\\home\\anna"},
-        {6, u""},
-    };
-    for (const auto& [id, path] : cases)
+    using Row = std::pair<Long, Text>;
+    for (const auto& [id, path] :
+         {Row{0, u"Z:\\home\\anna\\Schreibtisch"}, Row{5, u"Z:\\home\\anna"},
+          Row{13, u"Z:\\home\\anna\\Music"}, Row{26, windowsPath(machine, folder.path() / "config")},
+          Row{28, u"Z:\\home\\anna\\.local\\share"}, Row{32, u"Z:\\home\\anna\\.cache"},
+          Row{35, u"C:\\ProgramData"}, Row{38, u"C:\\Program Files"}, Row{39, u"Z:\\media\\Bilder"},
+          Row{40, u"Z:\\home\\anna"}, Row{6, u""}})
         EXPECT_EQ(path, processes().specialFolder(id)) << id;
+    EXPECT_EQ(u"/home/anna", processes().environment(u"home"));
     EXPECT_EQ(u"C:\\Windows", processes().environment(u"WinDir"));
     fs::remove(driveC);
     EXPECT_EQ(u"", processes().specialFolder(38));
@@ -212,63 +173,32 @@ TEST_F(PortableProcessesTest, UserFoldersFollowTheDesktopAndSystemFoldersDriveC)
 }
 
 TEST_F(PortableProcessesTest, PathsMapBothWays) {
-    const std::pair<TextView, fs::path> cases[] = {
-        {u"Z:\\usr\\bin", "/usr/bin"},   {u"z:/usr", "/usr"},  {u"C:\\a\\b.txt", driveC / "a/b.txt"},
-        {u"\\\\?\\C:\\a", driveC / "a"}, {u"C:", driveC / ""},
-    };
-    for (const auto& [windows, native] : cases)
+    for (const auto& [windows, native] : {std::pair<TextView, fs::path>{u"Z:\\usr\\bin", "/usr/bin"},
+                                          {u"z:/usr", "/usr"},
+                                          {u"C:\\a\\b.txt", driveC / "a/b.txt"},
+                                          {u"\\\\?\\C:\\a", driveC / "a"},
+                                          {u"C:", driveC / ""}})
         EXPECT_EQ(native, nativePath(machine, windows)) << std::string(windows.begin(), windows.end());
-    EXPECT_EQ(u"C:\\a\\b.txt", windowsPath(machine, driveC / "a/b.txt"));
-    EXPECT_EQ(u"C:\\", windowsPath(machine, driveC));
-    EXPECT_EQ(u"Z:\\usr\\bin", windowsPath(machine, "/usr/bin"));
-    EXPECT_EQ(u"Z:\\", windowsPath(machine, "/"));
+    for (const auto& [native, windows] : {std::pair<fs::path, TextView>{driveC / "a/b.txt", u"C:\\a\\b.txt"},
+                                          {driveC, u"C:\\"},
+                                          {"/usr/bin", u"Z:\\usr\\bin"},
+                                          {"/", u"Z:\\"}})
+        EXPECT_EQ(windows, windowsPath(machine, native));
 }
 
 TEST_F(PortableProcessesTest, TheShellMakesFolders) {
     const ObjectPointer shell = machine.automation().create(u"shell.application");
     const Variant root = Text(u"C:\\");
     const ObjectPointer drive = std::get<ObjectPointer>(shell->call(u"NameSpace", {&root, 1}));
-    const Variant name = Text(u"new");
-    drive->call(u"NewFolder", {&name, 1});
-    EXPECT_TRUE(fs::is_directory(driveC / "new"));
-    const auto failureOf = [&](const Variant& argument) {
-        try {
-            drive->call(u"NewFolder", {&argument, 1});
-        } catch (const RuntimeFailure& failure) {
-            return failure.number();
-        }
-        return noFailure;
+    const auto make = [&](const Variant& name) {
+        return attempt([&] { drive->call(u"NewFolder", {&name, 1}); });
     };
-    EXPECT_EQ(pathAccessError, failureOf(name));
-    EXPECT_EQ(static_cast<Long>(0x800700CEu), failureOf(Text(300, u'x')));
-    EXPECT_EQ(typeMismatch, failureOf(Long{1}));
+    EXPECT_EQ(noFailure, make(Text(u"new")));
+    EXPECT_TRUE(fs::is_directory(driveC / "new"));
+    EXPECT_EQ(pathAccessError, make(Text(u"new")));
+    EXPECT_EQ(static_cast<Long>(0x800700CEu), make(Text(300, u'x')));
+    EXPECT_EQ(typeMismatch, make(Long{1}));
 }
-
-// A file in memory.
-class MemoryFile : public OpenFile {
-  public:
-    explicit MemoryFile(std::string_view bytes) : bytes_(bytes) {}
-    FailureNumber size(std::uint64_t& bytes) override {
-        bytes = bytes_.size();
-        return noFailure;
-    }
-    FailureNumber seek(std::uint64_t position) override {
-        at_ = position;
-        return noFailure;
-    }
-    FailureNumber read(void* to, std::size_t bytes, std::size_t& got) override {
-        got = at_ >= bytes_.size() ? 0 : std::min(bytes, bytes_.size() - at_);
-        std::copy_n(bytes_.data() + (got == 0 ? 0 : at_), got, static_cast<char*>(to));
-        at_ += got;
-        return noFailure;
-    }
-    FailureNumber write(const void*, std::size_t) override { return permissionDenied; }
-    FailureNumber close() override { return noFailure; }
-
-  private:
-    std::string_view bytes_;
-    std::uint64_t at_ = 0;
-};
 
 TEST(VersionResource, ADamagedFileIsNeverTrusted) {
     constexpr FileVersion written = {.file = {1, 2, 3, 4}, .product = {5, 6, 7, 8}};

@@ -30,11 +30,18 @@ class MachineRegistry : public MachineTest {
         if (!value.text.empty() && value.text.back() == u'\0') value.text.pop_back();
         return toUtf8(value.text) + value.bytes;
     }
-    // Reads from a file with these lines below its header.
-    RegistryFile parsed(const std::string& lines) {
-        return RegistryFile("Windows Registry Editor Version 5.00\n" + lines);
+    static Long writeNumber(Registry& registry, TextView key, TextView name, std::uint32_t number) {
+        std::unique_ptr<RegistryKey> opened;
+        const Long result = registry.create(currentUser, key, opened);
+        return result != 0 ? result
+                           : opened->write(name, {.type = 4, .text = {}, .bytes = {}, .number = number});
     }
 };
+
+// Reads a file with these lines below its header.
+RegistryFile parsed(const std::string& lines) {
+    return RegistryFile("Windows Registry Editor Version 5.00\n" + lines);
+}
 
 // As the registry editor writes it, every kind of value once.
 constexpr const char* exportedLines =
@@ -59,21 +66,24 @@ constexpr const char* exportedLines =
     "e\"=\"\xE9\x9B\xBB\"\r\n";
 
 TEST_F(MachineRegistry, AnExportIsReadInEveryEncodingTheEditorHas) {
-    const std::string utf16 = "\xFF\xFE" + toUtf16Bytes(fromUtf8(exportedLines));
-    for (const std::string& bytes :
-         {std::string(exportedLines), "\xEF\xBB\xBF" + std::string(exportedLines), utf16}) {
+    using namespace std::string_literals;
+    using Row = std::pair<TextView, std::string>;
+    const Row values[] = {Row{u"platformpath", "C:\\Program Files\\PC Connectivity Solution\\"},
+                          Row{u"Quote", "say \"hi\""},
+                          Row{u"Bias", "4294967236"},
+                          Row{u"Expand", "%TEMP%\\x"},
+                          Row{u"List", "a\0b\0"s},
+                          Row{u"Bytes", "\0\1\xFF"s},
+                          Row{u"Big", "\1\2\3\4\5\6\7\10"},
+                          Row{u"Plain", "z"},
+                          Row{u"Lines", "first\r\nsecond"},
+                          Row{u"", "the default"}};
+    for (const std::string& bytes : {std::string(exportedLines), "\xEF\xBB\xBF"s + exportedLines,
+                                     "\xFF\xFE" + toUtf16Bytes(fromUtf8(exportedLines))}) {
         put(bytes);
-        const TextView key = u"software\\PC Connectivity Solution";
-        EXPECT_EQ("C:\\Program Files\\PC Connectivity Solution\\", read(localMachine, key, u"platformpath"));
-        EXPECT_EQ("say \"hi\"", read(localMachine, key, u"Quote"));
-        EXPECT_EQ("4294967236", read(localMachine, key, u"Bias"));
-        EXPECT_EQ("%TEMP%\\x", read(localMachine, key, u"Expand"));
-        EXPECT_EQ(std::string("a\0b\0", 4), read(localMachine, key, u"List"));
-        EXPECT_EQ(std::string("\0\1\xFF", 3), read(localMachine, key, u"Bytes"));
-        EXPECT_EQ("\1\2\3\4\5\6\7\10", read(localMachine, key, u"Big"));
-        EXPECT_EQ("z", read(localMachine, key, u"Plain"));
-        EXPECT_EQ("first\r\nsecond", read(localMachine, key, u"Lines"));
-        EXPECT_EQ("the default", read(localMachine, key, u""));
+        for (const auto& [name, expected] : values)
+            EXPECT_EQ(expected, read(localMachine, u"software\\PC Connectivity Solution", name))
+                << toUtf8(name);
         EXPECT_EQ("tray.exe", read(classesRoot, u"CLSID\\{1}\\LocalServer32", u""));
         EXPECT_EQ("\xE9\x9B\xBB", read(localMachine, u"SOFTWARE\\ZO\u00CB", u"GR\u00D6\u00DFE"));
     }
@@ -82,13 +92,15 @@ TEST_F(MachineRegistry, AnExportIsReadInEveryEncodingTheEditorHas) {
 TEST_F(MachineRegistry, AnAnsiExportIsReadInThePageItNames) {
     put("REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage]\r\n\"ACP\"="
         "\"1251\"\r\n"
-        "[HKEY_CURRENT_USER\\Software\\A]\r\n\"name\"=\"\xCC\xE0\xF8\xE0\"\r\n\"list\"=hex(7):cc,00,00\r\n");
-    EXPECT_EQ(toUtf8(u"Маша"), read(currentUser, u"Software\\A", u"name"));
-    EXPECT_EQ(std::string("\xD0\x9C\0", 3), read(currentUser, u"Software\\A", u"list"));
-    setRegistryText(currentUser, u"Software\\A", u"new", u"\u96FB");
-    EXPECT_EQ(toUtf8(u"Маша"), read(currentUser, u"Software\\A", u"name")) << "survives the change to UTF-8";
-    EXPECT_EQ(std::string("\xD0\x9C\0", 3), read(currentUser, u"Software\\A", u"list"));
-    EXPECT_EQ("\xE9\x9B\xBB", read(currentUser, u"Software\\A", u"new"));
+        "[HKEY_CURRENT_USER\\Software\\A]\r\n\"name\"=\"\xCC\xE0\xF8\xE0\"\r\n\"list\"=hex(7):cc,00,"
+        "00\r\n\"path\"=hex(2):CC,00\r\n");
+    for (const bool changed : {false, true}) {  // survives the change to UTF-8
+        if (changed) setRegistryText(currentUser, u"Software\\A", u"new", u"\u96FB");
+        EXPECT_EQ(toUtf8(u"Маша"), read(currentUser, u"Software\\A", u"name"));
+        EXPECT_EQ(std::string("\xD0\x9C\0", 3), read(currentUser, u"Software\\A", u"list"));
+        EXPECT_EQ(toUtf8(u"М"), read(currentUser, u"Software\\A", u"path"));
+        EXPECT_EQ(changed ? "\xE9\x9B\xBB" : "-", read(currentUser, u"Software\\A", u"new"));
+    }
     EXPECT_THAT(contents(), testing::StartsWith("Windows Registry Editor Version 5.00\r\n"));
 }
 
@@ -111,20 +123,13 @@ TEST_F(MachineRegistry, The32BitViewIsTheRedirectedKeyWhereThereIsOne) {
 }
 
 TEST_F(MachineRegistry, ADamagedLineCostsOnlyItself) {
-    const char* keyLine = "[HKEY_CURRENT_USER\\K]\n";
-    const std::pair<const char*, std::size_t> damaged[] = {
-        {"\"open=1\n", 3},          {"\"v\"=\"no end\n", 3},
-        {"\"v\"=dword:xyz\n", 3},   {"\"v\"=dword:123456789\n", 3},
-        {"\"v\"=hex:0g\n", 3},      {"\"v\"=hex:100\n", 3},
-        {"\"v\"=hex(2:00\n", 3},    {"\"v\"\"x\"\n", 3},
-        {"\"v\"=what:1\n", 3},      {"nonsense\n", 3},
-        {"\"v\"=\"a\" b\n", 3},     {"\"v\"=hex:01 02\n", 3},
-        {"\"v\"=hex:01,\\ x\n", 3},
-    };
-    for (const auto& [line, number] : damaged) {
-        const RegistryFile file = parsed(std::string(keyLine) + line + "\"good\"=\"yes\"\n");
+    for (const std::string line :
+         {"\"open=1", "\"v\"=\"no end", "\"v\"=dword:xyz", "\"v\"=dword:123456789", "\"v\"=hex:0g",
+          "\"v\"=hex:100", "\"v\"=hex(2:00", "\"v\"\"x\"", "\"v\"=what:1", "nonsense", "\"v\"=\"a\" b",
+          "\"v\"=hex:01 02", "\"v\"=hex:01,\\ x"}) {
+        const RegistryFile file = parsed("[HKEY_CURRENT_USER\\K]\n" + line + "\n\"good\"=\"yes\"\n");
         ASSERT_EQ(1u, file.damages().size()) << line;
-        EXPECT_EQ(number, file.damages()[0].line) << line;
+        EXPECT_EQ(3u, file.damages()[0].line) << line;
         EXPECT_TRUE(file.find(u"HKEY_CURRENT_USER\\K", u"good")) << line;
         EXPECT_FALSE(file.find(u"HKEY_CURRENT_USER\\K", u"v")) << line;
     }
@@ -139,8 +144,8 @@ TEST_F(MachineRegistry, LaterLinesWinAndDeletionsDelete) {
     const RegistryFile file = parsed(
         "[HKEY_CURRENT_USER\\A]\n\"v\"=\"1\"\n\"w\"=\"1\"\n[HKEY_CURRENT_USER\\A\\B]\n\"v\"=\"1\"\n"
         "[HKEY_CURRENT_USER\\AB]\n\"v\"=\"1\"\n[HKEY_CURRENT_USER\\C]\n\"v\"=\"1\"\n"
-        "[hkey_current_user\\a]\n\"V\"=\"2\"\n\"w\"=-\n[-HKEY_CURRENT_USER\\A\\B]\n\"v\"=\"3\"\n[-HKEY_"
-        "CURRENT_USER\\C]\n");
+        "[hkey_current_user\\a]\n\"V\"=\"2\"\n\"w\"=-\n[-HKEY_CURRENT_USER\\A\\B]\n\"v\"=\"3\"\n"
+        "[-HKEY_CURRENT_USER\\C]\n");
     EXPECT_TRUE(file.damages().empty());
     EXPECT_EQ(Text(u"2\0", 2), file.find(u"HKEY_CURRENT_USER\\A", u"v")->text);
     EXPECT_FALSE(file.find(u"HKEY_CURRENT_USER\\A", u"w"));
@@ -152,8 +157,8 @@ TEST_F(MachineRegistry, LaterLinesWinAndDeletionsDelete) {
 
 TEST_F(MachineRegistry, AnEditLeavesEverythingElseAsItStands) {
     put("Windows Registry Editor Version 5.00\r\n\r\n; mine\r\n[HKEY_CURRENT_USER\\Software\\A]\r\n"
-        "\"v\"=\"old\"\r\nbroken line\r\n\"w\"=hex:01,\\\r\n  "
-        "02\r\n\r\n[HKEY_CURRENT_USER\\Software\\A]\r\n\"V\"=\"newer\"");
+        "\"v\"=\"old\"\r\nbroken line\r\n\"w\"=hex:01,\\\r\n  02\r\n\r\n"
+        "[HKEY_CURRENT_USER\\Software\\A]\r\n\"V\"=\"newer\"");
     setRegistryNumber(currentUser, u"Software\\A", u"w", 16);
     setRegistryText(currentUser, u"Software\\A", u"v", u"newest \"\\");
     setRegistryText(currentUser, u"Software\\A", u"x", u"added");
@@ -174,9 +179,7 @@ TEST_F(MachineRegistry, ChangesOfOthersAreSeenAndKept) {
     Machine other(folder.path());
     setRegistryText(currentUser, u"Software\\A", u"mine", u"1");
     EXPECT_EQ("1", read(currentUser, u"Software\\A", u"mine"));
-    std::unique_ptr<RegistryKey> key;
-    ASSERT_EQ(0, other.registry().create(currentUser, u"Software\\A", key));
-    ASSERT_EQ(0, key->write(u"theirs", {.type = 4, .text = {}, .bytes = {}, .number = 2}));
+    EXPECT_EQ(0, writeNumber(other.registry(), u"Software\\A", u"theirs", 2));
     EXPECT_EQ("2", read(currentUser, u"Software\\A", u"theirs"));
     put("Windows Registry Editor Version 5.00\n[HKEY_CURRENT_USER\\Software\\A]\n\"edited\"=\"by hand\"\n");
     EXPECT_EQ("by hand", read(currentUser, u"Software\\A", u"edited"));
@@ -185,42 +188,33 @@ TEST_F(MachineRegistry, ChangesOfOthersAreSeenAndKept) {
 
 TEST_F(MachineRegistry, WritersInSeveralProcessesAndThreadsLoseNothing) {
     constexpr int writers = 3, values = 12;
-    const auto write = [&](PortableRegistry& registry, int writer) {
-        std::unique_ptr<RegistryKey> key;
-        for (int i = 0; i < values; ++i) {
-            if (registry.create(currentUser, u"Software\\Shared", key) != 0) return false;
-            const Text name = u"w" + decimalText(Long{writer}) + u"v" + decimalText(Long{i});
-            if (key->write(name, {.type = 4, .text = {}, .bytes = {}, .number = 1}) != 0) return false;
-        }
-        return true;
+    const auto nameOf = [](int writer, int value) { return decimalText(Long{writer * values + value}); };
+    const auto write = [&](Registry& registry, int writer) {
+        bool written = true;
+        for (int i = 0; i < values; ++i)
+            written = writeNumber(registry, u"Software\\Shared", nameOf(writer, i), 1) == 0 && written;
+        return written;
     };
     const pid_t process = fork();
-    if (process == 0) {
-        Machine other(folder.path());
-        _exit(write(static_cast<PortableRegistry&>(other.registry()), 0) ? 0 : 1);
-    }
-    auto& registry = static_cast<PortableRegistry&>(machine.registry());
-    std::thread thread([&] { EXPECT_TRUE(write(registry, 1)); });
-    EXPECT_TRUE(write(registry, 2));
+    if (process == 0) _exit(write(Machine(folder.path()).registry(), 0) ? 0 : 1);
+    std::thread thread([&] { EXPECT_TRUE(write(machine.registry(), 1)); });
+    EXPECT_TRUE(write(machine.registry(), 2));
     thread.join();
     int status = 0;
     waitpid(process, &status, 0);
     EXPECT_EQ(0, status);
     for (int writer = 0; writer < writers; ++writer)
         for (int i = 0; i < values; ++i)
-            EXPECT_EQ("1", read(currentUser, u"Software\\Shared",
-                                u"w" + decimalText(Long{writer}) + u"v" + decimalText(Long{i})));
+            EXPECT_EQ("1", read(currentUser, u"Software\\Shared", nameOf(writer, i)));
 }
 
 TEST_F(MachineRegistry, AFileThatCannotBeReplacedKeepsItsContent) {
     setRegistryText(currentUser, u"Software\\A", u"v", u"kept");
     std::filesystem::create_directory(file().string() + ".new");
-    std::unique_ptr<RegistryKey> key;
-    ASSERT_EQ(0, machine.registry().create(currentUser, u"Software\\A", key));
-    EXPECT_NE(0, key->write(u"v", {.type = 4, .text = {}, .bytes = {}, .number = 1}));
+    EXPECT_NE(0, writeNumber(machine.registry(), u"Software\\A", u"v", 1));
     EXPECT_EQ("kept", read(currentUser, u"Software\\A", u"v"));
     std::filesystem::remove(file().string() + ".new");
-    EXPECT_EQ(0, key->write(u"v", {.type = 4, .text = {}, .bytes = {}, .number = 1}));
+    EXPECT_EQ(0, writeNumber(machine.registry(), u"Software\\A", u"v", 1));
     EXPECT_EQ("1", read(currentUser, u"Software\\A", u"v"));
 }
 

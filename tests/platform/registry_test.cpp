@@ -1,5 +1,4 @@
-#include <vector>
-
+#include "base/text_pairs.h"
 #include "base/utf8.h"
 #include "common/platform_test.h"
 
@@ -39,42 +38,35 @@ RegistryValue textValue(RegistryType type, Text text) {
     return {.type = static_cast<Long>(type), .text = std::move(text), .bytes = {}, .number = 0};
 }
 
-TEST_F(RegistrySeam, EveryKindOfValueComesBackAsItWasStored) {
-    const Text list(u"one\0two\0\0", 9);
-    const Text odd = u"C:\\Telefon \"Zoë\"\\Łódź 電話 \xD83D\xDCF1";
-    EXPECT_EQ(0, write(u"text", textValue(RegistryType::text, odd + u'\0')));
-    EXPECT_EQ(0, write(u"expandable", textValue(RegistryType::expandableText, Text(u"%TEMP%\\x\0", 9))));
-    EXPECT_EQ(0, write(u"list", textValue(RegistryType::textList, list)));
-    EXPECT_EQ(0, write(u"lines", textValue(RegistryType::text, Text(u"a\r\nb\0", 5))));
-    EXPECT_EQ(0, write(u"number", {.type = 4, .text = {}, .bytes = {}, .number = 0xFFFFFFC4}));
+TEST_F(RegistrySeam, EveryKindOfValueComesBackAsItWasStoredUntilItIsReplacedOrRemoved) {
     std::string bytes;
     for (int i = 0; i < 300; ++i)
         bytes.push_back(static_cast<char>(i));
-    EXPECT_EQ(0, write(u"bytes", {.type = 3, .text = {}, .bytes = bytes, .number = 0}));
-    EXPECT_EQ(0, write(u"", textValue(RegistryType::text, Text(u"default\0", 8))));
-    EXPECT_EQ(0, write(u"a \"quoted\\name", textValue(RegistryType::text, Text(u"x\0", 2))));
-
-    EXPECT_EQ(odd + u'\0', read(u"TEXT").text) << "names match without regard to case";
-    EXPECT_EQ(2, read(u"expandable").type);
-    EXPECT_EQ(Text(u"%TEMP%\\x\0", 9), read(u"expandable").text);
-    EXPECT_EQ(7, read(u"list").type);
-    EXPECT_EQ(list, read(u"list").text);
-    EXPECT_EQ(Text(u"a\r\nb\0", 5), read(u"lines").text);
-    EXPECT_EQ(4, read(u"number").type);
-    EXPECT_EQ(0xFFFFFFC4u, read(u"number").number);
-    EXPECT_EQ(3, read(u"bytes").type);
-    EXPECT_EQ(bytes, read(u"bytes").bytes);
-    EXPECT_EQ(Text(u"default\0", 8), read(u"").text);
-    EXPECT_EQ(Text(u"x\0", 2), read(u"a \"quoted\\name").text);
-}
-
-TEST_F(RegistrySeam, ValuesAreReplacedAndRemoved) {
-    EXPECT_EQ(0, write(u"v", textValue(RegistryType::text, Text(u"a\0", 2))));
-    EXPECT_EQ(0, write(u"V", {.type = 4, .text = {}, .bytes = {}, .number = 5}));
-    EXPECT_EQ(4, read(u"v").type);
-    EXPECT_EQ(0, key->remove(u"v"));
-    EXPECT_EQ(-1, read(u"v").type);
-    EXPECT_EQ(registryNotFound, key->remove(u"v"));
+    const RegistryValue number = {.type = 4, .text = {}, .bytes = {}, .number = 0xFFFFFFC4};
+    const std::pair<TextView, RegistryValue> values[] = {
+        {u"text",
+         textValue(RegistryType::text, Text(u"C:\\Telefon \"Zoë\"\\Łódź 電話 \xD83D\xDCF1") + u'\0')},
+        {u"expandable", textValue(RegistryType::expandableText, Text(u"%TEMP%\\x\0", 9))},
+        {u"list", textValue(RegistryType::textList, Text(u"one\0two\0\0", 9))},
+        {u"lines", textValue(RegistryType::text, Text(u"a\r\nb\0", 5))},
+        {u"number", number},
+        {u"bytes", {.type = 3, .text = {}, .bytes = bytes, .number = 0}},
+        {u"", textValue(RegistryType::text, Text(u"default\0", 8))},
+        {u"a \"quoted\\name", textValue(RegistryType::text, Text(u"x\0", 2))}};
+    for (const auto& [name, value] : values)
+        EXPECT_EQ(0, write(name, value));
+    for (const auto& [name, value] : values) {
+        const RegistryValue found = read(upperCase(name));  // names match without regard to case
+        EXPECT_EQ(value.type, found.type) << toUtf8(name);
+        EXPECT_EQ(value.text, found.text) << toUtf8(name);
+        EXPECT_EQ(value.bytes, found.bytes) << toUtf8(name);
+        EXPECT_EQ(value.number, found.number) << toUtf8(name);
+    }
+    EXPECT_EQ(0, write(u"TEXT", number));
+    EXPECT_EQ(4, read(u"text").type);
+    EXPECT_EQ(0, key->remove(u"text"));
+    EXPECT_EQ(-1, read(u"text").type);
+    EXPECT_EQ(registryNotFound, key->remove(u"text"));
 }
 
 TEST_F(RegistrySeam, WhatIsMissingLeavesTheTargetAlone) {
@@ -83,8 +75,8 @@ TEST_F(RegistrySeam, WhatIsMissingLeavesTheTargetAlone) {
     EXPECT_EQ(registryNotFound, key->read(u"not there", value));
     EXPECT_EQ(42, value.type);
     std::unique_ptr<RegistryKey> opened;
-    EXPECT_EQ(registryNotFound, registry().open(currentUser, u"Software\\ovNo2 conformance\\not there",
-                                                /*view64=*/false, opened));
+    EXPECT_EQ(registryNotFound,
+              registry().open(currentUser, Text(testKey) + u"\\not there", /*view64=*/false, opened));
     EXPECT_EQ(nullptr, opened);
     EXPECT_EQ(registryInvalidHandle, registry().open(17, testKey, /*view64=*/false, opened));
 }
@@ -97,45 +89,22 @@ TEST_F(RegistrySeam, AKeyOpenedForReadingRefusesToWrite) {
 }
 
 TEST_F(RegistrySeam, AProfileFileGivesTheFirstMatchTrimmedAndWithoutQuotes) {
-    std::string file =
-        "; phones\r\n"
-        "Type=outside\r\n"
-        "[Nokia 6300]\r\n"
-        "Type = S40 \r\n"
-        "quoted=\"  kept  \"\r\n"
-        "single='x'\r\n"
-        "half=\"x\r\n"
-        ";Comment=no\r\n"
-        "bare\r\n"
-        "formula=a=b=c\r\n"
-        "umlaut=\xE4\xF6\r\n"
-        "empty=\r\n"
-        "Type=second\r\n"
-        "[other]\r\n"
-        "Type=S60\n"
-        "[NOKIA 6300]\r\n"
-        "late=not seen\r\n"
-        "[long]\r\n"
-        "v=";
-    file.append(600, 'x').append("\r\nshort=").append(511, 'y');
-    writeFile("defaults.ini", file);
+    writeFile(
+        "defaults.ini",
+        "; phones\r\nType=outside\r\n[Nokia 6300]\r\nType =\tS40 \t\r\nquoted=\"  kept  \"\r\nsingle='x'\r\n"
+        "half=\"x\r\n;Comment=no\r\nbare\r\nformula=a+b+c\r\numlaut=\xE4\xF6\r\nempty=\r\nType=second\r\n"
+        "[other]\r\nType=S60\n[NOKIA 6300]\r\nlate=not seen\r\n[long]\r\nequal=a=b\r\nv=" +
+            std::string(600, 'x') + "\r\nshort=" + std::string(511, 'y'));
     const auto value = [&](TextView section, TextView name, std::size_t capacity = 512) {
         return registry().profileString(section, name, pathOf("defaults.ini"), capacity);
     };
-    struct Row {
-        TextView section, name, expected;
-    };
-    const Row rows[] = {
-        {u"Nokia 6300", u"Type", u"S40"},      {u"nokia 6300", u"TYPE", u"S40"},
-        {u"other", u"Type", u"S60"},           {u"Nokia 6300", u"quoted", u"  kept  "},
-        {u"Nokia 6300", u"single", u"x"},      {u"Nokia 6300", u"half", u"\"x"},
-        {u"Nokia 6300", u"formula", u"a=b=c"}, {u"Nokia 6300", u"umlaut", u"äö"},
-        {u"Nokia 6300", u"empty", u""},        {u"Nokia 6300", u"late", u""},
-        {u"Nokia 6300", u"none", u""},         {u"none", u"Type", u""},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(Text(row.expected), value(row.section, row.name))
-            << toUtf8(row.section) << "/" << toUtf8(row.name);
+    for (const auto& [name, expected] :
+         pairsOf(u"Type=S40|TYPE=S40|quoted=  kept  "
+                 u"|single=x|half=\"x|formula=a+b+c|umlaut=äö|empty=|late=|none="))
+        EXPECT_EQ(expected, value(u"nokia 6300", name)) << toUtf8(name);
+    EXPECT_EQ(u"S60", value(u"other", u"Type"));
+    EXPECT_EQ(u"", value(u"none", u"Type"));
+    EXPECT_EQ(u"a=b", value(u"long", u"equal"));
     EXPECT_EQ(Text(511, u'x'), value(u"long", u"v"));
     EXPECT_EQ(Text(511, u'y'), value(u"long", u"short"));
     EXPECT_EQ(u"S4", value(u"Nokia 6300", u"Type", 3));

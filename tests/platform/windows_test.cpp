@@ -6,10 +6,12 @@
 namespace ovno2::platform {
 namespace {
 
-using WindowsSeam = PlatformTest;
+class WindowsSeam : public PlatformTest {
+  protected:
+    Windows& windows = currentPlatform().windows();
+};
 
 TEST_F(WindowsSeam, AWindowOfAnotherThreadAnswersUntilItIsGone) {
-    Windows& windows = currentPlatform().windows();
     std::optional<TestWindow> window;
     window.emplace(u"ovNo2 conformance: window",
                    [](std::uint32_t message, std::uint32_t first, std::uint32_t second) {
@@ -31,28 +33,20 @@ TEST_F(WindowsSeam, AWindowOfAnotherThreadAnswersUntilItIsGone) {
     EXPECT_EQ(0, answer);
 }
 
-TEST_F(WindowsSeam, AWindowThatIsNotThereIsReportedAndAnswersNothing) {
-    Windows& windows = currentPlatform().windows();
+TEST_F(WindowsSeam, AWindowOrProcedureThatIsNotThereIsReportedAndAnswersNothing) {
+    Long answer = 99;
+    for (const Long procedure : {0, 1, 0x10000 - 1})
+        EXPECT_EQ(invalidProcedureCall, windows.callProcedure(procedure, 1, 2, 3, 4, answer));
+    EXPECT_EQ(99, answer);
     for (const Long window : {0x7FFFFFF0, 4711, -2}) {
-        Long answer = 99;
+        answer = 99;
         EXPECT_FALSE(windows.isVisible(window));
         EXPECT_EQ(invalidWindowHandle, windows.send(window, 29798, 0, 0, answer));
         EXPECT_EQ(0, answer);
     }
     EXPECT_FALSE(windows.isVisible(0));
     EXPECT_EQ(invalidProcedureCall, windows.activate(u"ovNo2: no window has this title"));
-}
-
-TEST_F(WindowsSeam, AProcedureThatIsNotThereIsNotCalled) {
-    Long answer = 99;
-    for (const Long procedure : {0, 1, 0x10000 - 1})
-        EXPECT_EQ(invalidProcedureCall,
-                  currentPlatform().windows().callProcedure(procedure, 1, 2, 3, 4, answer));
-    EXPECT_EQ(99, answer);
-}
-
-TEST_F(WindowsSeam, WithoutPendingMessagesProcessingReturnsAtOnce) {
-    currentPlatform().windows().processPendingMessages();
+    windows.processPendingMessages();  // returns at once
 }
 
 }  // namespace
