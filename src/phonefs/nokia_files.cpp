@@ -30,6 +30,7 @@ class FolderSearch {
 
     Status begin(Handle session, const char16_t* path) {
         Status status = noStatus;
+        if (!path) return status;  // the library would search the root
         attempt([&] { status = library::CONAFindBegin(session, 0, &search_, path); });
         open_ = status == library::statusOk;
         return status;
