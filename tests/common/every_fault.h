@@ -91,7 +91,7 @@ class EveryFault : public PhoneFixture {
   private:
     struct Planned {
         std::string what;
-        bool endsSessions = false;   // what is open in a session ends with it
+        bool endsSessions = false;    // what is open in a session ends with it
         bool keepsHandedOut = false;  // the module cannot give back
     };
 

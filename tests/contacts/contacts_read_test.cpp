@@ -155,7 +155,7 @@ TEST_F(ContactsReadTest, SucceedsWhenAFailureHealsInTime) {
 TEST_F(ContactsReadTest, LeavesOutContactsThatWentAway) {
     addContacts(3);
     simulator.vanish(serial, "02");
-    ReportingLog log;
+    RecordingLog log;
     EXPECT_EQ(2, read());
     EXPECT_THAT(uids(), ElementsAre(u"", u"01", u"03"));
     EXPECT_EQ(1, std::count_if(log.lines.begin(), log.lines.end(),

@@ -63,7 +63,7 @@ TEST_F(DataItems, WithoutSizeWordFollowTheRegistryThenTheLibrarysVersion) {
 }
 
 TEST_F(DataItems, KeepTheSizeOnceAndAskTheRegistryOncePerSession) {
-    ReportingLog log;
+    RecordingLog log;
     const Address array = putWords({20, 0, 1, 2, 300});
     CopyToDataStruct(items, array, 1);
     CopyToDataStruct(items, array, 1);
@@ -74,7 +74,7 @@ TEST_F(DataItems, KeepTheSizeOnceAndAskTheRegistryOncePerSession) {
 }
 
 TEST_F(DataItems, ThatCannotBeReadAreNoneAndLeaveTheKnownSize) {
-    ReportingLog log;
+    RecordingLog log;
     CopyToDataStruct(items, putWords({20, 0, 1, 2, 300}), 1);
     const Address whole = putWords({20, 0, 1, 2, 300});
     const Word tooLong[] = {4000000, 0, 1, 2, 300};

@@ -56,7 +56,7 @@ TEST_F(ItemDates, AreReadFromRecordsOfAnySizeByte) {
         Word size;
         Long remembered;
     };
-    ReportingLog log;
+    RecordingLog log;
     for (const Case& one : {Case{0, 0}, Case{20, 20}, Case{28, 28}, Case{0x4414, 20}, Case{8, 8}}) {
         DateRecord birthday = record(1975, 4, 12, 10, 30);
         birthday.size = one.size;

@@ -101,7 +101,7 @@ TEST_F(Sessions, KeepOneContactsConnectionForOnePhone) {
 
 // The log line of the status is missing where a check is answered without looking.
 TEST_F(Sessions, TrustASuccessfulCheckOfTheSamePhoneForASecond) {
-    ReportingLog log;
+    RecordingLog log;
     const auto linesOfCheck = [&](const Text& serial) {
         log.lines.clear();
         EXPECT_EQ(0, CheckContactsConnection(serial));
@@ -120,7 +120,7 @@ TEST_F(Sessions, TrustASuccessfulCheckOfTheSamePhoneForASecond) {
 }
 
 TEST_F(Sessions, OpenTheConnectionOverUsbWhenItDoesNotOpenOtherwise) {
-    ReportingLog log;
+    RecordingLog log;
     simulator.fail("DAOpenCA", 0x80200000);
     EXPECT_EQ(0, CheckContactsConnection(u"1"));
     EXPECT_THAT(simulator.readJournal(), IsSupersetOf({"DAOpenCA(\"1\", medium 1, target 1) = 80200000",

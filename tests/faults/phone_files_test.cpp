@@ -9,7 +9,7 @@ using Tree = std::map<std::string, std::string>;  // what a folder holds: folder
 Tree treeOf(const std::filesystem::path& root) {
     Tree tree;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        const std::string name = std::filesystem::relative(entry.path(), root).generic_string();
+        const std::string name = entry.path().lexically_relative(root).generic_string();
         if (entry.is_directory()) {
             tree[name + "/"];
         } else {

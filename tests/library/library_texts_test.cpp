@@ -33,7 +33,7 @@ TEST_F(ItemTexts, AreReadAtOddAddresses) {
 }
 
 TEST_F(ItemTexts, AreLeftOutFromTheLengthOnThatTheLibraryNeverUses) {
-    ReportingLog log;
+    RecordingLog log;
     EXPECT_EQ(16381u, GetStringFromPointer(putText(Text(16381, u'x'))).size());
     EXPECT_THAT(log.lines, ElementsAre(u"GetStringFromPointer", u"GetStringFromPointer"));
     for (const std::size_t length : {std::size_t{16382}, std::size_t{16384}, std::size_t{4000000}}) {
@@ -44,7 +44,7 @@ TEST_F(ItemTexts, AreLeftOutFromTheLengthOnThatTheLibraryNeverUses) {
 }
 
 TEST_F(ItemTexts, TellAddressAndLengthAtHighDetail) {
-    ReportingLog log;
+    RecordingLog log;
     stateOf<LogFront>().level = 4;
     const Address text = putText(u"abc");
     GetStringFromPointer(text);
@@ -76,7 +76,7 @@ TEST_F(ItemIds, HaveNoTextWhenTheirBytesCannotBeRead) {
 }
 
 TEST_F(ItemIds, LongerThanUsualAreMarkedAndStillRead) {
-    ReportingLog log;
+    RecordingLog log;
     const std::string bytes(2049, '\x5A');
     EXPECT_EQ(4098u, GetUIDAsString(recordWith(put(bytes.data(), bytes.size()), 2049)).size());
     EXPECT_THAT(log.lines, Contains(u"GetUIDAsString !!!"));
