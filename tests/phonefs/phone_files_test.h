@@ -40,9 +40,7 @@ class PhoneFilesTest : public PhoneTest {
         write(disk("C/Data/Images/p.jpg"), "jpeg");
         std::filesystem::create_directories(disk("E/empty"));
     }
-    void attachPhone() const {
-        EXPECT_THAT(simulator.load(folder.path() / "phones"), ::testing::IsEmpty());
-    }
+    void attachPhone() const { EXPECT_THAT(simulator.load(folder.path() / "phones"), ::testing::IsEmpty()); }
 
     std::filesystem::path image() const { return folder.path() / "phones" / "n95"; }
     std::filesystem::path disk(const std::string& path) const { return image() / "files" / path; }
