@@ -21,6 +21,7 @@ class PhoneTest : public MachineTest {
         setRegistryText(platform::localMachine, u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath",
                         u"C:\\none");
     }
+    ~PhoneTest() override { EXPECT_EQ("", simulator.leaks()); }
 
 #ifdef _WIN32
     ChosenLibraries& libraries() {

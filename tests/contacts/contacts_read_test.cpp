@@ -133,40 +133,32 @@ TEST_F(ContactsReadTest, GetsOverWildRecords) {
     struct Case {
         const char* what;
         Json poke;
-        TextView values;  // of the contact, "" = nothing but empty rows
+        TextView values;  // of the contact
     };
-    const auto poke = [](const char* record, int word, Json value, Json more = Json::object()) {
-        Json command = {{"record", record}, {"word", word}, {"value", std::move(value)}, {"uid", "0A0B"}};
-        command.update(more);
-        return command;
+    const auto inItem = [](int word, Json value) {
+        return Json{{"record", "item"}, {"pair", "b"}, {"word", word}, {"value", std::move(value)}};
     };
-    const Json phone = {{"pair", "b"}};
+    const auto inContact = [](int word, Json value) {
+        return Json{{"record", "contact"}, {"word", word}, {"value", std::move(value)}};
+    };
     const Case cases[] = {
-        {"255 items behind no pointer", poke("contact", 2, 0), u"||||+49||"},
-        {"more in a count than its low byte", poke("contact", 1, 0x7FFFF01), u"Anna||||+49||"},
-        {"items at an odd address", poke("contact", 2, "misaligned"), u""},
-        {"a text nowhere", poke("item", 4, "unmapped", phone), u"Anna||||||"},
-        {"a text without end", poke("item", 4, "unterminated", phone), u"Anna||||||"},
-        {"a size of 4,000,000", poke("item", 0, 4000000, phone), u"Anna||||||"},
-        {"an unknown field", poke("item", 3, 0xFFFFFFFF, phone), u"Anna||||||"},
+        {"items behind no pointer", inContact(2, 0), u"||||+49||"},
+        {"more in a count than its low byte", inContact(1, 0x7FFFF01), u"Anna||||+49||"},
+        {"a text nowhere", inItem(4, "unmapped"), u"Anna||||||"},
+        {"a text without end", inItem(4, "unterminated"), u"Anna||||||"},
+        {"a size of 4,000,000", inItem(0, 4000000), u"Anna||||||"},
+        {"an unknown field", inItem(3, 0xFFFFFFFF), u"Anna||||||"},
+        {"items at an odd address", inContact(2, "misaligned"), u"any"},
     };
     for (const Case& one : cases) {
         startOver();
         addPhone({contactOf("0A0B", {{{"id", 2}, {"text", "Anna"}}, {{"id", 32}, {"text", "+49"}}}),
                   contactOf("0C", {{{"id", 2}, {"text", "Bob"}}})});
-        Json command = one.poke;
-        command["call"] = "CAReadItem";
-        if (std::string(one.what).starts_with("255")) {
-            Json count = command;
-            count["word"] = 1;
-            count["value"] = 255;
-            simulator.run("poke", count);
-        }
-        simulator.run("poke", command);
+        Json poke = one.poke;
+        poke.update({{"call", "CAReadItem"}, {"uid", "0A0B"}});
+        simulator.run("poke", poke);
         EXPECT_EQ(2, read()) << one.what;
-        if (!one.values.empty()) {
-            EXPECT_EQ(one.values, values()) << one.what;
-        }
+        EXPECT_TRUE(one.values == u"any" || one.values == values()) << one.what;
         EXPECT_EQ(u"Bob||||||", values(2)) << one.what;
     }
     for (const Json& list : {Json{{"word", 2}, {"value", 0}}, Json{{"word", 2}, {"value", "unmapped"}},
@@ -188,7 +180,7 @@ class ContactPictures : public ContactsReadTest {
         std::filesystem::create_directories(image() / "pictures");
     }
     std::filesystem::path image() const { return folder.path() / "phone"; }
-    std::filesystem::path pictureFile(const char* name) const { return folder.path() / "pics" / name; }
+    std::filesystem::path pictureFile(const std::string& name) const { return folder.path() / "pics" / name; }
     void addPicture(const std::string& bytes, Json format = "JPEG", const std::string& uid = "0A0B") {
         std::ofstream(image() / "pictures" / "p", std::ios::binary) << bytes;
         const Json picture = {{"format", std::move(format)}, {"file", "pictures/p"}};
@@ -207,17 +199,17 @@ TEST_F(ContactPictures, BecomeFilesNamedByTheContact) {
     std::string everyByte;
     for (int i = 0; i < 300; ++i)
         everyByte.push_back(static_cast<char>(i));
-    struct Case {
-        Json format;
-        const char* name;
-    };
-    for (const Case& one : {Case{"JPEG", "0A0B.jpg"}, Case{"PNG", "0A0B.png"}, Case{nullptr, "0A0B.jpg"},
-                            Case{"image/gif", "0A0B.imagegif"}, Case{"..\\..\\x", "0A0B.....x"}}) {
+    const std::pair<Json, std::string> cases[] = {{"JPEG", "0A0B.jpg"},
+                                                  {"PNG", "0A0B.png"},
+                                                  {nullptr, "0A0B.jpg"},
+                                                  {"image/gif", "0A0B.imagegif"},
+                                                  {"..\\..\\x", "0A0B.....x"}};
+    for (const auto& [format, name] : cases) {
         startOver();
-        addPicture(everyByte, one.format);
+        addPicture(everyByte, format);
         EXPECT_EQ(1, read());
-        EXPECT_EQ(u"|Anna|" + pictureFolder + Text(one.name, one.name + std::strlen(one.name)), values());
-        EXPECT_EQ(everyByte, contentOf(pictureFile(one.name)));
+        EXPECT_EQ(u"|Anna|" + pictureFolder + Text(name.begin(), name.end()), values());
+        EXPECT_EQ(everyByte, contentOf(pictureFile(name)));
     }
 }
 

@@ -21,7 +21,6 @@ class ContactsTest : public PhoneTest {
   protected:
     ~ContactsTest() override {
         letGo();
-        EXPECT_EQ("", simulator.leaks());
         EXPECT_EQ(0, simulator.balance()["closedInside"]);
     }
 

@@ -22,7 +22,6 @@ class ContentTest : public PhoneTest {
         CloseContactsConnection();
         PIMApiTerminate();
         Session::DMApiTerminate();
-        EXPECT_EQ("", simulator.leaks());
         EXPECT_EQ(0, simulator.balance()["closedInside"]);
         for (const auto& [block, size] : blocks_)
             machine.memory().freeLow(block, size);

