@@ -56,8 +56,8 @@ class Writing {
     Writing(Text& path, bool append)
         : path_(path), access_(append ? platform::FileAccess::append : platform::FileAccess::replace) {}
     ~Writing() {
-        files().close(number());
-        if (attributes_ != platform::noAttributes) SetAttributes(path_, attributes_);
+        attempt([&] { files().close(number()); });
+        if (attributes_ != platform::noAttributes) attempt([&] { SetAttributes(path_, attributes_); });
     }
     Writing(const Writing&) = delete;
     Writing& operator=(const Writing&) = delete;

@@ -28,6 +28,7 @@ class FolderSearch {
     FolderSearch& operator=(const FolderSearch&) = delete;
 
     Long begin(Handle session, const char16_t* path) {
+        if (!path) return library::notCalled;  // the library would search the root
         const library::Answer begun = library::CONAFindBegin.tried(session, /*options=*/0, &search_, path);
         open_ = begun.succeeded();
         return begun.status;

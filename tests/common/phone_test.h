@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/machine_test.h"
+#include "common/recording_log.h"
 #include "simulator/control/control.h"
 
 #ifndef _WIN32
@@ -10,31 +11,6 @@
 #endif
 
 namespace ovno2 {
-
-// A log that is on and, as every written line does, takes the pending failure away.
-class ReportingLog : public LogWriter {
-  public:
-    ReportingLog() {
-        LogFront& front = stateOf<LogFront>();
-        front.writer = this;
-        front.enabled = true;
-    }
-    ~ReportingLog() override {
-        LogFront& front = stateOf<LogFront>();
-        front.writer = nullptr;
-        front.enabled = false;
-    }
-    ReportingLog(const ReportingLog&) = delete;
-    ReportingLog& operator=(const ReportingLog&) = delete;
-
-    void writeLine(TextView message, Long, Long, TextView) noexcept override {
-        lines.emplace_back(message);
-        clearPendingFailure();
-    }
-    void recheckSwitches() noexcept override {}
-
-    std::vector<Text> lines;
-};
 
 class PhoneTest : public MachineTest {
   protected:
@@ -45,6 +21,7 @@ class PhoneTest : public MachineTest {
         setRegistryText(platform::localMachine, u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath",
                         u"C:\\none");
     }
+    ~PhoneTest() override { EXPECT_EQ("", simulator.leaks()); }
 
 #ifdef _WIN32
     ChosenLibraries& libraries() {

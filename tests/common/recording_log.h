@@ -1,4 +1,4 @@
-// A log that is on and keeps its lines.
+// A log that is on, keeps its lines and, as every written line does, takes the pending failure away.
 #pragma once
 
 #include <string>
@@ -27,14 +27,9 @@ class RecordingLog : public LogWriter {
     // "<name", "name>" for entry and exit, "text" for plain lines, "text 3" for numbered steps.
     void writeLine(TextView message, Long kind, Long, TextView) noexcept override {
         const std::string text = toUtf8(message);
-        if (kind == plainLine)
-            lines.push_back(text);
-        else if (kind == routineEntry)
-            lines.push_back("<" + text);
-        else if (kind == routineExit)
-            lines.push_back(text + ">");
-        else
-            lines.push_back(text + " " + std::to_string(kind));
+        const std::string step = kind == plainLine || kind == routineExit ? "" : " " + std::to_string(kind);
+        lines.push_back(kind == routineEntry ? "<" + text : text + (kind == routineExit ? ">" : step));
+        clearPendingFailure();
     }
     void recheckSwitches() noexcept override {}
 

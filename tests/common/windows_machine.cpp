@@ -10,16 +10,16 @@ constexpr wchar_t ownRegistry[] = L"Software\\ovNo2 tests";
 
 class ChosenLibrary : public platform::Library {
   public:
-    ChosenLibrary(HMODULE module, const std::set<std::string>& missing)
+    ChosenLibrary(HMODULE module, const std::set<std::string, std::less<>>& missing)
         : module_(module), missing_(missing) {}
     ~ChosenLibrary() override { FreeLibrary(module_); }
     void* symbol(const char* name) override {
-        return missing_.count(name) != 0 ? nullptr : reinterpret_cast<void*>(GetProcAddress(module_, name));
+        return missing_.contains(name) ? nullptr : reinterpret_cast<void*>(GetProcAddress(module_, name));
     }
 
   private:
     HMODULE module_;
-    const std::set<std::string>& missing_;  // the machine's, which outlives every library
+    const std::set<std::string, std::less<>>& missing_;  // the machine's, which outlives every library
 };
 
 constexpr struct {

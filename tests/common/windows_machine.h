@@ -23,7 +23,7 @@ class ChosenLibraries : public platform::Libraries {
 
     void searchOnlyIn(std::filesystem::path folder) { folder_ = std::move(folder); }
     std::set<Text> missingLibraries;
-    std::set<std::string> missingFunctions;
+    std::set<std::string, std::less<>> missingFunctions;
     std::filesystem::path moduleFolderOverride;  // empty = the running program's
 
   private:

@@ -13,62 +13,36 @@ TEST_F(SetFieldTest, PlacesAValueByTheFirstCodeThenByTheSecond) {
     struct Case {
         const char* rule;
         std::vector<Long> codes;
-        std::vector<Text> values;
+        TextView rows;  // with "|" between them
         Long code, code2;
         TextView value;
         Long result;
-        std::vector<Text> after;
-        std::vector<Text> afterKeepingAll;
+        TextView after, afterKeepingAll;
     };
     const Case cases[] = {
-        {"the first of two rows",
-         {1, 5, 5},
-         {u"", u"", u""},
-         5,
-         0,
-         u"v",
-         1,
-         {u"", u"v", u""},
-         {u"", u"v", u""}},
-        {"no row", {1, 5}, {u"", u""}, 6, 0, u"v", 0, {u"", u""}, {u"", u""}},
-        {"only the second code's row", {1, 5}, {u"", u""}, 6, 5, u"v", 1, {u"", u"v"}, {u"", u"v"}},
-        {"a filled row sends it on",
-         {1, 5, 6},
-         {u"", u"a", u""},
-         5,
-         6,
-         u"v",
-         2,
-         {u"", u"a", u"v"},
-         {u"", u"a", u"v"}},
-        {"both filled", {1, 5, 6}, {u"", u"a", u"b"}, 5, 6, u"v", 2, {u"", u"a", u"b"}, {u"", u"a", u"b;v"}},
-        {"filled, and no row for the second", {1, 5}, {u"", u"a"}, 5, 6, u"v", 1, {u"", u"a"}, {u"", u"a"}},
-        {"filled, and no second", {1, 5}, {u"", u"a"}, 5, 0, u"v", 1, {u"", u"a"}, {u"", u"a;v"}},
-        {"a name is replaced", {4, 1}, {u"", u"a"}, 1, 0, u"v", 1, {u"", u"v"}, {u"", u"a;v"}},
-        {"a last name repeats the formatted one",
-         {4, 2},
-         {u"", u"[Bob B]"},
-         2,
-         0,
-         u"Bob",
-         1,
-         {u"", u"Bob"},
-         {u"", u"[Bob B]"}},
-        {"everything else", {4, 70}, {u"", u"a"}, 70, 5, u"v", 1, {u"", u"v"}, {u"", u"a\\nv"}},
-        {"categories", {4, 18}, {u"", u"a"}, 18, 4, u"v", 1, {u"", u"a;v"}, {u"", u"a;v"}},
-        {"a match in row 0", {5, 4}, {u"", u""}, 5, 0, u"v", 0, {u"v", u""}, {u"v", u""}},
-        {"tabs and blanks", {1, 5}, {u"", u""}, 5, 0, u"  a\tb ", 1, {u"", u"a\\tb"}, {u"", u"a\\tb"}},
-        {"a host's own code", {1, 4711}, {u"", u""}, 4711, 0, u"v", 1, {u"", u"v"}, {u"", u"v"}},
+        {"the first of two rows", {1, 5, 5}, u"||", 5, 0, u"v", 1, u"|v|", u"|v|"},
+        {"no row", {1, 5}, u"|", 6, 0, u"v", 0, u"|", u"|"},
+        {"only the second code's row", {1, 5}, u"|", 6, 5, u"v", 1, u"|v", u"|v"},
+        {"a filled row sends it on", {1, 5, 6}, u"|a|", 5, 6, u"v", 2, u"|a|v", u"|a|v"},
+        {"both filled", {1, 5, 6}, u"|a|b", 5, 6, u"v", 2, u"|a|b", u"|a|b;v"},
+        {"filled, and no row for the second", {1, 5}, u"|a", 5, 6, u"v", 1, u"|a", u"|a"},
+        {"filled, and no second", {1, 5}, u"|a", 5, 0, u"v", 1, u"|a", u"|a;v"},
+        {"a name is replaced", {4, 1}, u"|a", 1, 0, u"v", 1, u"|v", u"|a;v"},
+        {"repeats the formatted name", {4, 2}, u"|[Bob B]", 2, 0, u"Bob", 1, u"|Bob", u"|[Bob B]"},
+        {"everything else", {4, 70}, u"|a", 70, 5, u"v", 1, u"|v", u"|a\\nv"},
+        {"categories", {4, 18}, u"|a", 18, 4, u"v", 1, u"|a;v", u"|a;v"},
+        {"a match in row 0", {5, 4}, u"|", 5, 0, u"v", 0, u"v|", u"v|"},
+        {"tabs and blanks", {1, 5}, u"|", 5, 0, u"  a\tb ", 1, u"|a\\tb", u"|a\\tb"},
+        {"a host's own code", {1, 4711}, u"|", 4711, 0, u"v", 1, u"|v", u"|v"},
     };
     for (const Case& one : cases) {
+        const FieldDefinitions definitions(tableOf(one.codes));
         for (const bool keepAll : {false, true}) {
             settings().getAllFields = keepAll ? 1 : 0;
-            std::vector<Text> rows = one.values;
+            std::vector<Text> rows = split(one.rows, u'|');
             Text value(one.value);
-            EXPECT_EQ(one.result,
-                      SetField(rows, FieldDefinitions(tableOf(one.codes)), one.code, one.code2, value))
-                << one.rule;
-            EXPECT_EQ(keepAll ? one.afterKeepingAll : one.after, rows) << one.rule << keepAll;
+            EXPECT_EQ(one.result, SetField(rows, definitions, one.code, one.code2, value)) << one.rule;
+            EXPECT_EQ(keepAll ? one.afterKeepingAll : one.after, join(rows, u'|')) << one.rule << keepAll;
         }
     }
 }
@@ -85,38 +59,34 @@ TEST(FieldDefinitionsTest, ReadTheHostsColumnFourWhateverItsBounds) {
     EXPECT_EQ(0u, FieldDefinitions(TextTable()).rows());
 }
 
-class ContactFields : public ContactsTest {};
+class ContactFields : public ContactsTest {
+  protected:
+    static Json text(int id, const char* value) { return {{"id", id}, {"text", value}}; }
+};
 
 TEST_F(ContactFields, FindTheirRowsByTheHostsCodes) {
-    EXPECT_EQ(u"Anna|Kern|Anna Kern|Ltd|+49 1|+49 2|", valuesOf({{{"id", 2}, {"text", "Anna"}},
-                                                                 {{"id", 4}, {"text", "Kern"}},
-                                                                 {{"id", 1}, {"text", "Anna Kern"}},
-                                                                 {{"id", 5}, {"text", "Ltd"}},
-                                                                 {{"id", 33}, {"text", "+49 2"}},
-                                                                 {{"id", 32}, {"text", "+49 1"}},
-                                                                 {{"id", 35}, {"text", "dropped"}},
-                                                                 {{"id", 300}, {"text", "unknown"}}}));
+    EXPECT_EQ(u"Anna|Kern|Anna Kern|Ltd|+49 1|+49 2|",
+              valuesOf({text(2, "Anna"), text(4, "Kern"), text(1, "Anna Kern"), text(5, "Ltd"),
+                        text(33, "+49 2"), text(32, "+49 1"), text(35, "dropped"), text(300, "unknown")}));
     getAllFields = 1;
-    EXPECT_EQ(u"||||+49 1;+49 3||7\\nunknown", valuesOf({{{"id", 32}, {"text", "+49 1"}},
-                                                         {{"id", 300}, {"text", "unknown"}},
-                                                         {{"id", 516}, {"number", 7}},
-                                                         {{"id", 35}, {"text", "+49 3"}}}));
+    EXPECT_EQ(
+        u"||||+49 1;+49 3||7\\nunknown",
+        valuesOf({text(32, "+49 1"), text(300, "unknown"), {{"id", 516}, {"number", 7}}, text(35, "+49 3")}));
 }
 
 TEST_F(ContactFields, TurnTheirValuesIntoText) {
     setRegistryText(platform::currentUser, u"Control Panel\\International", u"sShortDate", u"dd.MM.yyyy");
     table = tableOf({4, 16, 17, 50, 18, 60});
-    EXPECT_EQ(u"|note; ;|12.04.1975|a@b.de|x;y|", valuesOf({{{"id", 7}, {"text", "note; ;;"}},
+    EXPECT_EQ(u"|note; ;|12.04.1975|a@b.de|x;y|", valuesOf({text(7, "note; ;;"),
                                                             {{"id", 9}, {"date", "1975-04-12T10:30:00"}},
-                                                            {{"id", 259}, {"text", "a=40b.de"}},
-                                                            {{"id", 520}, {"text", "x"}},
-                                                            {{"id", 520}, {"text", " y "}}}));
-    EXPECT_EQ(u"|||||", valuesOf({{{"id", 7}, {"text", nullptr}}, {{"id", 521}, {"text", "unknown"}}}));
+                                                            text(259, "a=40b.de"),
+                                                            text(520, "x"),
+                                                            text(520, " y ")}));
+    EXPECT_EQ(u"|||||", valuesOf({{{"id", 7}, {"text", nullptr}}, text(521, "unknown")}));
 }
 
 TEST_F(ContactFields, NameTheContactsPlaceInItsOwnWords) {
-    addPhone(
-        {contactOf("01", {{{"id", 2}, {"text", "A"}}}), contactOf("02", {{{"id", 514}, {"text", "SIM"}}})});
+    addPhone({contactOf("01", {text(2, "A")}), contactOf("02", {text(514, "SIM")})});
     EXPECT_EQ(2, read());
     EXPECT_EQ(u"1 (SB)", items.at(1).Location);
     EXPECT_EQ(u"SIM (SB)", items.at(2).Location);
@@ -126,10 +96,10 @@ TEST_F(ContactFields, NameTheContactsPlaceInItsOwnWords) {
 
 // The formatted name (id 1), first and last name of one contact, with tables that lack one or the other.
 TEST_F(ContactFields, MakeTheBestOfTheNamesThatAreThere) {
-    const Json formatted = {{"id", 1}, {"text", "Anna Kern"}};
-    const Json first = {{"id", 2}, {"text", "Anna"}};
-    const Json last = {{"id", 4}, {"text", "Kern"}};
-    const Json formattedAsFirst = {{"id", 1}, {"text", "Anna"}};
+    const Json formatted = text(1, "Anna Kern");
+    const Json first = text(2, "Anna");
+    const Json last = text(4, "Kern");
+    const Json formattedAsFirst = text(1, "Anna");
     struct Case {
         std::vector<Long> codes;
         Json fields;
@@ -181,9 +151,7 @@ TEST_F(ContactFields, OfOldLibrariesHaveShortIdsAndRecords) {
     simulator.shape({{"deviceManagement", 29}, {"dataItem", 16}});
     table = tableOf({4, 23, 45, 47, 60});
     stateOf<Devices::State>().platformType = eNokiaPhoneS60;
-    addContact({{{"id", 38}, {"text", "mobile"}},
-                {{"id", 69}, {"text", "web"}},
-                {{"id", 65}, {"address", {"", "", "", "Berlin"}}}});
+    addContact({text(38, "mobile"), text(69, "web"), {{"id", 65}, {"address", {"", "", "", "Berlin"}}}});
     EXPECT_EQ(1, read());
     EXPECT_EQ(u"|mobile||Berlin|web", values());
     simulator.shape({{"deviceManagement", nullptr}, {"dataItem", nullptr}});
@@ -191,7 +159,7 @@ TEST_F(ContactFields, OfOldLibrariesHaveShortIdsAndRecords) {
 
 // Without a second row the values hold no tab, and every field starts anew.
 TEST_F(ContactFields, FitTablesOfAnySize) {
-    const Json fields = {{{"id", 2}, {"text", "Anna"}}, {{"id", 5}, {"text", "Ltd"}}};
+    const Json fields = {text(2, "Anna"), text(5, "Ltd")};
     table = tableOf({1});
     EXPECT_EQ(u"", valuesOf(fields));
     table = tableOf({5});

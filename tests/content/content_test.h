@@ -23,7 +23,6 @@ class ContentTest : public PhoneTest {
         Contacts::CloseContactsConnection();
         PIMApiTerminate();
         Session::DMApiTerminate();
-        EXPECT_EQ("", simulator.leaks());
         EXPECT_EQ(0, simulator.balance()["closedInside"]);
         for (const auto& [block, size] : blocks_)
             machine.memory().freeLow(block, size);

@@ -63,43 +63,37 @@ TEST_F(DataItems, WithoutSizeWordFollowTheRegistryThenTheLibrarysVersion) {
 }
 
 TEST_F(DataItems, KeepTheSizeOnceAndAskTheRegistryOncePerSession) {
-    ReportingLog log;
+    RecordingLog log;
     const Address array = putWords({20, 0, 1, 2, 300});
     CopyToDataStruct(items, array, 1);
     CopyToDataStruct(items, array, 1);
-    EXPECT_EQ(1, std::count(log.lines.begin(), log.lines.end(), u" SizeSet:20"));
+    EXPECT_EQ(1, std::count(log.lines.begin(), log.lines.end(), " SizeSet:20"));
     storeSize(u"16");
     CopyToDataStruct(items, array, 1);
     EXPECT_EQ(u"20", storedSize());
 }
 
 TEST_F(DataItems, ThatCannotBeReadAreNoneAndLeaveTheKnownSize) {
-    ReportingLog log;
+    RecordingLog log;
     CopyToDataStruct(items, putWords({20, 0, 1, 2, 300}), 1);
     const Address whole = putWords({20, 0, 1, 2, 300});
     const Word tooLong[] = {4000000, 0, 1, 2, 300};
     const Word odd[] = {60, 0, 1, 2, 300};
-    struct Case {
-        Address array;
-        Long count;
-    };
-    const Case cases[] = {
-        {0, 255},
-        {0xFFFFFFFF, 1},
-        {whole, 100000},
-        {unmappedPage(), 1},
-        {put(tooLong, sizeof tooLong), 1},
-        {putAtEnd(odd, sizeof odd), 1},
-    };
-    for (const Case& one : cases) {
+    const std::pair<Address, Long> cases[] = {{0, 255},
+                                              {0xFFFFFFFF, 1},
+                                              {whole, 100000},
+                                              {unmappedPage(), 1},
+                                              {put(tooLong, sizeof tooLong), 1},
+                                              {putAtEnd(odd, sizeof odd), 1}};
+    for (const auto& [array, count] : cases) {
         items = {{20, 0, 1, 2, 300}};
-        CopyToDataStruct(items, one.array, one.count);
-        EXPECT_TRUE(items.empty()) << one.count;
+        CopyToDataStruct(items, array, count);
+        EXPECT_TRUE(items.empty()) << count;
         EXPECT_EQ(20, state().ItemRecordSize);
         EXPECT_EQ(u"20", storedSize());
     }
-    EXPECT_THAT(log.lines, Contains(u"!!!4000000"));
-    EXPECT_THAT(log.lines, Contains(u"!!!60"));
+    EXPECT_THAT(log.lines, Contains("!!!4000000"));
+    EXPECT_THAT(log.lines, Contains("!!!60"));
     items = {{20, 0, 1, 2, 300}};
     CopyToDataStruct(items, whole, 0);
     EXPECT_EQ(1u, items.size());

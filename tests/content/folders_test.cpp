@@ -148,11 +148,8 @@ TEST_F(Folders, ThatCannotBeTrueAreNone) {
 }
 
 TEST_F(Folders, WithNamesThatLeadNowhereHaveEmptyNames) {
-    simulator.run("poke", {{"call", "CAGetFolderInfo"},
-                           {"record", "subfolder"},
-                           {"index", 1},
-                           {"word", 3},
-                           {"value", "unmapped"}});
+    simulator.runText(R"({"command": "poke", "call": "CAGetFolderInfo", "record": "subfolder", "index": 1,
+                          "word": 3, "value": "unmapped"})");
     walk();
     EXPECT_THAT(names(), ElementsAre(u"Work", u"", u"Travel", u"Old"));
     simulator.clearPlan();

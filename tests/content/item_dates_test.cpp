@@ -38,33 +38,31 @@ class ItemDates : public ContentTest {
         return dateOf(DateFields{year, month, day, hour, minute, second});
     }
     static DateRecord record(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
-        return {.size = 20,
-                .year = static_cast<std::uint16_t>(year),
-                .month = static_cast<std::uint8_t>(month),
-                .day = static_cast<std::uint8_t>(day),
-                .hour = static_cast<std::uint8_t>(hour),
-                .minute = static_cast<std::uint8_t>(minute),
-                .second = static_cast<std::uint8_t>(second),
-                .padding = 0,
-                .firstOffset = 0,
-                .secondOffset = 0};
+        const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
+        return {20,
+                static_cast<std::uint16_t>(year),
+                byte(month),
+                byte(day),
+                byte(hour),
+                byte(minute),
+                byte(second),
+                0,
+                0,
+                0};
     }
 };
 
 TEST_F(ItemDates, AreReadFromRecordsOfAnySizeByte) {
-    struct Case {
-        Word size;
-        Long remembered;
-    };
-    ReportingLog log;
-    for (const Case& one : {Case{0, 0}, Case{20, 20}, Case{28, 28}, Case{0x4414, 20}, Case{8, 8}}) {
+    RecordingLog log;
+    const std::pair<Word, Long> sizes[] = {{0, 0}, {20, 20}, {28, 28}, {0x4414, 20}, {8, 8}};
+    for (const auto& [size, remembered] : sizes) {
         DateRecord birthday = record(1975, 4, 12, 10, 30);
-        birthday.size = one.size;
+        birthday.size = size;
         state().DateRecordSize = 0;
-        EXPECT_EQ(local(1975, 4, 12), GetDateFromPointer(putAtEnd(&birthday, sizeof birthday))) << one.size;
-        EXPECT_EQ(one.remembered, state().DateRecordSize);
+        EXPECT_EQ(local(1975, 4, 12), GetDateFromPointer(putAtEnd(&birthday, sizeof birthday))) << size;
+        EXPECT_EQ(remembered, state().DateRecordSize);
     }
-    EXPECT_THAT(log.lines, Contains(u"datesize:28"));
+    EXPECT_THAT(log.lines, Contains("datesize:28"));
     for (const Address nowhere : {Address{0}, Address{0xFFFFFFFF}, unmappedPage()})
         EXPECT_EQ(dateZero, GetDateFromPointer(nowhere));
 }

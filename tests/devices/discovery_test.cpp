@@ -6,9 +6,6 @@
 #include "common/executable_file.h"
 #include "common/machine_test.h"
 #include "common/recording_log.h"
-#include "platform/portable/clock.h"
-#include "platform/portable/processes.h"
-#include "platform/portable/registry.h"
 #include "platform/portable/windows.h"
 
 namespace ovno2 {
@@ -35,7 +32,6 @@ class DiscoveryTest : public MachineTest {
   protected:
     DiscoveryTest() {
         std::filesystem::create_directories(driveC);
-        static_cast<platform::portable::PortableRegistry&>(machine.registry()).waitsForDisk = false;
         clock().set({.year = 2008, .month = 7, .day = 1});
         processes().running.emplace();
         processes().onStart = [this](TextView commandLine, Long show) {
@@ -44,12 +40,6 @@ class DiscoveryTest : public MachineTest {
         };
     }
 
-    platform::portable::PortableProcesses& processes() {
-        return static_cast<platform::portable::PortableProcesses&>(machine.processes());
-    }
-    platform::portable::PortableClock& clock() {
-        return static_cast<platform::portable::PortableClock&>(machine.clock());
-    }
     platform::portable::PortableWindows& windows() {
         return static_cast<platform::portable::PortableWindows&>(machine.windows());
     }
@@ -94,123 +84,83 @@ class DiscoveryTest : public MachineTest {
     std::vector<std::array<Long, 4>> callbacks;
 };
 
-TEST_F(DiscoveryTest, ABuildNumberAboveSixEndsTheCheck) {
+// The newest product that is told of somewhere decides, and each place has rules of its own.
+TEST_F(DiscoveryTest, TheVersionComesFromTheFirstPlaceThatKnowsIt) {
+    const std::map<Text, std::pair<TextView, TextView>> places = {
+        {u"build", {vendorKey, u"PCSuiteBuildNumber"}}, {u"ovi", {oviKey, u"OviSuiteBuildNumber"}},
+        {u"suite", {nokiaSuiteKey, u"BuildNumber"}},    {u"folder", {suiteKey, u"ApplicationPath1"}},
+        {u"library", {libraryKey, u"PlatformPath"}},    {u"tray", {runKey, u"PCSuiteTrayApplication"}},
+        {u"other", {runKey, u"Nokia Tray Application"}}};
     struct Case {
-        TextView key, name, build;
-        std::vector<std::string> lines;
-        Single version;
+        TextView registry;
+        std::string file;  // a program on drive C, and its version
+        std::vector<std::uint16_t> fileVersion;
+        Single before, version;
+        std::string lines;  // the last ones
     };
-    for (const Case& c :
-         {Case{vendorKey, u"PCSuiteBuildNumber", u"7.1.180.94", {"v0: 7.1.180.94", "True"}, 7.1F},
-          Case{oviKey, u"OviSuiteBuildNumber", u"4.1", {"OVI: 4.1", "v0: 6.1", "True"}, 6.1F},
-          Case{nokiaSuiteKey, u"BuildNumber", u"4.5.9", {"OVI: 4.5.9", "v0: 6.5", "True"}, 6.5F}}) {
-        set(c.key, c.name, c.build);
-        EXPECT_TRUE(check(/*startit=*/false));
-        EXPECT_EQ(c.lines, lines);
-        EXPECT_FLOAT_EQ(c.version, suiteVersion);
-    }
-    EXPECT_EQ(u"4.5.9", Discovery::SuiteBuildText());
-}
-
-TEST_F(DiscoveryTest, ALowBuildNumberLeadsOn) {
-    set(vendorKey, u"PCSuiteBuildNumber", u"6");
-    set(nokiaSuiteKey, u"BuildNumber", u"1");
-    EXPECT_FALSE(check(false));
-    EXPECT_THAT(lines, ElementsAre("ApplicationPath1:", "PlatformPath:", "PCSuiteTrayApplication:", "False"));
-    EXPECT_EQ(u"", Discovery::SuiteBuildText());
-    EXPECT_EQ(0, suiteVersion);
-
-    set(nokiaSuiteKey, u"BuildNumber", u"");
-    set(oviKey, u"OviSuiteBuildNumber", u"2.1.1.1");
-    EXPECT_FALSE(check(false));
-    EXPECT_THAT(lines, Contains("OVI: 2.1.1.1"));
-    EXPECT_EQ(u"2.1.1.1", Discovery::SuiteBuildText());
-    set(oviKey, u"OviSuiteBuildNumber", u"");
-    check(false);
-    EXPECT_EQ(u"2.1.1.1", Discovery::SuiteBuildText());
-}
-
-TEST_F(DiscoveryTest, TheSuiteProgramCountsAboveVersionSeven) {
-    install("Program Files/Nokia/Nokia PC Suite 7/PCSuite.exe", fileVersion(7, 1));
-    EXPECT_TRUE(check(false));
-    EXPECT_THAT(lines, ElementsAre("ApplicationPath1:", "v0a: 7.1.0.0", "True"));
-    EXPECT_FLOAT_EQ(7.1F, suiteVersion);
-    set(suiteKey, u"ApplicationPath1", u"C:\\Suite");
-    install("Suite/PCSuite.exe", fileVersion(7, 0));
-    suiteVersion = 0;
-    EXPECT_FALSE(check(false));
-    EXPECT_EQ(0, suiteVersion);
-}
-
-TEST_F(DiscoveryTest, TheLibraryCountsWhereNothingNewerIsKnown) {
-    set(libraryKey, u"PlatformPath", u"C:\\PCS");
-    install("PCS/ConnAPI.dll", {.file = {9, 9, 9, 9}, .product = {5, 1, 0, 4}});
-    EXPECT_TRUE(check(false));
-    EXPECT_THAT(lines, ElementsAre("ApplicationPath1:", "PlatformPath:C:\\PCS", " 1:C:\\PCS",
-                                   "ConnApivers:5.1.9.4", "True"));
-    EXPECT_FLOAT_EQ(5.1F, suiteVersion);
-    suiteVersion = 6;
-    EXPECT_TRUE(check(false));
-    EXPECT_THAT(lines,
-                ElementsAre("ApplicationPath1:", "PlatformPath:C:\\PCS", "PCSuiteTrayApplication:", "True"));
-    EXPECT_EQ(6, suiteVersion);
-    suiteVersion = 3;
-    set(libraryKey, u"PlatformPath", u"C:\\gone\\");
-    EXPECT_FALSE(check(false));
-    EXPECT_EQ(0, suiteVersion);
-}
-
-TEST_F(DiscoveryTest, TheTrayProgramsVersionIsLiftedAndThePCSuiteBuildOverridesIt) {
-    struct Case {
-        Text command;  // the tray program's start-up command line
-        Text build;    // of PC Suite
-        Versions programs;
-        Single version;
-        std::string lastLine;  // the last of those about versions
-    };
-    const platform::FileVersion low = fileVersion(1, 2);
+    const std::string none = "ApplicationPath1:|PlatformPath:|PCSuiteTrayApplication:|False";
     const Case cases[] = {
-        {u"rem C:\\Tools\\TrayApplication.exe -auto",
-         u"",
-         {{"Tools/TrayApplication.exe", low}},
-         6.2F,
-         "v1: 1.2.0.0"},
-        {u"REM C:\\a.exe\\b.EXE /x", u"", {{"a.exe/b.EXE", fileVersion(1, 9)}}, 6.9F, "v1: 1.9.0.0"},
-        {u"C:\\Tools\\tray.com /x", u"", {{"Tools/tray.com", fileVersion(2, 5)}}, 2.5F, "v1: 2.5.0.0"},
-        {u"C:\\Tools\\tray v2.0 tool", u"", {{"Tools/tray v2.0 tool", fileVersion(6, 0)}}, 6, "v1: 6.0.0.0"},
-        {u"C:\\gone.exe", u"", {{"Suite/LaunchApplication.exe", fileVersion(1, 0)}}, 6, "v1: 1.0.0.0"},
-        {u"C:\\gone.exe", u"", {}, 0, "v1: "},
-        {u"", u"", {{"Suite/ConnectionManager.exe", fileVersion(2, 5)}}, 6.5F, "v1: 2.5.0.0"},
-        {u"", u"", {{"Suite/ConnectionManager.exe", low}}, 6.2F, "v1: 1.2.0.0"},
-        {u"", u"", {{"Suite/ConnectionManager.exe", fileVersion(3, 0)}}, 7, "v1: 3.0.0.0"},
-        {u"", u"", {{"Suite/ConnectionManager.exe", fileVersion(3, 5)}}, 3.5F, "v1: 3.5.0.0"},
-        {u"", u"", {{"Suite/TrayApplication.exe", fileVersion(2, 5)}}, 2.5F, "v1: 2.5.0.0"},
-        {u"", u"5.9.1", {{"Suite/ConnectionManager.exe", low}}, 5.9F, "v1a: 5.9.1"},
+        {u"build=7.1.180.94", "", {}, 0, 7.1F, "v0: 7.1.180.94|True"},
+        {u"ovi=4.1", "", {}, 0, 6.1F, "OVI: 4.1|v0: 6.1|True"},
+        {u"suite=4.5.9", "", {}, 0, 6.5F, "OVI: 4.5.9|v0: 6.5|True"},
+        {u"build=6|suite=1", "", {}, 0, 0, none},
+        {u"ovi=2.1.1.1", "", {}, 0, 0, "OVI: 2.1.1.1|" + none},
+        {u"", "Program Files/Nokia/Nokia PC Suite 7/PCSuite.exe", {7, 1}, 0, 7.1F, "v0a: 7.1.0.0|True"},
+        {u"folder=C:\\Suite", "Suite/PCSuite.exe", {7, 0}, 0, 0, "|v1: |False"},
+        {u"library=C:\\PCS", "PCS/ConnAPI.dll", {5, 1}, 0, 5.1F, " 1:C:\\PCS|ConnApivers:5.1.9.4|True"},
+        {u"library=C:\\PCS", "PCS/ConnAPI.dll", {5, 1}, 6, 6, ":C:\\PCS|PCSuiteTrayApplication:|True"},
+        {u"library=C:\\gone\\", "", {}, 3, 0, "ConnApivers:|False"},
+        {u"tray=rem C:\\Tools\\Tray.exe -auto", "Tools/Tray.exe", {1, 2}, 0, 6.2F, "v1: 1.2.0.0|True"},
+        {u"tray=REM C:\\a.exe\\b.EXE /x", "a.exe/b.EXE", {1, 9}, 0, 6.9F, "v1: 1.9.0.0|True"},
+        {u"tray=C:\\Tools\\tray.com /x", "Tools/tray.com", {2, 5}, 0, 2.5F, "v1: 2.5.0.0|False"},
+        {u"tray=C:\\tray v2.0 tool", "tray v2.0 tool", {6, 0}, 0, 6, "v1: 6.0.0.0|True"},
+        {u"folder=C:\\S|tray=C:\\gone.exe", "S/LaunchApplication.exe", {1, 0}, 0, 6, "v1: 1.0.0.0|True"},
+        {u"folder=C:\\S|tray=C:\\gone.exe", "", {}, 0, 0, "|v1: |False"},
+        {u"folder=C:\\S", "S/ConnectionManager.exe", {2, 5}, 0, 6.5F, "v1: 2.5.0.0|True"},
+        {u"folder=C:\\S", "S/ConnectionManager.exe", {1, 2}, 0, 6.2F, "v1: 1.2.0.0|True"},
+        {u"folder=C:\\S", "S/ConnectionManager.exe", {3, 0}, 0, 7, "v1: 3.0.0.0|True"},
+        {u"folder=C:\\S", "S/ConnectionManager.exe", {3, 5}, 0, 3.5F, "v1: 3.5.0.0|False"},
+        {u"folder=C:\\S", "S/TrayApplication.exe", {2, 5}, 0, 2.5F, "v1: 2.5.0.0|False"},
+        {u"folder=C:\\S|build=5.9", "S/ConnectionManager.exe", {1, 2}, 0, 5.9F, "v1a: 5.9|False"},
+        {u"other=C:\\tray.exe", "tray.exe", {6, 3}, 0, 6.3F, "v2: 6.3.0.0|True"},
+        {u"other=C:\\tray.exe -auto", "tray.exe", {6, 3}, 0, 0, "v2: |False"},
     };
-    set(suiteKey, u"ApplicationPath1", u"C:\\Suite");
     for (const Case& c : cases) {
         std::filesystem::remove_all(driveC);
         std::filesystem::create_directories(driveC);
-        for (const auto& [file, version] : c.programs)
-            install(file, version);
-        set(runKey, u"PCSuiteTrayApplication", c.command);
-        set(vendorKey, u"PCSuiteBuildNumber", c.build);
-        suiteVersion = 0;
-        EXPECT_EQ(c.version >= 6, check(false)) << c.lastLine;
-        EXPECT_FLOAT_EQ(c.version, suiteVersion) << c.lastLine;
-        EXPECT_EQ(c.lastLine, lines[lines.size() - 2]);
+        if (!c.file.empty()) {
+            platform::FileVersion version = fileVersion(c.fileVersion[0], c.fileVersion[1]);
+            if (c.file.ends_with("dll")) version = platform::FileVersion{{9, 9, 9, 9}, {5, 1, 0, 4}};
+            install(c.file, version);
+        }
+        for (const auto& [place, name] : places)
+            set(name.first, name.second, u"");
+        for (const Text& entry : split(c.registry, u'|'))
+            if (const std::size_t sign = entry.find(u'='); sign != Text::npos) {
+                const auto& [key, name] = places.at(entry.substr(0, sign));
+                set(key, name, entry.substr(sign + 1));
+            }
+        suiteVersion = c.before;
+        EXPECT_EQ(c.lines.ends_with("True"), check(/*startit=*/false)) << c.lines;
+        EXPECT_FLOAT_EQ(c.version, suiteVersion) << c.lines;
+        std::string all;
+        for (const std::string& line : lines)
+            all += "|" + line;
+        EXPECT_TRUE(all.ends_with(c.lines)) << all;
     }
 }
 
-TEST_F(DiscoveryTest, TheOtherTrayProgramIsTakenAsAPathAsItIs) {
-    set(runKey, u"Nokia Tray Application", u"C:\\tray.exe");
-    install("tray.exe", fileVersion(6, 3));
-    EXPECT_TRUE(check(false));
-    EXPECT_EQ("v2: 6.3.0.0", lines[lines.size() - 2]);
-    EXPECT_FLOAT_EQ(6.3F, suiteVersion);
-    set(runKey, u"Nokia Tray Application", u"C:\\tray.exe -auto");
-    EXPECT_FALSE(check(false));
-    EXPECT_EQ(0, suiteVersion);
+TEST_F(DiscoveryTest, TheBuildTextIsKeptUntilAnotherIsFound) {
+    set(nokiaSuiteKey, u"BuildNumber", u"1");
+    check(false);
+    EXPECT_EQ(u"", Discovery::SuiteBuildText());
+    Text kept;
+    for (const TextView build : {u"2.1", u"", u"4.5.9", u""}) {
+        set(nokiaSuiteKey, u"BuildNumber", build);
+        check(false);
+        EXPECT_EQ(build.empty() ? kept : build, Discovery::SuiteBuildText());
+        kept = Discovery::SuiteBuildText();
+    }
 }
 
 TEST_F(DiscoveryTest, ASuiteThatRunsIsNotStartedAgain) {
@@ -268,10 +218,7 @@ TEST_F(DiscoveryTest, WithStartingTheResultOfTheBuildNumberStands) {
     EXPECT_TRUE(check(true));
     EXPECT_THAT(lines, ElementsAre("v0: 7.1", "ApplicationPath1:", "PlatformPath:", "PCSuiteTrayApplication:",
                                    "", "", "True"));
-}
-
-TEST_F(DiscoveryTest, ASyncProgramThatRunsIsLeftAlone) {
-    run(u"C:\\PcSync2.exe");
+    run(u"C:\\PcSync2.exe");  // which is left alone as well
     EXPECT_EQ(1, Discovery::LaunchPCSuite2IfRequired(addCallback(6)));
     EXPECT_TRUE(callbacks.empty());
     EXPECT_TRUE(clock().sleeps().empty());
@@ -297,10 +244,9 @@ TEST_F(DiscoveryTest, TheSyncProgramIsStartedAndItsDialogWaitedFor) {
     startFailure = permissionDenied;  // whether it came up is the next check's to see
     EXPECT_EQ(1, Discovery::LaunchPCSuite2IfRequired(addCallback(0)));
     EXPECT_THAT(started, ElementsAre("C:\\Nokia Suite\\PcSync2.exe /NoDialog (2)"));
-    ASSERT_EQ(52u, callbacks.size());
-    EXPECT_EQ((std::array<Long, 4>{1, 75, 0, 0}), callbacks[0]);
-    EXPECT_EQ((std::array<Long, 4>{3, 0, 0, 0}), callbacks[1]);
-    EXPECT_EQ((std::array<Long, 4>{3, 0, 0, 0}), callbacks[51]);
+    std::vector<std::array<Long, 4>> expected(52, {3, 0, 0, 0});
+    expected[0] = {1, 75, 0, 0};
+    EXPECT_EQ(expected, callbacks);
     std::vector<std::uint32_t> sleeps(51, 50);
     sleeps.push_back(1000);
     EXPECT_EQ(sleeps, clock().sleeps());

@@ -24,18 +24,22 @@ class PhoneFilesTest : public PhoneTest {
                   "readOnly": ["C/Data/locked.txt"],
                   "attributes": {"C/Data/Images": "0x2000"},
                   "times": {"C/Data/a.txt": "2008-07-19T16:04:11Z", "C/Data/locked.txt": "2008-07-19T22:00:00Z"}})");
-        write(disk("C/Data/a.txt"), "hello");
-        write(disk("C/Data/locked.txt"), "x");
-        write(disk("C/Data/Images/p.jpg"), "jpeg");
-        std::filesystem::create_directories(disk("E/empty"));
-        EXPECT_THAT(simulator.load(folder.path() / "phones"), ::testing::IsEmpty());
         std::filesystem::create_directories(folder.path() / "pc");
+        fillDisk();
+        attachPhone();
     }
     ~PhoneFilesTest() override {
         NokiaFiles::CloseFS();
         Session::DMApiTerminate();
-        EXPECT_EQ("", simulator.leaks());
     }
+
+    void fillDisk() const {
+        write(disk("C/Data/a.txt"), "hello");
+        write(disk("C/Data/locked.txt"), "x");
+        write(disk("C/Data/Images/p.jpg"), "jpeg");
+        std::filesystem::create_directories(disk("E/empty"));
+    }
+    void attachPhone() const { EXPECT_THAT(simulator.load(folder.path() / "phones"), ::testing::IsEmpty()); }
 
     std::filesystem::path image() const { return folder.path() / "phones" / "n95"; }
     std::filesystem::path disk(const std::string& path) const { return image() / "files" / path; }

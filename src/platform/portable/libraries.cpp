@@ -13,18 +13,19 @@ namespace fs = std::filesystem;
 
 class SharedObject : public Library {
   public:
-    SharedObject(void* handle, const std::set<std::string>& missing) : handle_(handle), missing_(missing) {}
+    SharedObject(void* handle, const std::set<std::string, std::less<>>& missing)
+        : handle_(handle), missing_(missing) {}
     ~SharedObject() override { dlclose(handle_); }
     SharedObject(const SharedObject&) = delete;
     SharedObject& operator=(const SharedObject&) = delete;
 
     void* symbol(const char* name) override {
-        return missing_.count(name) != 0 ? nullptr : dlsym(handle_, name);
+        return missing_.contains(name) ? nullptr : dlsym(handle_, name);
     }
 
   private:
     void* handle_;
-    const std::set<std::string>& missing_;  // the machine's, which outlives every library
+    const std::set<std::string, std::less<>>& missing_;  // the machine's, which outlives every library
 };
 
 fs::path programFolder() {

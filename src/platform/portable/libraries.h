@@ -22,7 +22,7 @@ class PortableLibraries : public Libraries {
     void searchOnlyIn(std::filesystem::path folder) { folder_ = std::move(folder); }
     // What the machine pretends not to have: library names as in `load`, function names as in `symbol`.
     std::set<Text> missingLibraries;
-    std::set<std::string> missingFunctions;
+    std::set<std::string, std::less<>> missingFunctions;
     // The folder that counts as the module's own; empty = the running program's.
     std::filesystem::path moduleFolderOverride;
 

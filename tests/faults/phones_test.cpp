@@ -1,0 +1,87 @@
+#include "common/every_fault.h"
+
+namespace ovno2 {
+namespace {
+
+class PhoneFaults : public EveryFault<PhoneTest> {
+  protected:
+    void attachPhones() override {
+        simulator.addPhone(simulator::Control::plainPhone("356300010000017"));
+        simulator.addPhone(simulator::Control::plainPhone("356300010000025", "Nokia 6300"));
+    }
+
+    static bool isEither(const Text& text, TextView one, TextView other) {
+        return text == one || text == other || text.empty();
+    }
+};
+
+// With the arrays, an entry is the phone's or empty, and an array that was not begun is as the host passed
+// it.
+TEST_F(PhoneFaults, AListHoldsPhonesOrWhatItHeld) {
+    TextArray models, ids, addresses, names;
+    LongArray media, types;
+    const auto isList = [](const TextArray& array, const std::vector<Text>& whole, Fault fault) {
+        const std::vector<Text>& entries = array.elements();
+        if (entries == std::vector<Text>{u"kept"} || entries.empty()) return fault != Fault::none;
+        if (fault == Fault::none) return entries == whole;
+        for (std::size_t i = 0; i < entries.size(); ++i)
+            if (!entries[i].empty() && std::count(whole.begin(), whole.end(), entries[i]) == 0) return false;
+        return true;
+    };
+    forEveryFault(
+        {.prepare =
+             [&] {
+                 models = ids = addresses = names = TextArray({u"kept"});
+                 media = types = LongArray({-5});
+             },
+         .run =
+             [&](covNo2& phone) {
+                 return phone.GetConnectedDevices(models, media, ids, addresses, names, types);
+             },
+         .done = 2,
+         .otherwise = {-1, -2, -3, -7}},
+        [&](Long result, Fault fault) {
+            EXPECT_TRUE(isList(models, {u"Nokia N95", u"Nokia 6300"}, fault));
+            EXPECT_TRUE(isList(ids, {u"356300010000017", u"356300010000025"}, fault));
+            EXPECT_TRUE(isList(names, {u"Nokia N95", u"Nokia 6300"}, fault));
+            EXPECT_TRUE(isList(addresses, {u"", u""}, fault));
+            if (result < 0) {
+                EXPECT_EQ(u"kept", ids.at(0));
+            }
+            if (fault == Fault::none) {
+                EXPECT_EQ((std::vector<Long>{eMediaUSB, eMediaUSB}), media.elements());
+                EXPECT_EQ((std::vector<Long>{eNokiaPhoneS60_5, eNokiaPhoneS60_5}), types.elements());
+            }
+            if (fault == Fault::library && result == 2) {
+                EXPECT_EQ(2u, models.size());
+            }
+        });
+}
+
+constexpr Long allMedia = 30;  // in the library's numbering
+
+TEST_F(PhoneFaults, MediaAreListedOrNone) {
+    forEveryFault({.prepare = [] {},
+                   .run = [](covNo2& phone) { return phone.GetConnections(); },
+                   .done = allMedia,
+                   .otherwise = {0, -1, -9}},
+                  [](Long, Fault) {});
+}
+
+// A medium is switched off or stays on; nothing tells which, but the next list.
+TEST_F(PhoneFaults, AMediumIsSwitchedOrStays) {
+    forEveryFault(
+        {.prepare = [] {},
+         .run = [](covNo2& phone) { return phone.Connect(eMediaBT, -1, {}, {}, /*Dicsonnect=*/true); },
+         .done = 0,
+         .otherwise = {-1, -9}},
+        [&](Long result, Fault fault) {
+            covNo2 phone;
+            const Long active = phone.GetConnections();
+            EXPECT_TRUE(active == (allMedia & ~8) || (fault != Fault::none && active == allMedia))
+                << active << " after " << result;
+        });
+}
+
+}  // namespace
+}  // namespace ovno2
