@@ -82,6 +82,7 @@ TEST_F(RegistryAccess, ALeadingBackslashIsDroppedInTheCallersPathToo) {
     EXPECT_EQ(key, path);
     EXPECT_EQ(u"1", get(u"v"));
     EXPECT_TRUE(Registry::SetRegValue(currentUser, TextView(u"\\Software\\Test"), u"v", u"2", 1));
+    EXPECT_EQ(u"2", get(u"v"));
     path = u"\\";
     EXPECT_FALSE(Registry::SetRegValue(currentUser, path, u"v", u"", 1));
     EXPECT_EQ(u"", path);

@@ -93,12 +93,12 @@ TEST_F(MachineRegistry, AnAnsiExportIsReadInThePageItNames) {
     put("REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage]\r\n\"ACP\"="
         "\"1251\"\r\n"
         "[HKEY_CURRENT_USER\\Software\\A]\r\n\"name\"=\"\xCC\xE0\xF8\xE0\"\r\n\"list\"=hex(7):cc,00,"
-        "00\r\n\"path\"=hex(2):CC,00\r\n");
+        "00\r\n\"path\"=hex(2):CA,00\r\n");
     for (const bool changed : {false, true}) {  // survives the change to UTF-8
         if (changed) setRegistryText(currentUser, u"Software\\A", u"new", u"\u96FB");
         EXPECT_EQ(toUtf8(u"Маша"), read(currentUser, u"Software\\A", u"name"));
         EXPECT_EQ(std::string("\xD0\x9C\0", 3), read(currentUser, u"Software\\A", u"list"));
-        EXPECT_EQ(toUtf8(u"М"), read(currentUser, u"Software\\A", u"path"));
+        EXPECT_EQ(toUtf8(u"К"), read(currentUser, u"Software\\A", u"path"));
         EXPECT_EQ(changed ? "\xE9\x9B\xBB" : "-", read(currentUser, u"Software\\A", u"new"));
     }
     EXPECT_THAT(contents(), testing::StartsWith("Windows Registry Editor Version 5.00\r\n"));
