@@ -1,6 +1,5 @@
 // The viewer as a process of its own, watched by a program that logs: this one.
 #include <csignal>
-#include <fcntl.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sys/wait.h>
@@ -27,22 +26,14 @@ std::string contentOf(const fs::path& file) {
 
 class ViewerProcess {
   public:
-    ViewerProcess(const fs::path& home, std::vector<std::string> options, const char* name = "output")
+    // `options` as a shell takes them; what it says goes to the file `name` in `home`.
+    ViewerProcess(const fs::path& home, const std::string& options, const char* name = "output")
         : output_(home / name) {
         fs::remove(output_);
-        options.insert(options.begin(), OVVIEWER);
-        std::vector<char*> arguments;
-        for (std::string& option : options)
-            arguments.push_back(option.data());
-        arguments.push_back(nullptr);
+        const std::string line = "OVNO2_HOME='" + home.string() + "' exec '" OVVIEWER "' " + options + " >'" +
+                                 output_.string() + "' 2>&1";
         process_ = fork();
-        if (process_ != 0) return;
-        setenv("OVNO2_HOME", home.c_str(), /*overwrite=*/1);
-        const int file = open(output_.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-        dup2(file, STDOUT_FILENO);
-        dup2(file, STDERR_FILENO);
-        execv(OVVIEWER, arguments.data());
-        _exit(127);
+        if (process_ == 0) execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
     }
     ~ViewerProcess() {
         if (process_ > 0) end(SIGKILL);
@@ -90,16 +81,14 @@ TEST_F(Ovviewer, ShowsAndSavesTheLinesOfAnotherProcessByEitherChannel) {
     const fs::path saved = folder.path() / "saved.log";
     std::ofstream(saved) << "before\n";
     struct {
-        std::vector<std::string> options;
+        std::string options;
         const char* mode;
         const char* shown;
     } const cases[] = {
-        {{"--mode", "chunks", "--level", "4"},
-         "2",
+        {"--mode chunks --level 4", "2",
          "[ovNo2] remote Debug on, Level: 4\n[ovNo2] <GetDevices>_\n[ovNo2]  <Read>_\n[ovNo2]   für ??\n"
          "[ovNo2]  </Read>\n[ovNo2] </GetDevices>\n"},
-        {{"--routine", "Read", "--save", saved.string()},
-         "3",
+        {"--routine Read --save " + saved.string(), "3",
          "[ovNo2]  <Read>_\n[ovNo2]   für 電話\n[ovNo2]  </Read>\n"},
     };
     for (const auto& [options, mode, shown] : cases) {
@@ -126,13 +115,13 @@ TEST_F(Ovviewer, ShowsAndSavesTheLinesOfAnotherProcessByEitherChannel) {
 TEST_F(Ovviewer, AViewerThatWasKilledIsReplacedAndAllItWroteGoes) {
     std::string abandoned;
     {
-        ViewerProcess killed(folder.path(), {"--level", "3"});
+        ViewerProcess killed(folder.path(), "--level 3");
         ASSERT_TRUE(published()) << killed.output();
         abandoned = value("hWnd");
         EXPECT_EQ(-SIGKILL, killed.end(SIGKILL));
         EXPECT_EQ("1", value("On"));  // left behind
     }
-    ViewerProcess next(folder.path(), {});
+    ViewerProcess next(folder.path(), "");
     EXPECT_TRUE(soon([&] { return value("hWnd") != abandoned && value("On") == "1"; })) << next.output();
     EXPECT_EQ(0, next.end(SIGTERM));
     expectNothingPublished();
@@ -141,11 +130,11 @@ TEST_F(Ovviewer, AViewerThatWasKilledIsReplacedAndAllItWroteGoes) {
 TEST_F(Ovviewer, GivesBackWhatWasThereAndKeepsWhatOthersChanged) {
     setRegistryText(platform::currentUser, debugKey, u"Mode", u"0");
     setRegistryText(platform::currentUser, debugKey, u"Level", u"5");
-    ViewerProcess viewer(folder.path(), {"--level", "2"});
+    ViewerProcess viewer(folder.path(), "--level 2");
     ASSERT_TRUE(published()) << viewer.output();
     const std::string window = value("hWnd");
     {
-        ViewerProcess second(folder.path(), {"--mode", "chunks"}, "second");
+        ViewerProcess second(folder.path(), "--mode chunks", "second");
         EXPECT_EQ(1, second.wait());
         EXPECT_THAT(second.output(), HasSubstr("running already"));
     }
@@ -160,13 +149,13 @@ TEST_F(Ovviewer, GivesBackWhatWasThereAndKeepsWhatOthersChanged) {
 
 TEST_F(Ovviewer, RefusesAWrongCommandLineAndAFileThatCannotBeWritten) {
     struct {
-        std::vector<std::string> options;
+        std::string options;
         int status;
         const char* message;
-    } const cases[] = {{{"--level", "16"}, 2, "--level"},
-                       {{"--mode", "pigeon"}, 2, "--mode"},
-                       {{"--save", folder.path().string()}, 1, "directory"},
-                       {{"--help"}, 0, "--routine"}};
+    } const cases[] = {{"--level 16", 2, "--level"},
+                       {"--mode pigeon", 2, "--mode"},
+                       {"--save " + folder.path().string(), 1, "directory"},
+                       {"--help", 0, "--routine"}};
     for (const auto& [options, status, message] : cases) {
         ViewerProcess viewer(folder.path(), options);
         EXPECT_EQ(status, viewer.wait());
