@@ -51,7 +51,8 @@ Long CheckContactsConnection(const Text& serial) {
 
 Long CloseContactsConnection() {
     const RoutineLog log(u"CloseContactsConnection");
-    return connection().close();
+    State* const state = existingStateOf<State>();
+    return state ? state->connection.close() : 0;
 }
 
 Long GetContactsFolder(const Text& model, Text& serial) {

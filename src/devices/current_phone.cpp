@@ -13,8 +13,10 @@ struct State {
 
 }  // namespace
 
-const CurrentPhone& currentPhone() {
-    return stateOf<State>().phone;
+const CurrentPhone& currentPhone() noexcept {
+    static const CurrentPhone none;
+    const State* const state = existingStateOf<State>();
+    return state ? state->phone : none;
 }
 
 void setCurrentPhone(const Text& serial, const Text& model) {
@@ -26,10 +28,11 @@ void setCurrentModel(const Text& model) {
     attempt([&] { stateOf<State>().phone.model = model; });
 }
 
-void forgetCurrentPhone() {
-    CurrentPhone& phone = stateOf<State>().phone;
-    phone.serial.clear();
-    phone.model.clear();
+void forgetCurrentPhone() noexcept {
+    State* const state = existingStateOf<State>();
+    if (!state) return;
+    state->phone.serial.clear();
+    state->phone.model.clear();
 }
 
 }  // namespace ovno2::Devices

@@ -15,10 +15,10 @@ struct CurrentPhone {
     Text model;
 };
 
-const CurrentPhone& currentPhone();
+const CurrentPhone& currentPhone() noexcept;  // empty texts while none is known
 // A part that there is no memory for keeps its old value.
 void setCurrentPhone(const Text& serial, const Text& model);
 void setCurrentModel(const Text& model);
-void forgetCurrentPhone();
+void forgetCurrentPhone() noexcept;
 
 }  // namespace ovno2::Devices

@@ -13,22 +13,30 @@ struct State {
 }  // namespace
 
 Answer start(Word version) {
+    // A start that could not be counted would never be undone.
+    State* state = nullptr;
+    const FailureNumber failure = attempt([&] { state = &stateOf<State>(); });
+    if (failure != noFailure) return {.failure = failure};
     const Answer answer = CONAInitialize.tried(version, u"Nokia");
-    if (answer.succeeded()) ++stateOf<State>().startCount;
+    if (answer.succeeded()) ++state->startCount;
     return answer;
 }
 
-Long startCount() {
-    return stateOf<State>().startCount;
+Long startCount() noexcept {
+    const State* const state = existingStateOf<State>();
+    return state ? state->startCount : 0;
 }
 
-void undoStarts() {
-    for (Long& count = stateOf<State>().startCount; count >= 1; --count)
+void undoStarts() noexcept {
+    State* const state = existingStateOf<State>();
+    if (!state) return;
+    for (; state->startCount >= 1; --state->startCount)
         CONAUninitialize.tried(0);
 }
 
-Long recordedContentVersion() {
-    return stateOf<State>().contentVersion;
+Long recordedContentVersion() noexcept {
+    const State* const state = existingStateOf<State>();
+    return state ? state->contentVersion : 0;
 }
 
 void recordContentVersion(Long version) {

@@ -10,13 +10,13 @@ namespace ovno2::library {
 
 // Starts the library under `version` in the module's name; a start that succeeds is counted.
 Answer start(Word version);
-Long startCount();
+Long startCount() noexcept;
 // Stops the library as often as it was started.
-void undoStarts();
+void undoStarts() noexcept;
 
 // The content-access library's version that was recorded last; 0 while none was. The device-management and
 // media sessions choose the version that they ask for by it.
-Long recordedContentVersion();
+Long recordedContentVersion() noexcept;
 void recordContentVersion(Long version);
 
 }  // namespace ovno2::library

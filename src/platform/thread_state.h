@@ -103,4 +103,11 @@ State& stateOf() {
     return threadState().get<State>();
 }
 
+// The calling thread's state of a module, null while it has none: for readers that must not need memory.
+template <class State>
+State* existingStateOf() {
+    const ThreadState* const state = existingThreadState();
+    return state ? state->find<State>() : nullptr;
+}
+
 }  // namespace ovno2
