@@ -3,7 +3,8 @@
 // The log is off unless registry values switch it on. Lines then go to a text file, each one opening,
 // extending and closing it, or live to a viewer's window (viewer_channel.h). Whether the log is on never
 // changes a result. All state is the calling thread's: the settings once read, the indent, the viewer's
-// window and shared area, the open keys of the switches that are re-checked. The public class runs these routines; everything else only calls `DebugWrite`.
+// window and shared area, the open keys of the switches that are re-checked. The public class runs these
+// routines; everything else only calls `DebugWrite`.
 #pragma once
 
 namespace ovno2::DebugLog {
