@@ -126,8 +126,9 @@ ComPointer<_covNo2> ComponentTest::create() {
     return object;
 }
 
-LONG ComponentTest::readContacts(_covNo2& object, OwnedSafeArray& items, IDispatch* progress) {
-    TextVariable model(u"Nokia N95"), phoneId(Text(serial.begin(), serial.end())), book;
+LONG ComponentTest::readContacts(_covNo2& object, OwnedSafeArray& items, IDispatch* progress,
+                                 TextView phone) {
+    TextVariable model(u"Nokia N95"), phoneId(phone), book;
     OwnedSafeArray table(host::newTable(tableOf({1, 2, 3, 23})));
     OwnedSafeArray groups;
     LONG result = 0;

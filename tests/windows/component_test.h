@@ -40,6 +40,20 @@ SAFEARRAY* newTexts(const std::vector<Text>& texts, LONG lowerBound = 0);
 // A host's field-definition table with these codes, one a row.
 TextTable tableOf(const std::vector<Long>& codes);
 
+// The six arrays of a list of phones.
+struct DeviceLists {
+    OwnedSafeArray models, media, serials, addresses, names, types;
+
+    // Asks for the list; gives the result.
+    LONG read(_covNo2& object) {
+        LONG result = -100;
+        EXPECT_EQ(S_OK, object.GetConnectedDevices(models.address(), media.address(), serials.address(),
+                                                   addresses.address(), names.address(), types.address(),
+                                                   /*medium=*/-1, &result));
+        return result;
+    }
+};
+
 class ComponentTest : public ::testing::Test {
   protected:
     ComponentTest();
@@ -59,8 +73,9 @@ class ComponentTest : public ::testing::Test {
         addPhone({contactOf("0A01", {{{"id", 2}, {"text", "Anna"}}, {{"id", 4}, {"text", "Müller"}}}),
                   contactOf("0A02", {{{"id", 2}, {"text", "Jörg"}}, {{"id", 64}, {"text", "0171 1"}}})});
     }
-    // Reads the phone book into `items`; gives the result.
-    LONG readContacts(_covNo2& object, OwnedSafeArray& items, IDispatch* progress = nullptr);
+    // Reads a phone book into `items`; gives the result.
+    static LONG readContacts(_covNo2& object, OwnedSafeArray& items, IDispatch* progress = nullptr,
+                             TextView phone = u"356300010000017");
 
     simulator::Control simulator;
     const std::string serial = "356300010000017";

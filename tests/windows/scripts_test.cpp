@@ -39,13 +39,6 @@ TEST_F(ScriptsTest, JScriptGetsItsArraysFilled) {
     EXPECT_THAT(printed, HasSubstr("\nNokia E65|2|356300050000052|Toms E65|63\nerror 5\n"));
 }
 
-TEST_F(ScriptsTest, VbScriptReadsVersionsAndMeetsTheStandardErrors) {
-    EXPECT_EQ(
-        "_covNo2\ncontent access 50\nsuite 0\nstatuses Empty\nuids 0 Empty\n"
-        "too few 450\ntoo many 450\nwrong type 13\nunknown 438\n",
-        output(script("versions.vbs")));
-}
-
 TEST_F(ScriptsTest, AScriptsProgressControlIsAdvanced) {
     const std::string printed = output(script("progress.vbs"));
     int contacts = 0;
