@@ -22,7 +22,7 @@
 #include "contacts/contacts.h"
 #include "core/current_platform.h"
 #include "devices/session.h"
-#include "host/com_client.h"
+#include "host/driver/com_client.h"
 #include "log/debug_log.h"
 #include "simulator/control/control.h"
 
@@ -90,8 +90,8 @@ namespace ovno2 {
 namespace {
 
 using com::OwnedSafeArray;
+using host::Bstr;
 using host::ComPointer;
-using host::TextVariable;
 
 // --- Time ------------------------------------------------------------------------------------------------
 
@@ -144,7 +144,7 @@ void benchCalls(_covNo2& object) {
     BareObject bareObject;
     Bare* bare = &bareObject;
     LONG on = 1;
-    TextVariable word(u"Besprechung");
+    Bstr word(u"Besprechung");
     perCall("  bare virtual call", [&](int count) {
         for (int i = 0; i < count; ++i) {
             asm volatile("" : "+r"(bare));  // nobody knows any more whose call it is
@@ -251,7 +251,7 @@ double readByCore(const TextTable& fields) {
 }
 
 double readBySlot(_covNo2& object, OwnedSafeArray& table) {
-    TextVariable model(u"Nokia N95"), phone, book;
+    Bstr model(u"Nokia N95"), phone, book;
     OwnedSafeArray items, groups;
     return timeOf([&] {
         LONG result = 0;
@@ -263,7 +263,7 @@ double readBySlot(_covNo2& object, OwnedSafeArray& table) {
 }
 
 double readByInvoke(_covNo2& object, OwnedSafeArray& table) {
-    TextVariable model(u"Nokia N95"), phone, book;
+    Bstr model(u"Nokia N95"), phone, book;
     OwnedSafeArray items, groups;
     const std::pair<VARTYPE, void*> variables[] = {{VT_ARRAY | VT_BSTR, groups.address()},
                                                    {VT_ARRAY | VT_BSTR, table.address()},

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "com/class_factory.h"
-#include "host/com_client.h"
+#include "host/driver/com_client.h"
 #include "platform/win32/dispatch_object.h"
 
 namespace ovno2 {

@@ -14,7 +14,7 @@
 #include "com/script_arrays.h"
 #include "common/failing_allocator.h"
 #include "driver/cov_no2.h"
-#include "host/com_client.h"
+#include "host/driver/com_client.h"
 #include "platform/win32/dispatch_object.h"
 #include "platform_native/call.h"
 

@@ -128,7 +128,7 @@ ComPointer<_covNo2> ComponentTest::create() {
 
 LONG ComponentTest::readContacts(_covNo2& object, OwnedSafeArray& items, IDispatch* progress,
                                  TextView phone) {
-    TextVariable model(u"Nokia N95"), phoneId(phone), book;
+    Bstr model(u"Nokia N95"), phoneId(phone), book;
     OwnedSafeArray table(host::newTable(tableOf({1, 2, 3, 23})));
     OwnedSafeArray groups;
     LONG result = 0;

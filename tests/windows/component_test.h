@@ -13,17 +13,16 @@
 #include <vector>
 
 #include "com/interface.h"
-#include "host/com_client.h"
+#include "host/driver/com_client.h"
 #include "simulator/control/control.h"
 
 namespace ovno2::windows_tests {
 
-using com::Bstr;
+using host::Bstr;
 using host::ComPointer;
 using host::OwnedSafeArray;
 using host::slotsOf;
 using host::textOf;
-using host::TextVariable;
 using Json = nlohmann::json;
 
 // A file or folder of the build as Windows names it.

@@ -47,7 +47,7 @@ class FilesTest : public ComponentTest {
     // The entries' names as they are shown, and the result.
     std::pair<std::vector<Text>, LONG> list(TextView path) {
         LONG result = -1;
-        TextVariable model(u"Nokia N95");
+        Bstr model(u"Nokia N95");
         OwnedSafeArray entries;
         EXPECT_EQ(S_OK,
                   object->GetDirContents(model.address(), entries.address(), Bstr(path).get(), &result));
@@ -59,14 +59,14 @@ class FilesTest : public ComponentTest {
     // A member with one or two texts.
     LONG call(HRESULT (STDMETHODCALLTYPE _covNo2::*member)(BSTR*, LONG*), TextView path) {
         LONG result = -100;
-        TextVariable first(path);
+        Bstr first(path);
         EXPECT_EQ(S_OK, (object.get()->*member)(first.address(), &result));
         return result;
     }
     LONG call(HRESULT (STDMETHODCALLTYPE _covNo2::*member)(BSTR*, BSTR*, LONG*), TextView path, TextView to,
               TextView toAfter = {}) {
         LONG result = -100;
-        TextVariable first(path), second(to);
+        Bstr first(path), second(to);
         EXPECT_EQ(S_OK, (object.get()->*member)(first.address(), second.address(), &result));
         EXPECT_EQ(toAfter.empty() ? to : toAfter, second.text());
         return result;
