@@ -32,7 +32,13 @@ while read -r -a files; do
 done < <(ninja -t deps | awk '
     /^[^ ]/ { if (line != "") print line; line = ""; next }
     NF { line = line (line == "" ? "" : " ") $1 }
-    END { if (line != "") print line }' | sort -u)
+    END { if (line != "") print line }' |
+    sed "s#\(^\| \)\.\./\.\./#\1$root/#g" | sort -u)  # a compiler cache may tell the headers relative to the build
+
+if [ ${#seen[@]} -eq 0 ]; then
+    echo "check-tidy: the build knows no source of the project" >&2
+    exit 1
+fi
 
 [ ${#todo[@]} -gt 0 ] || exit 0
 echo "check-tidy: $((${#todo[@]} / 2)) files"
