@@ -106,6 +106,9 @@ void unpoison(void* memory, std::size_t bytes) {
 }
 
 bool readable(const void* memory, std::size_t bytes) {
+#ifdef __SANITIZE_ADDRESS__
+    if (__asan_region_is_poisoned(const_cast<void*>(memory), bytes) != nullptr) return false;  // it was freed
+#endif
     char buffer[4096];
     const auto* from = static_cast<const char*>(memory);
     while (bytes > 0) {
