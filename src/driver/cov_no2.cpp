@@ -89,7 +89,7 @@ Long covNo2::CleanUp() noexcept {
         EndFS();
         attempt([] { MediaControl::MediaApiTerminate(); });
         attempt([] { Contacts::CloseContactsConnection(); });
-        Session::DMApiTerminate();
+        attempt([] { Session::DMApiTerminate(); });
         attempt([] { Content::forgetDateRecordSize(); });
         attempt([] { DebugLog::releaseSharedArea(); });
         attempt([] { Files::releaseFileSystemObject(); });
