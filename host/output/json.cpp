@@ -1,7 +1,6 @@
 #include "host/output/json.h"
 
 #include <array>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -46,20 +45,29 @@ bool isPlain(char16_t unit) {
     return unit < asciiEnd && escapes[unit] == asItIs;
 }
 
-// Most text is ASCII without escapes. Eight units are looked at and copied together: false when one of them
+// Most text is ASCII without escapes. Four units are looked at and copied together: false when one of them
 // is not plain.
-constexpr std::ptrdiff_t blockSize = 8;
+constexpr std::ptrdiff_t blockSize = 4;
+
+constexpr std::uint64_t inEachUnit(std::uint16_t value) {
+    return value * std::uint64_t{0x0001000100010001};
+}
+
+constexpr bool hasUnit(std::uint64_t block, std::uint16_t unit) {
+    const std::uint64_t difference = block ^ inEachUnit(unit);
+    return ((difference - inEachUnit(1)) & ~difference & inEachUnit(0x8000)) != 0;
+}
 
 bool copyPlainBlock(char* to, const char16_t* units) {
-    using Units = std::uint16_t __attribute__((vector_size(blockSize * sizeof(std::uint16_t))));
-    using Bytes = std::uint8_t __attribute__((vector_size(blockSize)));
-    Units block;
+    std::uint64_t block;
     std::memcpy(&block, units, sizeof block);
-    const auto special = std::bit_cast<std::array<std::uint64_t, 2>>((block < 0x20) | (block >= asciiEnd) |
-                                                                     (block == u'"') | (block == u'\\'));
-    if ((special[0] | special[1]) != 0) return false;
-    const Bytes bytes = __builtin_convertvector(block, Bytes);
-    std::memcpy(to, &bytes, sizeof bytes);
+    if ((block & inEachUnit(0xFF80)) != 0) return false;  // not ASCII
+    // Adding this sets the top bit of every unit but the control characters.
+    if ((~(block + inEachUnit(0x8000 - 0x20)) & inEachUnit(0x8000)) != 0) return false;
+    if (hasUnit(block, u'"') || hasUnit(block, u'\\')) return false;
+    block = (block | block >> 8) & 0x0000FFFF0000FFFF;
+    block |= block >> 16;
+    std::memcpy(to, &block, blockSize);
     return true;
 }
 
