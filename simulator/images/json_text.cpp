@@ -43,7 +43,9 @@ class ShallowValues {
 };
 
 FileBytes copyOf(std::string_view text) {
-    FileBytes bytes{std::make_unique_for_overwrite<char[]>(text.size() + 1), text.size()};
+    FileBytes bytes;
+    bytes.data = std::make_unique_for_overwrite<char[]>(text.size() + 1);
+    bytes.size = text.size();
     std::copy(text.begin(), text.end(), bytes.data.get());
     bytes.data[text.size()] = '\0';
     return bytes;
