@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/unit_blocks.h"
+
 namespace ovno2::host {
 
 namespace {
@@ -47,19 +49,8 @@ bool isPlain(char16_t unit) {
 
 // Most text is ASCII without escapes. Four units are looked at and copied together: false when one of them
 // is not plain.
-constexpr std::ptrdiff_t blockSize = 4;
-
-constexpr std::uint64_t inEachUnit(std::uint16_t value) {
-    return value * std::uint64_t{0x0001000100010001};
-}
-
-constexpr bool hasUnit(std::uint64_t block, std::uint16_t unit) {
-    const std::uint64_t difference = block ^ inEachUnit(unit);
-    return ((difference - inEachUnit(1)) & ~difference & inEachUnit(0x8000)) != 0;
-}
-
 bool copyPlainBlock(char* to, const char16_t* units) {
-    std::uint64_t block;
+    UnitBlock block;
     std::memcpy(&block, units, sizeof block);
     if ((block & inEachUnit(0xFF80)) != 0) return false;  // not ASCII
     // Adding this sets the top bit of every unit but the control characters.
@@ -67,7 +58,7 @@ bool copyPlainBlock(char* to, const char16_t* units) {
     if (hasUnit(block, u'"') || hasUnit(block, u'\\')) return false;
     block = (block | block >> 8) & 0x0000FFFF0000FFFF;
     block |= block >> 16;
-    std::memcpy(to, &block, blockSize);
+    std::memcpy(to, &block, unitsPerBlock);
     return true;
 }
 
@@ -97,8 +88,8 @@ char* writeQuoted(char* to, TextView text) {
     const char16_t* unit = text.data();
     const char16_t* const end = unit + text.size();
     while (unit != end) {
-        for (; end - unit >= blockSize && copyPlainBlock(to, unit); unit += blockSize)
-            to += blockSize;
+        for (; end - unit >= unitsPerBlock && copyPlainBlock(to, unit); unit += unitsPerBlock)
+            to += unitsPerBlock;
         for (; unit != end && isPlain(*unit); ++unit)
             *to++ = static_cast<char>(*unit);
         if (unit != end) to = writeSpecial(to, unit, end);

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "base/failure.h"
+#include "base/unit_blocks.h"
 
 namespace ovno2 {
 
@@ -132,20 +133,16 @@ bool containsIgnoringCase(TextView text, TextView part) {
 }
 
 bool contains(TextView text, char16_t unit) {
-    constexpr std::uint64_t lowBits = 0x0001000100010001;
-    constexpr std::uint64_t highBits = 0x8000800080008000;
-    constexpr std::size_t unitsPerWord = 4;
-    const std::uint64_t pattern = unit * lowBits;
-    for (; text.size() >= unitsPerWord; text.remove_prefix(unitsPerWord)) {
-        std::uint64_t word;
-        std::memcpy(&word, text.data(), sizeof word);
-        word ^= pattern;
-        if (((word - lowBits) & ~word & highBits) != 0) return true;
+    for (; text.size() >= unitsPerBlock; text.remove_prefix(unitsPerBlock)) {
+        UnitBlock block;
+        std::memcpy(&block, text.data(), sizeof block);
+        if (hasUnit(block, unit)) return true;
     }
     for (const char16_t other : text)
         if (other == unit) return true;
     return false;
 }
+
 Text trimBlanks(TextView text) {
     const std::size_t first = text.find_first_not_of(u' ');
     if (first == TextView::npos) return {};
@@ -187,11 +184,11 @@ Text join(std::span<const Text> parts, char16_t separator) {
     std::size_t length = parts.empty() ? 0 : parts.size() - 1;
     for (const Text& part : parts)
         length += part.size();
-    Text result;
-    result.reserve(length);
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        if (i > 0) result.push_back(separator);
-        result.append(parts[i]);
+    Text result(length, separator);
+    std::size_t at = 0;
+    for (const Text& part : parts) {
+        part.copy(result.data() + at, part.size());
+        at += part.size() + 1;
     }
     return result;
 }

@@ -10,6 +10,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "base/unit_blocks.h"
 #include "platform/portable/machine.h"
 
 namespace ovno2::platform::portable {
@@ -78,11 +79,9 @@ __attribute__((no_sanitize("address", "undefined"))) std::size_t copyTextUnwatch
     const volatile unsigned char* text, std::size_t limit, char16_t* to) {
     std::size_t n = 0;
     if (reinterpret_cast<std::uintptr_t>(text) % 8 == 0) {
-        constexpr std::uint64_t lowBits = 0x0001000100010001;
-        constexpr std::uint64_t highBits = 0x8000800080008000;
-        for (; n + 4 <= limit; n += 4) {
-            const std::uint64_t units = *reinterpret_cast<const volatile std::uint64_t*>(text + 2 * n);
-            if (((units - lowBits) & ~units & highBits) != 0) break;
+        for (; n + unitsPerBlock <= limit; n += unitsPerBlock) {
+            const UnitBlock units = *reinterpret_cast<const volatile UnitBlock*>(text + 2 * n);
+            if (hasUnit(units, u'\0')) break;
             std::memcpy(to + n, &units, sizeof units);
         }
     }
