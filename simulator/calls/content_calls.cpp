@@ -196,7 +196,7 @@ Status readItem(Handle operation, const ItemIdRecord* id, void* item) {
         if (size != sizeof(ContactRecord)) return status::wrongRecordSize;
         const std::string uid = uidOf(world, id);
         const Phone& phone = *session.phone;
-        const Contact* const contact = storeOf(session).find(uid);
+        const Contact* const contact = storeOf(session).find(uid, session.nextRead);
         if (contact == nullptr || phone.vanished.contains(uid)) return status::itemNotFound;
         ContactRecord record;
         buildItem(world, phone, *contact, record);

@@ -14,6 +14,7 @@ struct ContentOperation : Session {
     }
     std::vector<ContentChange> changes;
     Word lastTemporaryId = 0;
+    std::size_t nextRead = 0;  // place of the contact that a read in the phone's order takes next
 };
 
 }  // namespace ovno2::simulator

@@ -24,6 +24,12 @@ class ContactsReader {
     explicit ContactsReader(const std::filesystem::path& imageFolder)
         : image(imageFolder), store(std::make_shared<ContactStore>()) {}
 
+    // Room for about so many.
+    void expectContacts(std::size_t count) {
+        store->contacts.reserve(count);
+        store->byUid.reserve(count);
+    }
+
     void readContact(const JsonNode& node) {
         contact = std::make_shared<Contact>();
         contact->position = static_cast<Word>(store->contacts.size() + 1);
@@ -241,8 +247,12 @@ class ContactsReader {
 
 std::shared_ptr<ContactStore> readContacts(const std::filesystem::path& file,
                                            const std::filesystem::path& image) {
+    constexpr std::uintmax_t usualBytes = 512;  // of a contact
     JsonText text(file);
     ContactsReader reader(image);
+    std::error_code unknown;
+    const std::uintmax_t bytes = std::filesystem::file_size(file, unknown);
+    if (!unknown) reader.expectContacts(static_cast<std::size_t>(bytes / usualBytes));
     return reader.finish(
         text.parseStreaming("contacts", [&](const JsonNode& contact) { reader.readContact(contact); }));
 }

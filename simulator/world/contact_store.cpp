@@ -27,4 +27,13 @@ const Contact* ContactStore::find(const std::string& uid) const {
     return found == byUid.end() ? nullptr : contacts[found->second].get();
 }
 
+const Contact* ContactStore::find(const std::string& uid, std::size_t& expected) const {
+    if (expected >= contacts.size() || contacts[expected]->uid != uid) {
+        const auto found = byUid.find(uid);
+        if (found == byUid.end()) return nullptr;
+        expected = found->second;
+    }
+    return contacts[expected++].get();
+}
+
 }  // namespace ovno2::simulator

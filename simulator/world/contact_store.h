@@ -34,6 +34,9 @@ struct ContactStore {
     // False when a contact with this uid is there already.
     bool add(std::shared_ptr<const Contact> contact);
     const Contact* find(const std::string& uid) const;
+    // The same for a caller that goes through the phone book in order: looks at `expected` first, and leaves
+    // there the place behind the contact it found.
+    const Contact* find(const std::string& uid, std::size_t& expected) const;
 };
 
 }  // namespace ovno2::simulator
