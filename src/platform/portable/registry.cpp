@@ -188,6 +188,7 @@ PortableRegistry::PortableRegistry(Machine& machine)
 Long PortableRegistry::open(Long hive, TextView path, bool view64, std::unique_ptr<RegistryKey>& key) {
     return guarded([&] {
         if (const Long result = interference(Operation::open)) return result;
+        if (missing_.contain(hive, path, view64, trustsFileFor)) return registryNotFound;
         const std::vector<Text> paths = candidates(hive, upToNul(path), view64);
         if (paths.empty()) return registryInvalidHandle;
         const std::shared_ptr<const RegistryFile> file = current();
@@ -198,6 +199,7 @@ Long PortableRegistry::open(Long hive, TextView path, bool view64, std::unique_p
             key = std::make_unique<Key>(*this, candidate, /*writable=*/false);
             return registryOk;
         }
+        if (trustsFileFor.count() > 0) missing_.add(hive, path, view64);
         return registryNotFound;
     });
 }
@@ -291,6 +293,7 @@ Long PortableRegistry::update(const Edit& edit) {
     if (const Long result = replaceFile(file->bytes())) return result;
     file_ = file;
     stamp_ = stampOnDisk();
+    missing_.clear();
     return registryOk;
 }
 

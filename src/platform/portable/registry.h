@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/missing_keys.h"
 #include "platform/portable/machine.h"
 #include "platform/portable/registry_file.h"
 
@@ -31,8 +32,8 @@ class PortableRegistry : public Registry {
     // The file as it stands now; the same object as long as it does not change.
     std::shared_ptr<const RegistryFile> current();
 
-    // How long a look at the file is taken to hold; 0 = every use looks again. The module asks for its
-    // log's switches all the time, and a person who changes them does not notice a millisecond.
+    // How long a look at the file, or for a key, is taken to hold; 0 = every use looks again. The module asks
+    // for its log's switches all the time, and a person who changes them does not notice a millisecond.
     std::chrono::nanoseconds trustsFileFor{0};
 
     enum class Operation { open, create, read, write, remove };
@@ -60,6 +61,7 @@ class PortableRegistry : public Registry {
 
     Machine& machine_;
     std::filesystem::path path_;
+    MissingKeys missing_;
     std::mutex mutex_;  // guards what follows
     std::shared_ptr<const RegistryFile> file_;
     Stamp stamp_;  // of the file that `file_` was read from

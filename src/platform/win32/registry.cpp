@@ -3,6 +3,7 @@
 #include <cstring>
 #include <windows.h>
 
+#include "platform/missing_keys.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows_platform.h"
 
@@ -109,11 +110,13 @@ class WindowsRegistry : public Registry {
     Long open(Long hive, TextView path, bool view64, std::unique_ptr<RegistryKey>& key) override {
         return guarded([&] {
             if (!isHive(hive)) return registryInvalidHandle;
+            if (missing_.contain(hive, path, view64, moment)) return registryNotFound;
             const Text keyPath(path);
             auto opened = std::make_unique<WindowsKey>();
             const LSTATUS result = RegOpenKeyExW(handleOf(hive), wide(keyPath), 0,
                                                  view64 ? read64BitView : KEY_READ, opened->slot());
             if (result == ERROR_SUCCESS) key = std::move(opened);
+            if (result == ERROR_FILE_NOT_FOUND) missing_.add(hive, path, view64);
             return static_cast<Long>(result);
         });
     }
@@ -126,8 +129,10 @@ class WindowsRegistry : public Registry {
             const LSTATUS result =
                 RegCreateKeyExW(handleOf(hive), wide(keyPath), 0, nullptr, REG_OPTION_NON_VOLATILE,
                                 KEY_READ | KEY_WRITE, nullptr, opened->slot(), nullptr);
-            if (result == ERROR_SUCCESS) key = std::move(opened);
-            return static_cast<Long>(result);
+            if (result != ERROR_SUCCESS) return static_cast<Long>(result);
+            missing_.clear();
+            key = std::move(opened);
+            return registryOk;
         });
     }
 
@@ -139,6 +144,11 @@ class WindowsRegistry : public Registry {
                                               static_cast<DWORD>(capacity), wide(file)));
         return value;
     }
+
+  private:
+    // How long a missing key is taken to be missing still: a person who makes one does not notice it.
+    static constexpr std::chrono::milliseconds moment{1};
+    MissingKeys missing_;
 };
 
 }  // namespace
