@@ -27,7 +27,7 @@ TEST(Environment, GivesPhonesPlanAndJournalFromTheFirstCallOn) {
                  "contacts": [{"uid": "0A", "fields": [{"id": 2, "text": "Anna"}]}]})");
     folder.write("plan.json", R"([{"command": "fault", "call": "CAReadItem", "status": "0x80100014"}])");
     const std::string path = folder.path.string();
-    const std::string command = "OVNO2_PHONES=" + path + "/bad:" + path + "/good OVNO2_PHONES_VERBOSE=1" +
+    const std::string command = "OVNO2_PHONES=" + path + "/bad:" + path + "/good" +
                                 " OVNO2_SIMULATOR_PLAN=" + path + "/plan.json OVNO2_JOURNAL=" + path +
                                 "/journal.txt " + std::filesystem::read_symlink("/proc/self/exe").string() +
                                 " --gtest_also_run_disabled_tests --gtest_filter=*ReadsAPhoneBook" + " >" +
