@@ -77,7 +77,11 @@ World* begin() {
     auto* const world = new World;
     loadDefaultPhones(*world);
     if (const auto plan = system::environment("OVNO2_SIMULATOR_PLAN")) runPlanFile(*world, pathOf(*plan));
-    if (const auto journal = system::environment("OVNO2_JOURNAL")) world->journal.writeTo(pathOf(*journal));
+    if (const auto journal = system::environment("OVNO2_JOURNAL");
+        journal && !world->journal.writeTo(pathOf(*journal))) {
+        world->imageErrors.emplace_back(
+            ImageError(pathOf(*journal), "", "a file that can be written to").what());
+    }
     std::set<std::string> shown;
     for (const std::string& error : world->imageErrors) {
         if (shown.insert(error).second) show(error);
