@@ -189,7 +189,7 @@ FolderLock::FolderLock(const std::filesystem::path& folder)
             errno = ETIMEDOUT;
             raise(folder);
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
     }
 }
 
