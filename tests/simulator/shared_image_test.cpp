@@ -12,14 +12,9 @@
 namespace simulator_tests {
 namespace {
 
-using ::testing::SizeIs;
-
 class SharedBook : public Writing {};
 
-class SharedFiles : public Files {
-  protected:
-    bool exists(const std::string& name) { return std::filesystem::exists(folder.path / "one" / name); }
-};
+class SharedFiles : public Files {};
 
 // Another process that changes things until it is killed. `change` gets 1, 2, 3, ... and says whether it
 // worked.
@@ -61,8 +56,7 @@ bool rewriteFirst(const ContentSession& session, int n) {
     const Word picture = contact.block(static_cast<std::size_t>(n));
     contact.put(2, 10, contact.copy(PictureRecord{16, 0, static_cast<Word>(n), picture}));
     ItemIdRecord id = session.ids()[0];
-    return write(session, id, contact) == statusOk &&
-           DAAPI(CACommitOperations)(session.operation, nullptr) == statusOk;
+    return contact.write(session, id) == statusOk && session.commit() == statusOk;
 }
 
 TEST_F(SharedBook, AKilledWriterLeavesTheOldOrTheNewPhoneBook) {
@@ -75,9 +69,9 @@ TEST_F(SharedBook, AKilledWriterLeavesTheOldOrTheNewPhoneBook) {
         }
         control.reset();
         ASSERT_THAT(control.load(folder.path), IsEmpty());
-        const Json book = Json::parse(fileContent(folder.path / "one/contacts.json"));
-        ASSERT_THAT(book["contacts"], SizeIs(2));
-        const Json& fields = book["contacts"][0]["fields"];
+        const Json contacts = book()["contacts"];
+        ASSERT_THAT(contacts, SizeIs(2));
+        const Json& fields = contacts[0]["fields"];
         ASSERT_EQ(fields[0]["text"], fields[1]["text"]);
         const std::filesystem::path picture = fields[2]["picture"]["file"].get<std::string>();
         EXPECT_EQ(std::to_string(std::filesystem::file_size(folder.path / "one" / picture)),
@@ -89,17 +83,15 @@ TEST_F(SharedBook, AKilledWriterLeavesTheOldOrTheNewPhoneBook) {
 TEST_F(SharedFiles, TwoWritersKilledAtAnyMomentLoseNothingOfEachOther) {
     const std::size_t described = settings()["times"].size();
     const std::string content(100000, 'x');
-    for (int round = 0; round < 12; ++round) {
+    for (int round = 0; round < 8; ++round) {
         const Changer files([&](int n) {
             return go(u"\\\\C:") == statusOk &&
-                   CONNAPI(CONARenameFile)(session, n % 2 ? u"note.txt" : u"memo.txt",
-                                           n % 2 ? u"memo.txt" : u"note.txt", 0) == statusOk &&
+                   rename(n % 2 ? u"note.txt" : u"memo.txt", n % 2 ? u"memo.txt" : u"note.txt") == statusOk &&
                    go(u"\\\\E:") == statusOk && write(u"file", content) == statusOk;
         });
         const Changer folders([&](int n) {
             return go(u"\\\\C:") == statusOk &&
-                   CONNAPI(CONARenameFolder)(session, n % 2 ? u"Images" : u"Bilder",
-                                             n % 2 ? u"Bilder" : u"Images", 0) == statusOk;
+                   renameFolder(n % 2 ? u"Images" : u"Bilder", n % 2 ? u"Bilder" : u"Images") == statusOk;
         });
         files.killAfter(std::chrono::microseconds(7000 + 1100 * round));
         folders.killAfter(std::chrono::microseconds(310 * round));
@@ -110,8 +102,8 @@ TEST_F(SharedFiles, TwoWritersKilledAtAnyMomentLoseNothingOfEachOther) {
             EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << "left over: " << entry.path();
         EXPECT_EQ(fileContent(folder.path / "one/files/E/file"), content);
         ASSERT_EQ(go(u"\\\\C:"), statusOk);
-        CONNAPI(CONARenameFile)(session, u"memo.txt", u"note.txt", 0);
-        CONNAPI(CONARenameFolder)(session, u"Bilder", u"Images", 0);
+        rename(u"memo.txt", u"note.txt");
+        renameFolder(u"Bilder", u"Images");
     }
 }
 
@@ -128,7 +120,7 @@ TEST_F(SharedFiles, AnInterruptedRenameIsSettledByTheNameOnDisk) {
         EXPECT_EQ(settings()["times"][name + "/beach.jpg"], "2008-07-19T16:04:11Z");
         EXPECT_EQ(settings()["attributes"][name], "0x2000");
         EXPECT_FALSE(settings().contains("renaming"));
-        EXPECT_FALSE(exists(".incoming-7"));
+        EXPECT_FALSE(std::filesystem::exists(folder.path / "one/.incoming-7"));
     }
 }
 
