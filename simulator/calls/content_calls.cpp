@@ -70,7 +70,10 @@ Status openConnection(const char16_t* serial, Word* medium, Word target, Handle*
         std::shared_ptr<Phone> phone = reachPhone(world, serial, *medium);
         if (phone->contentRefused != statusOk) return phone->contentRefused;
         if (target != signature::targetContacts || phone->contacts == nullptr) return status::notSupported;
-        refreshContacts(*phone);
+        {
+            const system::FolderLock lock = lockImage(phone->image);
+            refreshContacts(*phone);
+        }
         *connection = world.sessions.open(std::make_unique<ContentConnection>(std::move(phone), target));
         return statusOk;
     });

@@ -112,6 +112,7 @@ Status commitOperations(Handle handle, ItemIdListRecord* written) {
             auto& operation = require<ContentOperation>(world, handle);
             requireStarted(world, Group::content);
             Phone& phone = *operation.phone;
+            const system::FolderLock lock = lockImage(phone.image);
             refreshContacts(phone);
             std::vector<CreatedContact> created;
             std::shared_ptr<ContactStore> next = afterChanges(*phone.contacts, operation.changes, created);

@@ -29,7 +29,7 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONARenameFile(Handle session, signatu
                                                          signature::WideText newName, Word) {
     return change("CONARenameFile", session, name, newName, [&](World&, FileSession& files) {
         requireGiven(newName);
-        files.store.rename(files.store.file(files.current, name), newName);
+        files.store.renameFile(files.current, name, newName);
     });
 }
 
@@ -37,14 +37,13 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONARenameFolder(Handle session, signa
                                                            signature::WideText newName, Word) {
     return change("CONARenameFolder", session, name, newName, [&](World&, FileSession& files) {
         requireGiven(newName);
-        files.store.rename(files.store.folderIn(files.current, name), newName);
+        files.store.renameFolder(files.current, name, newName);
     });
 }
 
 SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONADeleteFile(Handle session, signature::WideText name, Word) {
-    return change("CONADeleteFile", session, name, nullptr, [&](World&, FileSession& files) {
-        files.store.removeFile(files.store.file(files.current, name));
-    });
+    return change("CONADeleteFile", session, name, nullptr,
+                  [&](World&, FileSession& files) { files.store.removeFile(files.current, name); });
 }
 
 SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONACreateFolder(Handle session, signature::WideText name, Word) {
@@ -67,7 +66,7 @@ Status deleteInTwoSteps(FileSession& session, signature::WideText name, Word fla
     }
     if (session.announcedDeletion != folder.path) return status::invalidParameter;
     session.announcedDeletion.clear();
-    session.store.removeFolder(folder);
+    session.store.removeFolder(session.current, name);
     return statusOk;
 }
 
@@ -92,7 +91,7 @@ Deletion deleteFolder(Handle handle, signature::WideText name, Word flagOrZero) 
         FileSession& session = requireFiles(world, handle);
         requireGiven(name);
         if (takesFour) return deleteInTwoSteps(session, name, flagOrZero);
-        session.store.removeFolder(session.store.folderIn(session.current, name));
+        session.store.removeFolder(session.current, name);
         return statusOk;
     });
     if (takesFour && flagOrZero == 0 && status == status::invalidParameter) system::setArgumentError();

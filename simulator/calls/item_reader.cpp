@@ -4,6 +4,7 @@
 #include "simulator/base/text.h"
 #include "simulator/calls/item_records.h"
 #include "simulator/calls/memory_calls.h"
+#include "simulator/images/date_text.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -124,11 +125,7 @@ class ItemReader {
     Contact::Date readDate(Address from) {
         Contact::Date date{};
         take(from, sizeof date.record, &date.record);
-        const DateRecord& record = date.record;
-        if (record.year > 9999 || record.month > 12 || record.day > 31 || record.hour > 23 ||
-            record.minute > 59 || record.second > 59) {
-            throw Refused{status::invalidParameter};
-        }
+        if (!isDate(date.record)) throw Refused{status::invalidParameter};
         return date;
     }
 

@@ -105,6 +105,8 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAChangeDeviceTrustedState(Handle se
         require<DeviceManagementSession>(world, session);
         requireGiven(address);
         if (!world.isOn(mediumBluetooth)) return mediumOff;
+        const system::FolderLock lock = lockImage(world.phonesFolder);
+        if (!world.phonesFolder.empty()) refreshBluetooth(world);
         const auto device = std::find_if(world.found.begin(), world.found.end(),
                                          [&](const FoundDevice& one) { return one.address == address; });
         const bool reached = device != world.found.end() &&

@@ -39,7 +39,7 @@ Status statusOf(World& world, Body& body) {
     } catch (const std::bad_alloc&) {
         return status::outOfMemory;
     } catch (const ImageError& error) {
-        world.imageErrors.emplace_back(error.what());
+        tell(world, error.what());
         return status::storeFailed;
     } catch (const std::exception&) {
         return status::storeFailed;

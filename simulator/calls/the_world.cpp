@@ -1,7 +1,10 @@
 #include "simulator/calls/the_world.h"
 
-#include <iostream>
+#include <algorithm>
+#include <cstdio>
+#include <set>
 
+#include "simulator/base/text.h"
 #include "simulator/commands/control_commands.h"
 #include "simulator/images/json_text.h"
 #include "simulator/images/phones_folder.h"
@@ -12,6 +15,22 @@ namespace {
 
 std::filesystem::path pathOf(const std::string& utf8) {
     return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+}
+
+// One line; what would steer a terminal is written as a number.
+void show(std::string_view mistake) {
+    std::string line = "simulated phones: ";
+    for (std::size_t i = 0; i < mistake.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(mistake[i]);
+        const bool isC1 =
+            byte == 0xC2 && i + 1 < mistake.size() && static_cast<unsigned char>(mistake[i + 1]) < 0xA0;
+        if (byte < 0x20 || byte == 0x7F || isC1) {
+            line += "\\x" + toHex(mistake.substr(isC1 ? ++i : i, 1));
+        } else {
+            line += mistake[i];
+        }
+    }
+    std::fputs((line + "\n").c_str(), stderr);
 }
 
 void loadDefaultPhones(World& world) {
@@ -52,13 +71,20 @@ void runPlanFile(World& world, const std::filesystem::path& file) {
 }
 
 World* begin() {
-    auto* const world = new World;  // lives as long as the process: other libraries call it while they unload
+    // Lives as long as the process, as the library itself does then: others call it while they unload, and
+    // the next one to load it finds the same phones.
+    system::stayLoaded();
+    auto* const world = new World;
     loadDefaultPhones(*world);
     if (const auto plan = system::environment("OVNO2_SIMULATOR_PLAN")) runPlanFile(*world, pathOf(*plan));
-    if (const auto journal = system::environment("OVNO2_JOURNAL")) world->journal.writeTo(pathOf(*journal));
-    if (system::environment("OVNO2_PHONES_VERBOSE")) {
-        for (const std::string& error : world->imageErrors)
-            std::cerr << error << '\n';
+    if (const auto journal = system::environment("OVNO2_JOURNAL");
+        journal && !world->journal.writeTo(pathOf(*journal))) {
+        world->imageErrors.emplace_back(
+            ImageError(pathOf(*journal), "", "a file that can be written to").what());
+    }
+    std::set<std::string> shown;
+    for (const std::string& error : world->imageErrors) {
+        if (shown.insert(error).second) show(error);
     }
     return world;
 }
@@ -68,6 +94,12 @@ World* begin() {
 World& theWorld() {
     static World& world = *begin();
     return world;
+}
+
+void tell(World& world, const std::string& mistake) {
+    if (std::ranges::find(world.imageErrors, mistake) != world.imageErrors.end()) return;
+    world.imageErrors.push_back(mistake);
+    show(mistake);
 }
 
 }  // namespace ovno2::simulator

@@ -7,7 +7,6 @@
 #include "simulator/commands/balance.h"
 #include "simulator/commands/synthetic.h"
 #include "simulator/images/contacts_image.h"
-#include "simulator/images/files_image.h"
 #include "simulator/images/json_text.h"
 #include "simulator/images/json_writer.h"
 #include "simulator/images/phone_image.h"
@@ -58,11 +57,7 @@ void load(World& world, const JsonNode& command, JsonWriter& answer) {
 void addPhone(World& world, const JsonNode& command, JsonWriter&) {
     command.expectMembers({"command", "phone", "contacts", "image"});
     std::shared_ptr<Phone> phone = readIdentity(command.member("phone"));
-    if (const auto image = command.optionalMember("image")) {
-        phone->image = pathOf(*image);
-        readContactsImage(*phone);
-        readFilesImage(*phone);
-    }
+    if (const auto image = command.optionalMember("image")) readStores(*phone, pathOf(*image));
     if (const auto contacts = command.optionalMember("contacts")) {
         phone->contacts = readContacts(contacts->asRoot("contacts"), phone->image);
     }

@@ -148,9 +148,7 @@ std::filesystem::path storePicture(const std::filesystem::path& image, const Con
         const std::string suffix = number == 0 ? "" : "-" + std::to_string(number);
         name = toHex(contact.uid) + suffix + "." + extensionOf(contact, picture);
     }
-    const std::filesystem::path incoming = image / ".incoming-picture";
-    system::writeDurably(incoming, picture.bytes);
-    system::replaceDurably(incoming, folder / name);
+    IncomingFile(image, picture.bytes).moveTo(folder / name);
     return std::filesystem::path("pictures") / name;
 }
 
@@ -198,14 +196,12 @@ void refreshContacts(Phone& phone) {
 void replaceContacts(Phone& phone, std::shared_ptr<ContactStore> store) {
     if (!phone.image.empty()) {
         const std::filesystem::path file = phone.image / "contacts.json";
-        const std::filesystem::path incoming = phone.image / ".incoming-contacts.json";
         PictureFiles written;
         try {
             writeNewPictures(phone.image, *store, written);
             JsonWriter writer;
             writeContacts(writer, *store);
-            system::writeDurably(incoming, writer.text());
-            system::replaceDurably(incoming, file);
+            IncomingFile(phone.image, writer.text()).moveTo(file);
         } catch (const std::system_error&) {
             removeFiles(phone.image, written, {});
             throw;

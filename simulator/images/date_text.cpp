@@ -1,5 +1,7 @@
 #include "simulator/images/date_text.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 
 namespace ovno2::simulator {
@@ -17,6 +19,15 @@ int digits(std::string_view text, std::size_t at, std::size_t count) {
 
 }  // namespace
 
+bool isDate(const library::DateRecord& record) {
+    const bool isTime = record.hour <= 23 && record.minute <= 59 && record.second <= 59;
+    if (record.year > 9999 || record.month > 12 || record.day > 31 || !isTime) return false;
+    if (record.month == 0 || record.day == 0) return true;
+    // Without its year, the 29th of February is one.
+    const std::chrono::year year(record.year == 0 ? 2000 : record.year);
+    return (year / record.month / record.day).ok();
+}
+
 bool parseDate(std::string_view text, library::DateRecord& record) {
     const bool withTime = text.size() == 19;
     if ((text.size() != 10 && !withTime) || text[4] != '-' || text[7] != '-') return false;
@@ -27,17 +38,14 @@ bool parseDate(std::string_view text, library::DateRecord& record) {
     const int hour = withTime ? digits(text, 11, 2) : 0;
     const int minute = withTime ? digits(text, 14, 2) : 0;
     const int second = withTime ? digits(text, 17, 2) : 0;
-    if (year < 0 || month < 0 || month > 12 || day < 0 || day > 31 || hour < 0 || hour > 23 || minute < 0 ||
-        minute > 59 || second < 0 || second > 59) {
-        return false;
-    }
+    if (std::min({year, month, day, hour, minute, second}) < 0) return false;
     record.year = static_cast<std::uint16_t>(year);
     record.month = static_cast<std::uint8_t>(month);
     record.day = static_cast<std::uint8_t>(day);
     record.hour = static_cast<std::uint8_t>(hour);
     record.minute = static_cast<std::uint8_t>(minute);
     record.second = static_cast<std::uint8_t>(second);
-    return true;
+    return isDate(record);
 }
 
 std::string dateText(const library::DateRecord& record) {

@@ -8,7 +8,12 @@
 
 namespace ovno2::simulator {
 
-// "YYYY-MM-DD" or "YYYY-MM-DDThh:mm:ss" into the record's date and time; false when it is neither.
+// Whether a phone can mean it: a day of its month, a time of the day. Year, month and day may be 0, as of a
+// birthday without a year.
+bool isDate(const library::DateRecord& record);
+
+// "YYYY-MM-DD" or "YYYY-MM-DDThh:mm:ss" into the record's date and time; false when it is neither,
+// or no such day.
 bool parseDate(std::string_view text, library::DateRecord& record);
 std::string dateText(const library::DateRecord& record);
 

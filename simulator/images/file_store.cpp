@@ -6,6 +6,7 @@
 #include "simulator/base/refused.h"
 #include "simulator/base/text.h"
 #include "simulator/images/files_image.h"
+#include "simulator/images/image_file.h"
 #include "simulator/system/system.h"
 
 namespace ovno2::simulator {
@@ -56,46 +57,6 @@ std::uint64_t fileTime(const fs::path& disk) {
     const auto since1970 = std::chrono::file_clock::to_sys(time).time_since_epoch();
     const std::int64_t nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(since1970).count();
     return static_cast<std::uint64_t>(nanoseconds / 100) + ticksFrom1601To1970;
-}
-
-// Whether `path` is `folder` or lies below it.
-bool isAtOrBelow(const std::string& path, const std::string& folder) {
-    const auto same = [](char a, char b) { return IgnoringCase::upper(a) == IgnoringCase::upper(b); };
-    return path.size() >= folder.size() && std::equal(folder.begin(), folder.end(), path.begin(), same) &&
-           (path.size() == folder.size() || path[folder.size()] == '/');
-}
-
-const std::string& pathOf(const std::string& path) {
-    return path;
-}
-template <typename Value>
-const std::string& pathOf(const std::pair<const std::string, Value>& entry) {
-    return entry.first;
-}
-
-// What a map or set says about a path and all below it, taken out of it.
-template <typename Paths>
-Paths takeBelow(Paths& paths, const std::string& path) {
-    Paths taken;
-    for (auto entry = paths.begin(); entry != paths.end();) {
-        auto next = std::next(entry);
-        if (isAtOrBelow(pathOf(*entry), path)) taken.insert(paths.extract(entry));
-        entry = next;
-    }
-    return taken;
-}
-
-template <typename Map>
-void putBelow(Map& map, const Map& taken, const std::string& from, const std::string& to) {
-    for (const auto& [path, value] : taken)
-        map[to + path.substr(from.size())] = value;
-}
-
-template <typename Order>
-void putBelow(std::set<std::string, Order>& paths, const std::set<std::string, Order>& taken,
-              const std::string& from, const std::string& to) {
-    for (const std::string& path : taken)
-        paths.insert(to + path.substr(from.size()));
 }
 
 }  // namespace
@@ -182,7 +143,11 @@ FileStore::Entry FileStore::file(const Entry& current, std::u16string_view name)
     return found;
 }
 
-FileStore::Listing FileStore::list(const Entry& folder) const {
+FileStore::Listing FileStore::list(const Entry& folder) {
+    if (filesHaveChanged(image, *settings)) {
+        const system::FolderLock lock = lockImage(image);
+        refresh();
+    }
     Listing listing;
     if (folder.isRoot()) {
         for (const auto& [letter, drive] : settings->drives) {
@@ -235,17 +200,43 @@ void FileStore::requireChangeable(const Entry& entry) const {
     }
 }
 
-bool FileStore::forgetTime(const std::string& path) {
-    return settings->times.erase(path) != 0;
+// Carries one change out where no other process can come between: on what is on disk now, whoever put it
+// there. What `body` throws leaves the image to be read again.
+template <typename Body>
+void FileStore::change(Body body) {
+    const system::FolderLock lock = lockImage(image);
+    refresh();
+    body();
+    markFilesChanged(image, *settings);
 }
 
-std::uint64_t& FileStore::usedOn(const Entry& entry) {
-    const std::string letter = entry.path.substr(0, 1);
-    Drive& drive = settings->drives.at(letter);
+void FileStore::refresh() {
+    if (!filesHaveChanged(image, *settings)) return;
+    refreshFiles(image, *settings);
+    index = {};
+}
+
+void FileStore::describe(FileSettings next) {
+    writeFilesJson(image, next);
+    *settings = std::move(next);
+}
+
+void FileStore::forget(const std::string& path) {
+    FileSettings next = *settings;
+    if (next.forget(path)) describe(std::move(next));
+}
+
+Drive& FileStore::driveOf(const Entry& entry) const {
+    return settings->drives.at(entry.path.substr(0, 1));
+}
+
+std::uint64_t FileStore::usedOn(const Entry& entry) const {
+    Drive& drive = driveOf(entry);
     if (!drive.used) {
         drive.used = 0;
         std::error_code failed;
-        for (const auto& one : fs::recursive_directory_iterator(settings->root / letter, failed)) {
+        for (const auto& one :
+             fs::recursive_directory_iterator(settings->root / entry.path.substr(0, 1), failed)) {
             if (isFile(one.path())) *drive.used += one.file_size(failed);
         }
     }
@@ -256,33 +247,42 @@ void FileStore::write(const Entry& current, std::u16string_view name, std::span<
                       std::optional<std::size_t> cutAfter) {
     requireName(name);
     if (current.isRoot()) throw Refused{status::readOnly};
-    Entry target = child(current, name);
-    std::uint64_t replaced = 0;
-    if (target.disk.empty()) {
-        target = {current.path + "/" + toUtf8(name), current.disk / diskName(name)};
-    } else {
-        if (!isFile(target.disk)) throw Refused{status::alreadyExists};
-        requireChangeable(target);
-        replaced = fs::file_size(target.disk);
-    }
-    std::uint64_t& used = usedOn(target);
-    const std::optional<std::uint64_t> capacity = settings->drives.at(target.path.substr(0, 1)).capacity;
-    const std::uint64_t needed = used - std::min(used, replaced) + bytes.size();
-    if (capacity && needed > *capacity) throw Refused{status::storeFull};
-    const fs::path incoming = image / (".incoming-file-" + std::to_string(system::processId()));
-    const bool isNew = !fs::exists(target.disk);
-    try {
-        system::writeDurably(incoming, bytes.first(std::min(cutAfter.value_or(bytes.size()), bytes.size())));
+    change([&] {
+        Entry target = child(current, name);
+        const bool isNew = target.disk.empty();
+        std::uint64_t replaced = 0;
+        if (isNew) {
+            target = {current.path + "/" + toUtf8(name), current.disk / diskName(name)};
+        } else {
+            if (!isFile(target.disk)) throw Refused{status::alreadyExists};
+            requireChangeable(target);
+            replaced = fs::file_size(target.disk);
+        }
+        std::optional<std::uint64_t> used;  // counted for a limit alone
+        if (const std::optional<std::uint64_t> capacity = driveOf(target).capacity) {
+            const std::uint64_t before = usedOn(target);
+            used = before - std::min(before, replaced) + bytes.size();
+            if (*used > *capacity) throw Refused{status::storeFull};
+        }
+        IncomingFile incoming(image, bytes.first(std::min(cutAfter.value_or(bytes.size()), bytes.size())));
         if (cutAfter) throw Refused{library::connectionLost};
-        if (forgetTime(target.path)) writeFilesJson(image, *settings);
-        system::replaceDurably(incoming, target.disk);
-    } catch (...) {
-        std::error_code ignored;
-        fs::remove(incoming, ignored);
-        throw;
-    }
-    used = needed;
-    if (isNew) learn(current, name);
+        if (settings->times.contains(target.path)) {
+            FileSettings next = *settings;
+            next.times.erase(target.path);
+            describe(std::move(next));
+        }
+        incoming.moveTo(target.disk);
+        driveOf(target).used = used;
+        if (isNew) learn(current, name);
+    });
+}
+
+void FileStore::renameFile(const Entry& current, std::u16string_view name, std::u16string_view newName) {
+    change([&] { rename(file(current, name), newName); });
+}
+
+void FileStore::renameFolder(const Entry& current, std::u16string_view name, std::u16string_view newName) {
+    change([&] { rename(folderIn(current, name), newName); });
 }
 
 void FileStore::rename(const Entry& entry, std::u16string_view newName) {
@@ -293,49 +293,39 @@ void FileStore::rename(const Entry& entry, std::u16string_view newName) {
     if (!existing.disk.empty() && !fs::equivalent(existing.disk, entry.disk))
         throw Refused{status::alreadyExists};
     const std::string newPath = parent.path + "/" + toUtf8(newName);
-    // What files.json says about the entry leaves it before the rename and comes back after it, because the
-    // file may only name entries that exist.
-    auto attributes = takeBelow(settings->attributes, entry.path);
-    auto times = takeBelow(settings->times, entry.path);
-    auto readOnly = takeBelow(settings->readOnly, entry.path);
-    auto emptyFolders = takeBelow(settings->emptyFolders, entry.path);
-    const bool described =
-        !attributes.empty() || !times.empty() || !readOnly.empty() || !emptyFolders.empty();
-    if (described) writeFilesJson(image, *settings);
-    const bool moved = [&] {
-        try {
-            system::replaceDurably(entry.disk, parent.disk / diskName(newName));
-            return true;
-        } catch (const std::system_error&) {
-            return false;
-        }
-    }();
-    const std::string& path = moved ? newPath : entry.path;
-    putBelow(settings->attributes, attributes, entry.path, path);
-    putBelow(settings->times, times, entry.path, path);
-    putBelow(settings->readOnly, readOnly, entry.path, path);
-    putBelow(settings->emptyFolders, emptyFolders, entry.path, path);
-    if (described) writeFilesJson(image, *settings);
+    FileSettings next = *settings;
+    const bool described = next.rename(entry.path, newPath);
+    if (described) writeFilesJson(image, *settings, RenameUnderWay{entry.path, newPath});
+    try {
+        system::replaceDurably(entry.disk, parent.disk / diskName(newName));
+    } catch (const std::system_error&) {
+        if (described) writeFilesJson(image, *settings);
+        throw;
+    }
+    if (described) describe(std::move(next));
     index = {};
-    if (!moved) throw Refused{status::storeFailed};
 }
 
-void FileStore::removeFile(const Entry& file) {
-    requireChangeable(file);
-    std::uint64_t& used = usedOn(file);
-    const std::uint64_t size = fs::file_size(file.disk);
-    const bool described = forgetTime(file.path) | (settings->attributes.erase(file.path) != 0);
-    if (described) writeFilesJson(image, *settings);
-    system::removeDurably(file.disk);
-    used -= std::min(used, size);
+void FileStore::removeFile(const Entry& current, std::u16string_view name) {
+    change([&] {
+        const Entry gone = file(current, name);
+        requireChangeable(gone);
+        const std::uint64_t size = fs::file_size(gone.disk);
+        forget(gone.path);
+        system::removeDurably(gone.disk);
+        std::optional<std::uint64_t>& used = driveOf(gone).used;
+        if (used) *used -= std::min(*used, size);
+    });
 }
 
 void FileStore::createFolder(const Entry& current, std::u16string_view name) {
     requireName(name);
     if (current.isRoot()) throw Refused{status::readOnly};
-    if (!child(current, name).disk.empty()) throw Refused{status::alreadyExists};
-    system::createFolderDurably(current.disk / diskName(name));
-    learn(current, name);
+    change([&] {
+        if (!child(current, name).disk.empty()) throw Refused{status::alreadyExists};
+        system::createFolderDurably(current.disk / diskName(name));
+        learn(current, name);
+    });
 }
 
 void FileStore::requireRemovable(const Entry& folder) const {
@@ -343,12 +333,13 @@ void FileStore::requireRemovable(const Entry& folder) const {
     if (!fs::is_empty(folder.disk)) throw Refused{status::folderNotEmpty};
 }
 
-void FileStore::removeFolder(const Entry& folder) {
-    requireRemovable(folder);
-    const bool described = forgetTime(folder.path) | (settings->attributes.erase(folder.path) != 0) |
-                           (settings->emptyFolders.erase(folder.path) != 0);
-    if (described) writeFilesJson(image, *settings);
-    system::removeDurably(folder.disk);
+void FileStore::removeFolder(const Entry& current, std::u16string_view name) {
+    change([&] {
+        const Entry gone = folderIn(current, name);
+        requireRemovable(gone);
+        forget(gone.path);
+        system::removeDurably(gone.disk);
+    });
 }
 
 }  // namespace ovno2::simulator

@@ -8,7 +8,6 @@
 #include "simulator/images/date_text.h"
 #include "simulator/images/json_text.h"
 #include "simulator/images/json_writer.h"
-#include "simulator/system/system.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -75,19 +74,44 @@ bool staysInside(std::string_view path) {
            std::none_of(relative.begin(), relative.end(), [](const auto& part) { return part == ".."; });
 }
 
-// The path of an entry that must exist.
-std::string readEntry(const JsonNode& node, std::string_view path, const FileSettings& settings) {
+std::string pathNow(std::string_view path, const RenameUnderWay& renamed) {
+    return renamed.from.empty() ? std::string(path)
+                                : pathAfterRename(std::string(path), renamed.from, renamed.to);
+}
+
+bool isThere(std::string_view path, const FileSettings& settings) {
     std::error_code ignored;
-    if (!staysInside(path) || !std::filesystem::exists(pathBelow(path, settings), ignored)) {
+    return std::filesystem::exists(pathBelow(path, settings), ignored);
+}
+
+// A rename that was interrupted: whether the entry got its new name shows on disk. Empty names when it did
+// not.
+RenameUnderWay readRename(const JsonNode& node, const FileSettings& settings) {
+    node.expectMembers({"from", "to"});
+    const auto path = [&](const char* name) {
+        const JsonNode member = node.member(name);
+        if (!staysInside(member.utf8())) member.fail("the path of an entry, such as \"C/Images/beach.jpg\"");
+        return std::string(member.utf8());
+    };
+    RenameUnderWay rename{path("from"), path("to")};
+    return isThere(rename.to, settings) && !isThere(rename.from, settings) ? rename : RenameUnderWay();
+}
+
+// The path of an entry that must exist, by the name that it has now.
+std::string readEntry(const JsonNode& node, std::string_view path, const RenameUnderWay& renamed,
+                      const FileSettings& settings) {
+    std::string now = pathNow(path, renamed);
+    if (!staysInside(now) || !isThere(now, settings)) {
         node.fail("the path of an entry, such as \"C/Images/beach.jpg\"");
     }
-    return std::string(path);
+    return now;
 }
 
 // A folder that a copy of the image may have lost, since not everything that carries files carries empty
 // folders. An image that nobody may write to stays without it.
-std::string readEmptyFolder(const JsonNode& node, const FileSettings& settings) {
-    std::string path(node.utf8());
+std::string readEmptyFolder(const JsonNode& node, const RenameUnderWay& renamed,
+                            const FileSettings& settings) {
+    std::string path = pathNow(node.utf8(), renamed);
     const bool onDrive = path.size() > 2 && path[1] == '/' && settings.drives.contains(path.substr(0, 1));
     if (!staysInside(path) || !onDrive) node.fail("the path of a folder on a drive, such as \"C/Games\"");
     std::error_code ignored;
@@ -95,9 +119,13 @@ std::string readEmptyFolder(const JsonNode& node, const FileSettings& settings) 
     return path;
 }
 
-void readSettings(const JsonNode& root, FileSettings& settings) {
+// True when a rename was under way.
+bool readSettings(const JsonNode& root, FileSettings& settings) {
     root.expectFormat();
-    root.expectMembers({"format", "drives", "emptyFolders", "readOnly", "attributes", "times", "nameLength"});
+    root.expectMembers(
+        {"format", "drives", "emptyFolders", "readOnly", "attributes", "times", "nameLength", "renaming"});
+    const auto renaming = root.optionalMember("renaming");
+    const RenameUnderWay renamed = renaming ? readRename(*renaming, settings) : RenameUnderWay();
     if (const auto drives = root.optionalMember("drives")) {
         drives->forEachMember([&](std::string_view name, const JsonNode& node) {
             const std::string letter(name);
@@ -107,26 +135,27 @@ void readSettings(const JsonNode& root, FileSettings& settings) {
     }
     if (const auto folders = root.optionalMember("emptyFolders")) {
         folders->forEachElement([&](const JsonNode& node, std::size_t) {
-            settings.emptyFolders.insert(readEmptyFolder(node, settings));
+            settings.emptyFolders.insert(readEmptyFolder(node, renamed, settings));
         });
     }
     if (const auto readOnly = root.optionalMember("readOnly")) {
         readOnly->forEachElement([&](const JsonNode& node, std::size_t) {
-            settings.readOnly.insert(readEntry(node, node.utf8(), settings));
+            settings.readOnly.insert(readEntry(node, node.utf8(), renamed, settings));
         });
     }
     if (const auto attributes = root.optionalMember("attributes")) {
         attributes->forEachMember([&](std::string_view path, const JsonNode& node) {
-            settings.attributes[readEntry(node, path, settings)] = node.word();
+            settings.attributes[readEntry(node, path, renamed, settings)] = node.word();
         });
     }
     if (const auto times = root.optionalMember("times")) {
         times->forEachMember([&](std::string_view path, const JsonNode& node) {
-            settings.times[readEntry(node, path, settings)] = readTime(node);
+            settings.times[readEntry(node, path, renamed, settings)] = readTime(node);
         });
     }
     if (const auto length = root.optionalMember("nameLength"))
         settings.nameLength = length->wordBetween(1, 4096);
+    return renaming.has_value();
 }
 
 // A list or an object that is left out when there is nothing in it.
@@ -152,32 +181,61 @@ void writeMembers(PrettyJsonWriter& writer, const char* name, const Map& map, Wr
     writer.EndObject();
 }
 
+std::array<system::FileStamp, 2> stampsOf(const std::filesystem::path& image) {
+    return {system::stampOf(image), system::stampOf(image / "files.json")};
+}
+
 }  // namespace
 
 void readFilesImage(Phone& phone) {
-    const std::filesystem::path file = phone.image / "files.json";
-    auto settings = std::make_shared<FileSettings>();
-    settings->root = phone.image / "files";
     std::error_code failed;
-    const bool described = std::filesystem::exists(file, failed);
-    if (!std::filesystem::is_directory(settings->root, failed)) {
-        if (described) throw ImageError(file, "/", "a folder \"files\" beside it");
+    if (!std::filesystem::is_directory(phone.image / "files", failed)) {
+        const std::filesystem::path file = phone.image / "files.json";
+        if (std::filesystem::exists(file, failed))
+            throw ImageError(file, "/", "a folder \"files\" beside it");
         return;
     }
-    for (const auto& entry : std::filesystem::directory_iterator(settings->root)) {
-        const std::string name = entry.path().filename().string();
-        if (!entry.is_directory() || !isDriveLetter(name)) {
-            throw ImageError(entry.path(), "/", "a folder named by a drive letter from A to Z");
-        }
-        settings->drives[name];
-    }
-    if (described) {
-        readSettings(JsonText(file).parse(), *settings);
-    }
-    phone.files = std::move(settings);
+    phone.files = std::make_shared<FileSettings>();
+    refreshFiles(phone.image, *phone.files);
 }
 
-void writeFilesJson(const std::filesystem::path& image, const FileSettings& settings) {
+bool filesHaveChanged(const std::filesystem::path& image, const FileSettings& settings) {
+    return stampsOf(image) != settings.seen;
+}
+
+void refreshFiles(const std::filesystem::path& image, FileSettings& settings) {
+    const std::filesystem::path file = image / "files.json";
+    FileSettings found;
+    found.root = image / "files";
+    found.seen = stampsOf(image);
+    for (const auto& entry : std::filesystem::directory_iterator(found.root)) {
+        const std::string name = entry.path().filename().string();
+        if (!entry.is_directory() || !isDriveLetter(name)) {
+            throw ImageError(entry.path(), "", "a folder named by a drive letter from A to Z");
+        }
+        found.drives[name];
+    }
+    std::error_code failed;
+    if (std::filesystem::exists(file, failed)) {
+        JsonText text(file);
+        if (readSettings(text.parse(), found)) {
+            try {
+                writeFilesJson(image, found);
+            } catch (const std::system_error&) {
+                // An image that nobody may write to: the rename is settled for this process alone.
+            }
+        }
+    }
+    settings = std::move(found);
+}
+
+void markFilesChanged(const std::filesystem::path& image, FileSettings& settings) {
+    system::touchFolder(image);
+    settings.seen = stampsOf(image);
+}
+
+void writeFilesJson(const std::filesystem::path& image, const FileSettings& settings,
+                    const std::optional<RenameUnderWay>& renaming) {
     PrettyJsonWriter writer;
     writer.StartObject();
     writer.member("format", 1);
@@ -194,11 +252,16 @@ void writeFilesJson(const std::filesystem::path& image, const FileSettings& sett
                  [&](Word bits) { writer.value("0x" + hexNumber(bits)); });
     writeMembers(writer, "times", settings.times, [&](std::uint64_t time) { writer.value(timeText(time)); });
     writer.member("nameLength", settings.nameLength);
+    if (renaming) {
+        writer.Key("renaming");
+        writer.StartObject();
+        writer.member("from", renaming->from);
+        writer.member("to", renaming->to);
+        writer.EndObject();
+    }
     writer.EndObject();
-    const std::filesystem::path incoming = image / ".incoming-files.json";
     writer.layout("\n");
-    system::writeDurably(incoming, writer.text());
-    system::replaceDurably(incoming, image / "files.json");
+    IncomingFile(image, writer.text()).moveTo(image / "files.json");
 }
 
 }  // namespace ovno2::simulator

@@ -11,17 +11,27 @@ namespace {
 
 constexpr long behindAllNumbered = std::numeric_limits<long>::max();
 
-void readConnections(const JsonNode& list, std::vector<Connection>& connections) {
+// A phone is listed by the name of its connection: one that is not given is made of what the phone is called.
+std::optional<std::u16string> readDeviceName(const JsonNode& connection, const Phone& phone,
+                                             std::u16string_view folder) {
+    if (const auto given = connection.optionalMember("deviceName")) return given->textOrNull();
+    for (const auto& name : {phone.model, phone.friendlyName, phone.typeName}) {
+        if (name && !name->empty()) return name;
+    }
+    return folder.empty() ? std::nullopt : std::optional<std::u16string>(folder);
+}
+
+void readConnections(const JsonNode& list, std::u16string_view folder, Phone& phone) {
     if (list.arraySize() == 0) list.fail("at least one connection");
     list.forEachElement([&](const JsonNode& node, std::size_t) {
         node.expectMembers({"deviceNumber", "medium", "deviceName", "address", "state"});
         Connection connection;
         connection.deviceNumber = node.word("deviceNumber", 0);
         connection.medium = readMedium(node.member("medium"));
-        connection.deviceName = node.optionalText("deviceName");
+        connection.deviceName = readDeviceName(node, phone, folder);
         connection.address = node.optionalText("address");
         connection.state = node.word("state", 0);
-        connections.push_back(std::move(connection));
+        phone.connections.push_back(std::move(connection));
     });
 }
 
@@ -77,7 +87,7 @@ Status readStatus(const JsonNode& node) {
     return *status;
 }
 
-std::shared_ptr<Phone> readIdentity(const JsonNode& root) {
+std::shared_ptr<Phone> readIdentity(const JsonNode& root, std::u16string_view folder) {
     root.expectFormat();
     root.expectMembers({"format", "order", "serialNumber", "friendlyName", "model", "manufacturer",
                         "typeName", "platform", "connections", "versions", "recordSizes", "refuses"});
@@ -94,19 +104,25 @@ std::shared_ptr<Phone> readIdentity(const JsonNode& root) {
         platform->expectMembers({"code", "level"});
         phone->platform = Platform{platform->member("code").word(), platform->member("level").word()};
     }
-    readConnections(root.member("connections"), phone->connections);
+    readConnections(root.member("connections"), folder, *phone);
     if (const auto versions = root.optionalMember("versions")) readVersions(*versions, phone->versions);
     if (const auto sizes = root.optionalMember("recordSizes")) readRecordSizes(*sizes, phone->sizes);
     if (const auto refuses = root.optionalMember("refuses")) readRefusals(*refuses, *phone);
     return phone;
 }
 
+void readStores(Phone& phone, const std::filesystem::path& image) {
+    const system::FolderLock lock = lockImage(image);
+    removeLeftovers(image);
+    phone.image = image;
+    readContactsImage(phone);
+    readFilesImage(phone);
+}
+
 std::shared_ptr<Phone> readPhoneImage(const std::filesystem::path& image) {
     JsonText identity(image / "phone.json");
-    std::shared_ptr<Phone> phone = readIdentity(identity.parse());
-    phone->image = image;
-    readContactsImage(*phone);
-    readFilesImage(*phone);
+    std::shared_ptr<Phone> phone = readIdentity(identity.parse(), image.filename().u16string());
+    readStores(*phone, image);
     return phone;
 }
 

@@ -1,9 +1,11 @@
 #include "simulator/images/surroundings_image.h"
 
+#include <algorithm>
+
+#include "simulator/images/image_file.h"
 #include "simulator/images/json_text.h"
 #include "simulator/images/json_writer.h"
 #include "simulator/images/phone_image.h"
-#include "simulator/system/system.h"
 
 namespace ovno2::simulator {
 namespace {
@@ -71,6 +73,16 @@ std::vector<Medium> readMedia(const std::filesystem::path& folder) {
     return readMedia(JsonText(file).parse());
 }
 
+void refreshBluetooth(World& world) {
+    std::vector<FoundDevice> found = readBluetooth(world.phonesFolder);
+    for (FoundDevice& device : found) {
+        device.searched = std::ranges::any_of(world.found, [&](const FoundDevice& known) {
+            return known.searched && known.address == device.address;
+        });
+    }
+    world.found = std::move(found);
+}
+
 void writeBluetooth(const std::filesystem::path& folder, const std::vector<FoundDevice>& found) {
     PrettyJsonWriter writer;
     writer.StartObject();
@@ -91,10 +103,8 @@ void writeBluetooth(const std::filesystem::path& folder, const std::vector<Found
     }
     writer.EndArray();
     writer.EndObject();
-    const std::filesystem::path incoming = folder / ".incoming-bluetooth.json";
     writer.layout("\n");
-    system::writeDurably(incoming, writer.text());
-    system::replaceDurably(incoming, folder / "bluetooth.json");
+    IncomingFile(folder, writer.text()).moveTo(folder / "bluetooth.json");
 }
 
 }  // namespace ovno2::simulator

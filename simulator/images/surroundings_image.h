@@ -17,7 +17,9 @@ std::vector<Medium> readMedia(const std::filesystem::path& folder);
 std::vector<FoundDevice> readBluetooth(const JsonNode& root);
 std::vector<Medium> readMedia(const JsonNode& root);
 
-// Writes the pairing state back, durably.
+// Both under the folder's lock: reads again which devices are paired, as another process may have left them;
+// writes the pairing state back, durably.
+void refreshBluetooth(World& world);
 void writeBluetooth(const std::filesystem::path& folder, const std::vector<FoundDevice>& found);
 
 }  // namespace ovno2::simulator

@@ -44,9 +44,12 @@ ArgumentText& ArgumentText::item(const library::ItemIdRecord* id) {
     return *this;
 }
 
-void Journal::writeTo(const std::filesystem::path& target) {
+bool Journal::writeTo(const std::filesystem::path& target) {
+    std::error_code ignored;
+    if (std::filesystem::is_fifo(target, ignored)) return false;  // opening it waits for a reader
     file.open(target, std::ios::app | std::ios::binary);
-    switchedOn = true;
+    switchedOn = file.is_open();
+    return switchedOn;
 }
 
 void Journal::add(std::string_view call, const std::string& arguments, const std::string& result) {

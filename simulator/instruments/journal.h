@@ -34,7 +34,8 @@ class Journal {
   public:
     bool on() const { return switchedOn; }
     void switchOn(bool on) { switchedOn = on; }
-    void writeTo(const std::filesystem::path& target);  // appends; also switches on
+    bool writeTo(
+        const std::filesystem::path& target);  // appends, and switches on; false when it cannot be opened
     void add(std::string_view call, const std::string& arguments, const std::string& result);
 
     const std::vector<std::string>& lines() const { return kept; }

@@ -43,10 +43,12 @@ inline constexpr char pathListSeparator = sizeof(std::filesystem::path::value_ty
 // The folder that holds this library.
 std::filesystem::path libraryFolder();
 
-// Writes a new file and forces it to disk. The file is created or emptied first.
+// Writes a new file and forces it to disk. Whatever had the name before goes first, so that no link leads the
+// bytes elsewhere and no pipe is waited for.
 void writeDurably(const std::filesystem::path& file, std::span<const char> bytes);
 
-// Tells one version of a file from the next. All 0 for a file that is not there.
+// Tells one version of a file from the next, or one state of a folder's list of names. All 0 for what is not
+// there.
 struct FileStamp {
     std::uint64_t time = 0;
     std::uint64_t size = 0;
@@ -62,7 +64,29 @@ void replaceDurably(const std::filesystem::path& from, const std::filesystem::pa
 void removeDurably(const std::filesystem::path& entry);
 void createFolderDurably(const std::filesystem::path& folder);
 
+// Gives a folder the time of now as its time of change, as exactly as the system can keep it. A folder that
+// is somebody else's stays as it is.
+void touchFolder(const std::filesystem::path& folder);
+
+// Keeps the folder's other users out as long as it lives, if they ask for the same lock. The system takes it
+// back from a process that ends in any way, and it leaves nothing in the folder. An empty name locks nothing,
+// nor does a file system without locks. Waits for its turn for a minute at most, then throws
+// std::system_error (timed_out).
+class FolderLock {
+  public:
+    explicit FolderLock(const std::filesystem::path& folder);
+    ~FolderLock();
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+  private:
+    std::intptr_t held;
+};
+
 std::uint64_t processId();
+
+// The library stays loaded until the process ends, whoever frees it.
+void stayLoaded();
 
 // Sets the platform's last error to "invalid argument".
 void setArgumentError();

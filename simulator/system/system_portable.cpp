@@ -1,12 +1,15 @@
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sanitizer/asan_interface.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 #include "simulator/system/system.h"
@@ -137,7 +140,8 @@ std::filesystem::path libraryFolder() {
 }
 
 void writeDurably(const std::filesystem::path& file, std::span<const char> bytes) {
-    const Descriptor descriptor(file, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC);
+    if (::unlink(file.c_str()) != 0 && errno != ENOENT) raise(file);
+    const Descriptor descriptor(file, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC);
     descriptor.write(bytes.data(), bytes.size());
     descriptor.sync();
 }
@@ -165,9 +169,39 @@ void createFolderDurably(const std::filesystem::path& folder) {
     syncFolder(folder.parent_path());
 }
 
+void touchFolder(const std::filesystem::path& folder) {
+    // The system's own idea of now may be some milliseconds old.
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const timespec times[2] = {{0, UTIME_OMIT}, now};
+    ::utimensat(AT_FDCWD, folder.c_str(), times, 0);
+}
+
+FolderLock::FolderLock(const std::filesystem::path& folder)
+    : held(folder.empty() ? -1 : ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (folder.empty()) return;
+    if (held < 0) raise(folder);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (::flock(static_cast<int>(held), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR) return;
+        if (std::chrono::steady_clock::now() > end) {
+            ::close(static_cast<int>(held));
+            errno = ETIMEDOUT;
+            raise(folder);
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+    }
+}
+
+FolderLock::~FolderLock() {
+    if (held >= 0) ::close(static_cast<int>(held));
+}
+
 std::uint64_t processId() {
     return static_cast<std::uint64_t>(::getpid());
 }
+
+void stayLoaded() {}  // linked so
 
 void setArgumentError() {
     errno = EINVAL;

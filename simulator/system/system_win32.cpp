@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstdio>
 #include <system_error>
 #include <windows.h>
 
@@ -15,8 +17,8 @@ class File {
   public:
     File(const std::filesystem::path& file, DWORD access, DWORD creation)
         : name(file),
-          handle(::CreateFileW(file.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, creation,
-                               FILE_ATTRIBUTE_NORMAL, nullptr)) {
+          handle(::CreateFileW(file.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                               nullptr, creation, FILE_FLAG_BACKUP_SEMANTICS, nullptr)) {
         if (handle == INVALID_HANDLE_VALUE) raise(file);
     }
     ~File() { ::CloseHandle(handle); }
@@ -34,11 +36,21 @@ class File {
     void sync() const {
         if (!::FlushFileBuffers(handle)) raise(name);
     }
+    BY_HANDLE_FILE_INFORMATION information() const {
+        BY_HANDLE_FILE_INFORMATION data{};
+        if (!::GetFileInformationByHandle(handle, &data)) raise(name);
+        return data;
+    }
+    void setTime(const FILETIME& time) const { ::SetFileTime(handle, nullptr, nullptr, &time); }
 
   private:
     std::filesystem::path name;
     HANDLE handle;
 };
+
+std::uint64_t whole(DWORD high, DWORD low) {
+    return std::uint64_t{high} << 32 | low;
+}
 
 }  // namespace
 
@@ -92,11 +104,13 @@ void writeDurably(const std::filesystem::path& file, std::span<const char> bytes
 }
 
 FileStamp stampOf(const std::filesystem::path& file) {
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    if (!::GetFileAttributesExW(file.c_str(), GetFileExInfoStandard, &data)) return {};
-    const auto whole = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
-    return {whole(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime),
-            whole(data.nFileSizeHigh, data.nFileSizeLow), 0};
+    try {
+        const BY_HANDLE_FILE_INFORMATION data = File(file, FILE_READ_ATTRIBUTES, OPEN_EXISTING).information();
+        return {whole(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime),
+                whole(data.nFileSizeHigh, data.nFileSizeLow), whole(data.nFileIndexHigh, data.nFileIndexLow)};
+    } catch (const std::system_error&) {
+        return {};
+    }
 }
 
 void replaceDurably(const std::filesystem::path& from, const std::filesystem::path& to) {
@@ -113,8 +127,53 @@ void createFolderDurably(const std::filesystem::path& folder) {
     std::filesystem::create_directory(folder);
 }
 
+void touchFolder(const std::filesystem::path& folder) {
+    try {
+        // The system's clock may stand still between two changes.
+        const File opened(folder, FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES, OPEN_EXISTING);
+        const FILETIME old = opened.information().ftLastWriteTime;
+        FILETIME now{};
+        ::GetSystemTimeAsFileTime(&now);
+        const std::uint64_t time = std::max(whole(now.dwHighDateTime, now.dwLowDateTime),
+                                            whole(old.dwHighDateTime, old.dwLowDateTime) + 1);
+        opened.setTime({static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)});
+    } catch (const std::system_error&) {
+    }
+}
+
+// A mutex of the system's whose name says which folder it is, by whatever path.
+FolderLock::FolderLock(const std::filesystem::path& folder) : held(0) {
+    if (folder.empty()) return;
+    const BY_HANDLE_FILE_INFORMATION data = File(folder, FILE_READ_ATTRIBUTES, OPEN_EXISTING).information();
+    wchar_t name[64];
+    std::swprintf(name, std::size(name), L"Local\\ovno2-image-%08lx-%08lx%08lx", data.dwVolumeSerialNumber,
+                  data.nFileIndexHigh, data.nFileIndexLow);
+    const HANDLE mutex = ::CreateMutexW(nullptr, /*bInitialOwner=*/FALSE, name);
+    if (mutex == nullptr) raise(folder);
+    const DWORD waited = ::WaitForSingleObject(mutex, 60000);
+    if (waited != WAIT_OBJECT_0 && waited != WAIT_ABANDONED) {
+        ::CloseHandle(mutex);
+        ::SetLastError(WAIT_TIMEOUT);
+        raise(folder);
+    }
+    held = reinterpret_cast<std::intptr_t>(mutex);
+}
+
+FolderLock::~FolderLock() {
+    if (held == 0) return;
+    const auto mutex = reinterpret_cast<HANDLE>(held);
+    ::ReleaseMutex(mutex);
+    ::CloseHandle(mutex);
+}
+
 std::uint64_t processId() {
     return ::GetCurrentProcessId();
+}
+
+void stayLoaded() {
+    HMODULE module = nullptr;
+    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                         reinterpret_cast<LPCWSTR>(&stayLoaded), &module);
 }
 
 void setArgumentError() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -11,6 +12,7 @@
 #include <string_view>
 
 #include "library/library_records.h"
+#include "simulator/system/system.h"
 
 namespace ovno2::simulator {
 
@@ -45,6 +47,20 @@ struct FileSettings {
     ByPath<std::uint64_t> times;                       // file times, UTC
     std::set<std::string, IgnoringCase> emptyFolders;  // made when the image is read
     std::size_t nameLength = 255;                      // UTF-16 units
+
+    // The image's folder and its files.json as this process last saw them; another process that changes the
+    // phone's files changes one of the two.
+    std::array<system::FileStamp, 2> seen;
+
+    // What is said about `from` and all below it is said about `to` and below from now on. False when there
+    // is nothing.
+    bool rename(const std::string& from, const std::string& to);
+
+    // Nothing is said about this entry any more. False when nothing was.
+    bool forget(const std::string& path);
 };
+
+// `path` after `from` has become `to`: changed when it is `from` or lies below it.
+std::string pathAfterRename(const std::string& path, const std::string& from, const std::string& to);
 
 }  // namespace ovno2::simulator

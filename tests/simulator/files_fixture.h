@@ -5,8 +5,6 @@
 
 namespace simulator_tests {
 
-using ::testing::IsEmpty;
-
 class Files : public World {
   protected:
     Files() {
@@ -16,11 +14,10 @@ class Files : public World {
         folder.write("one/files/C/System/fixed.cfg", "fixed");
         folder.write("one/files/C/note.txt", "note");
         folder.write("one/files/E/empty.bin", "");
-        folder.write("one/files.json", R"({"format": 1,
-            "drives": {"C": {"capacity": 100}},
-            "emptyFolders": ["C/Games/Old", "E/Empty"], "readOnly": ["C/System/fixed.cfg"], "attributes": {"C/Images": "0x2000"},
-            "times": {"C/Images/beach.jpg": "2008-07-19T16:04:11Z", "C/note.txt": "1999-12-31T23:59:59Z"},
-            "nameLength": 20})");
+        folder.write("one/files.json", R"({"format": 1, "drives": {"C": {"capacity": 100}},
+            "emptyFolders": ["C/Games/Old", "E/Empty"], "readOnly": ["C/System/fixed.cfg"],
+            "attributes": {"C/Images": "0x2000"}, "nameLength": 20,
+            "times": {"C/Images/beach.jpg": "2008-07-19T16:04:11Z", "C/note.txt": "1999-12-31T23:59:59Z"}})");
         open();
     }
     ~Files() override { close(); }
@@ -42,42 +39,25 @@ class Files : public World {
         control.reset();
         open();
     }
-    Status go(const std::u16string& path) { return CONNAPI(CONASetCurrentFolder)(session, path.c_str()); }
+    Status go(const char16_t* path) { return CONNAPI(CONASetCurrentFolder)(session, path); }
+    Status rename(const char16_t* name, const char16_t* newName) {
+        return CONNAPI(CONARenameFile)(session, name, newName, 0);
+    }
+    Status renameFolder(const char16_t* name, const char16_t* newName) {
+        return CONNAPI(CONARenameFolder)(session, name, newName, 0);
+    }
 
-    // Names of a folder's folders, then of its files with their sizes.
-    std::vector<std::u16string> list(const std::u16string& path) {
-        std::vector<std::u16string> names;
-        Handle search = 0;
-        if (CONNAPI(CONAFindBegin)(session, 0, &search, path.c_str()) != statusOk) return {u"(refused)"};
-        FolderRecord found{};
-        while (CONNAPI(CONAFindNextFolder)(search, &found) == statusOk) {
-            names.push_back(u"[" + textAt(found.name) + u"]");
-        }
-        FileRecord file{};
-        while (CONNAPI(CONAFindNextFile)(search, &file) == statusOk) {
-            const std::string size = std::to_string(file.size);
-            names.push_back(textAt(file.name) + u" " + std::u16string(size.begin(), size.end()));
-        }
-        EXPECT_EQ(CONNAPI(CONAFindEnd)(search), statusOk);
+    // A folder's names on disk, in their order.
+    std::vector<std::string> list(const char* path) {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path / "one" / path))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
         return names;
     }
-
-    Status read(const char16_t* name, std::string& content) {
+    Status write(const char16_t* name, const std::string& content) {
         char16_t* const text = CONNAPI(CONAAllocString)(name);
-        FileRecord file{};
-        file.name = static_cast<Word>(reinterpret_cast<std::uintptr_t>(text));
-        ovno2::Address data = 0;
-        const Status status = CONNAPI(CONAReadFile)(session, &file, &data, 0, 0);
-        const auto* const bytes = reinterpret_cast<const char*>(static_cast<std::uintptr_t>(data));
-        if (status == statusOk) content = std::string(bytes, file.size);
-        CONNAPI(CONAFreeString)(text);
-        return status;
-    }
-    Status write(const std::u16string& name, const std::string& content) {
-        char16_t* const text = CONNAPI(CONAAllocString)(name.c_str());
-        FileRecord file{};
-        file.name = static_cast<Word>(reinterpret_cast<std::uintptr_t>(text));
-        file.size = static_cast<Word>(content.size());
+        FileRecord file{low(text), 0, 0, 0, static_cast<Word>(content.size()), 0};
         const Status status = CONNAPI(CONAWriteFile)(session, &file, content.data(), 0);
         CONNAPI(CONAFreeString)(text);
         return status;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -18,40 +19,40 @@ namespace simulator_tests {
 
 using namespace ovno2::library;
 using Json = nlohmann::json;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
-// A function of one of the two libraries, with the calling convention that the libraries have.
-template <typename Signature>
-struct Exported;
-template <typename Result, typename... Arguments>
-struct Exported<Result(Arguments...)> {
-    using Pointer = Result(SIMULATOR_STDCALL*)(Arguments...);
-};
-
+// A function of one of the two libraries.
 void* symbol(const char* library, const char* name);
 
 template <typename Signature>
-typename Exported<Signature>::Pointer bound(const char* library, const char* name) {
-    return reinterpret_cast<typename Exported<Signature>::Pointer>(symbol(library, name));
+Signature* bound(const char* library, const char* name) {
+    return reinterpret_cast<Signature*>(symbol(library, name));
 }
 
 #define CONNAPI(name) (*simulator_tests::bound<ovno2::library::signature::name>("ConnAPI", #name))
 #define DAAPI(name) (*simulator_tests::bound<ovno2::library::signature::name>("DAAPI", #name))
 
+inline char* at(Word address) {
+    return reinterpret_cast<char*>(static_cast<std::uintptr_t>(address));
+}
+inline Word low(const void* pointer) {
+    return static_cast<Word>(reinterpret_cast<std::uintptr_t>(pointer));
+}
 template <typename T>
 T recordAt(ovno2::Address address) {
     T record;
-    std::memcpy(&record, reinterpret_cast<const void*>(static_cast<std::uintptr_t>(address)), sizeof record);
+    std::memcpy(&record, at(address), sizeof record);
     return record;
 }
 
 // Every test starts with an empty world and ends with everything given back.
 class World : public ::testing::Test {
   protected:
-    World();
-    ~World() override;
-
-    // A part of the balance as JSON text.
-    std::string balance(const char* part);
+    World() { control.reset(); }
+    ~World() override { EXPECT_EQ(control.leaks(), ""); }
 
     ovno2::simulator::Control control;
 };
@@ -60,7 +61,7 @@ class World : public ::testing::Test {
 class TemporaryFolder {
   public:
     TemporaryFolder();
-    ~TemporaryFolder();
+    ~TemporaryFolder() { std::filesystem::remove_all(path); }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
@@ -70,7 +71,10 @@ class TemporaryFolder {
     std::filesystem::path path;
 };
 
-std::string fileContent(const std::filesystem::path& file);
+inline std::string fileContent(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
 
 inline const char* const annasSerial = "356300010000017";
 
@@ -82,18 +86,16 @@ class ContentSession {
     ContentSession(const ContentSession&) = delete;
     ContentSession& operator=(const ContentSession&) = delete;
 
-    std::vector<ItemIdRecord> ids(Word folder = 1) const;
+    std::vector<ItemIdRecord> ids() const;
     Status read(ItemIdRecord id, ContactRecord& contact) const;
-    Status free(ContactRecord& contact) const;
-    // All texts of a contact as "ID=TEXT", read and freed. Data items have 20 bytes.
-    std::vector<std::u16string> texts(const ItemIdRecord& id) const;
+    Status free(ContactRecord& contact) const { return DAAPI(CAFreeItemData)(connection, 1, &contact); }
+    Status commit(ItemIdListRecord* written = nullptr) const {
+        return DAAPI(CACommitOperations)(operation, written);
+    }
 
     Handle connection = 0;
     Handle operation = 0;
     Status status = 0;
 };
-
-std::u16string textAt(ovno2::Address address);
-std::u16string uidText(const ItemIdRecord& id);
 
 }  // namespace simulator_tests

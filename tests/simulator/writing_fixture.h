@@ -5,25 +5,19 @@
 
 namespace simulator_tests {
 
-using ::testing::IsEmpty;
-
 // A contact record in the library's memory, as a caller builds it: texts of pair a by field id.
 class WrittenContact {
   public:
     explicit WrittenContact(const std::vector<std::pair<Word, std::u16string>>& texts) {
         record.size = sizeof record;
         record.a.count = static_cast<Word>(texts.size());
-        if (texts.empty()) return;
         record.a.items = block(texts.size() * sizeof(DataItemRecord));
-        for (std::size_t i = 0; i < texts.size(); ++i) {
-            char16_t* const text = CONNAPI(CONAAllocString)(texts[i].second.c_str());
-            strings.push_back(text);
-            put(i, texts[i].first, low(text));
-        }
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            put(i, texts[i].first, text(texts[i].second));
     }
     ~WrittenContact() {
-        for (char16_t* const text : strings)
-            CONNAPI(CONAFreeString)(text);
+        for (char16_t* const one : strings)
+            CONNAPI(CONAFreeString)(one);
         for (void* const one : blocks)
             CONNAPI(CONAFreeMemory)(one);
     }
@@ -34,9 +28,11 @@ class WrittenContact {
         const DataItemRecord item{sizeof item, 0, 1, id, value};
         std::memcpy(at(record.a.items) + index * sizeof item, &item, sizeof item);
     }
+    Word text(const std::u16string& value) {
+        return low(strings.emplace_back(CONNAPI(CONAAllocString)(value.c_str())));
+    }
     Word block(std::size_t bytes) {
-        blocks.push_back(CONNAPI(CONAAllocMemory)(static_cast<Word>(bytes)));
-        return low(blocks.back());
+        return low(blocks.emplace_back(CONNAPI(CONAAllocMemory)(static_cast<Word>(bytes))));
     }
     template <typename T>
     Word copy(const T& value) {
@@ -44,10 +40,9 @@ class WrittenContact {
         std::memcpy(at(place), &value, sizeof value);
         return place;
     }
-    static Word low(const void* pointer) {
-        return static_cast<Word>(reinterpret_cast<std::uintptr_t>(pointer));
+    Status write(const ContentSession& session, ItemIdRecord& id) {
+        return DAAPI(CAWriteItem)(session.operation, &id, 0, 1, &record);
     }
-    static char* at(Word address) { return reinterpret_cast<char*>(static_cast<std::uintptr_t>(address)); }
 
     ContactRecord record{};
 
@@ -60,36 +55,23 @@ inline ItemIdRecord newId() {
     return {sizeof(ItemIdRecord), 1, 0, 0, 0, 0};
 }
 
-inline Status write(const ContentSession& session, ItemIdRecord& id, WrittenContact& contact) {
-    return DAAPI(CAWriteItem)(session.operation, &id, 0, 1, &contact.record);
-}
-
 class Writing : public World {
   protected:
     Writing() {
         folder.write("one/phone.json", control.plainPhone(annasSerial).dump());
         folder.write("one/pictures/old.jpg", "old picture");
-        folder.write("one/contacts.json", control
-                                              .phoneBook(Json::parse(R"([
-            {"uid": "00000005", "fields": [{"id": 2, "text": "Anna"}, {"id": 600, "number": 7},
+        folder.write("one/contacts.json", "\xEF\xBB\xBF" + control
+                                                               .phoneBook(Json::parse(R"([
+            {"uid": "00000005", "fields": [{"id": 2, "text": "Anna 海边😀"}, {"id": 600, "number": 7},
                 {"id": 10, "picture": {"format": "JPEG", "file": "pictures/old.jpg"}}]},
             {"uid": "0B", "position": 9, "fields": [{"id": 2, "text": "Ben"}]}])"))
-                                              .dump());
+                                                               .dump());
         EXPECT_THAT(control.load(folder.path), IsEmpty());
     }
-    // The phone book as another process would find it.
-    std::vector<std::u16string> onDisk() {
-        control.reset();
-        EXPECT_THAT(control.load(folder.path), IsEmpty());
-        ContentSession session;
-        std::vector<std::u16string> all;
-        for (const ItemIdRecord& id : session.ids()) {
-            std::u16string line = uidText(id);
-            for (const std::u16string& text : session.texts(id))
-                line += u" " + text;
-            all.push_back(line);
-        }
-        return all;
+
+    Json book() {
+        const std::string text = fileContent(folder.path / "one/contacts.json");
+        return Json::parse(text.substr(text.find('{')));
     }
 
     TemporaryFolder folder;
