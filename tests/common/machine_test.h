@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "common/file_content.h"
 #include "core/current_platform.h"
 #include "core/log_front.h"
 

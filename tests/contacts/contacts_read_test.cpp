@@ -1,5 +1,3 @@
-#include <fstream>
-
 #include "contacts/contacts_test.h"
 #include "devices/current_phone.h"
 #include "devices/devices.h"
@@ -178,21 +176,16 @@ class ContactPictures : public ContactsReadTest {
     ContactPictures() {
         table = tableOf({4, 1, 80});
         pictureFolder = replaceAll(folder.path().u16string(), u"/", u"\\") + u"\\pics\\";
-        std::filesystem::create_directories(image() / "pictures");
     }
     std::filesystem::path image() const { return folder.path() / "phone"; }
     std::filesystem::path pictureFile(const std::string& name) const { return folder.path() / "pics" / name; }
     void addPicture(const std::string& bytes, Json format = "JPEG", const std::string& uid = "0A0B") {
-        std::ofstream(image() / "pictures" / "p", std::ios::binary) << bytes;
+        writeContent(image() / "pictures" / "p", bytes);
         const Json picture = {{"format", std::move(format)}, {"file", "pictures/p"}};
         const Json contact =
             contactOf(uid, {{{"id", 2}, {"text", "Anna"}}, {{"id", 10}, {"picture", picture}}});
-        std::ofstream(image() / "contacts.json") << Control::phoneBook(Json::array({contact}));
+        writeContent(image() / "contacts.json", Control::phoneBook(Json::array({contact})).dump());
         simulator.run("addPhone", {{"phone", Control::plainPhone(serial)}, {"image", image().string()}});
-    }
-    static std::string contentOf(const std::filesystem::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
     }
 };
 

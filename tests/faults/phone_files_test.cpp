@@ -39,8 +39,8 @@ void restore(const std::filesystem::path& root, const Tree& wanted) {
 class PhoneFileFaults : public EveryFault<PhoneFilesTest> {
   protected:
     PhoneFileFaults() {
-        write(pc("put.txt"), "of the PC");
-        write(pc("a.txt"), "older");
+        writeContent(pc("put.txt"), "of the PC");
+        writeContent(pc("a.txt"), "older");
         before = trees();
     }
     void attachPhones() override { attachPhone(); }

@@ -1,4 +1,3 @@
-#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <thread>
@@ -14,11 +13,7 @@ namespace {
 class MachineRegistry : public MachineTest {
   protected:
     std::filesystem::path file() const { return folder.path() / "registry.reg"; }
-    void put(std::string_view bytes) const { std::ofstream(file(), std::ios::binary) << bytes; }
-    std::string contents() const {
-        std::ifstream stream(file(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    void put(std::string_view bytes) const { writeContent(file(), bytes); }
     // The value as UTF-8 without its terminating NUL, numbers in decimal, bytes as they are; "-" when
     // missing.
     std::string read(Long hive, TextView key, TextView name, bool view64 = false) {
@@ -101,7 +96,7 @@ TEST_F(MachineRegistry, AnAnsiExportIsReadInThePageItNames) {
         EXPECT_EQ(toUtf8(u"К"), read(currentUser, u"Software\\A", u"path"));
         EXPECT_EQ(changed ? "\xE9\x9B\xBB" : "-", read(currentUser, u"Software\\A", u"new"));
     }
-    EXPECT_THAT(contents(), testing::StartsWith("Windows Registry Editor Version 5.00\r\n"));
+    EXPECT_THAT(contentOf(file()), testing::StartsWith("Windows Registry Editor Version 5.00\r\n"));
 }
 
 TEST_F(MachineRegistry, The32BitViewIsTheRedirectedKeyWhereThereIsOne) {
@@ -168,7 +163,7 @@ TEST_F(MachineRegistry, AnEditLeavesEverythingElseAsItStands) {
         "\"v\"=\"old\"\r\nbroken line\r\n\"w\"=dword:00000010\r\n\r\n[HKEY_CURRENT_USER\\Software\\A]\r\n"
         "\"v\"=\"newest "
         "\\\"\\\\\"\r\n\"x\"=\"added\"\r\n\r\n[HKEY_CURRENT_USER\\Software\\New]\r\n\"y\"=\"1\"\r\n",
-        contents());
+        contentOf(file()));
     std::unique_ptr<RegistryKey> key;
     ASSERT_EQ(0, machine.registry().create(currentUser, u"Software\\A", key));
     EXPECT_EQ(0, key->remove(u"V"));

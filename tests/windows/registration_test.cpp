@@ -5,13 +5,13 @@
 // clang-format on
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
 #include <set>
 #include <sstream>
 
 #include "base/utf8.h"
 #include "base/values.h"
+#include "common/file_content.h"
 
 namespace ovno2::windows_tests {
 namespace {
@@ -47,9 +47,7 @@ class RegistrationTest : public ::testing::Test {
     static Export exported(const wchar_t* root) {
         const std::filesystem::path file = std::filesystem::temp_directory_path() / "ovno2-export.reg";
         EXPECT_EQ(0, run(L"reg export " + std::wstring(root) + L" \"" + file.wstring() + L"\" /y"));
-        std::ifstream stream(file, std::ios::binary);
-        const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-        std::istringstream lines(toUtf8(lowerCase(fromUtf16Bytes(bytes))));
+        std::istringstream lines(toUtf8(lowerCase(fromUtf16Bytes(contentOf(file)))));
         Export entries;
         std::string key;
         for (std::string line; std::getline(lines, line);) {
