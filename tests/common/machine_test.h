@@ -96,6 +96,9 @@ class MachineTest : public ::testing::Test {
     void setRegistryNumber(Long hive, TextView key, TextView name, std::uint32_t number) {
         writeRegistry(hive, key, name, {.type = 4, .text = {}, .bytes = {}, .number = number});
     }
+    void setRegistryBytes(Long hive, TextView key, TextView name, const std::string& bytes) {
+        writeRegistry(hive, key, name, {.type = 3, .text = {}, .bytes = bytes, .number = 0});
+    }
 
     TemporaryFolder folder;
     TestMachine machine;

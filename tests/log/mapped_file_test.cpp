@@ -1,7 +1,6 @@
 #include "log/mapped_file.h"
 
 #include "common/platform_test.h"
-#include "common/recording_log.h"
 
 namespace ovno2 {
 namespace {
@@ -83,12 +82,6 @@ TEST_F(MappedFile, AMappingThatAnotherProgramMadeTooSmallIsNotWrittenTo) {
     writer.MemName.clear();
     writer.MemClose();
     EXPECT_EQ(cMemMappedFile::noMapping, writer.MemWrite(u"x"));
-}
-
-TEST_F(MappedFile, TheEndIsLogged) {
-    RecordingLog log;
-    { cMemMappedFile file; }
-    EXPECT_EQ((std::vector<std::string>{"cMem Class_Terminate", "MemClose"}), log.lines);
 }
 
 }  // namespace

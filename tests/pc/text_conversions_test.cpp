@@ -1,6 +1,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iconv.h>
+#include <numeric>
 
 #include "base/text_pairs.h"
 #include "common/machine_test.h"
@@ -48,6 +49,11 @@ class TextConversions : public MachineTest {
         const std::vector<std::uint8_t> codes(bytes.begin(), bytes.end());
         EXPECT_EQ(encoding != 0 || text != before, GetFileContentsMod::isEncodedText(codes)) << bytes;
         return {encoding, text};
+    }
+    static std::string everyByte() {
+        std::string all(256, '\0');
+        std::iota(all.begin(), all.end(), '\0');
+        return all;
     }
     static std::string bytesOf(const ByteArray& array) {
         return {array.elements().begin(), array.elements().end()};
@@ -105,9 +111,7 @@ TEST_F(TextConversions, LeadsAndReferencesFollowTheCodePage) {
 
 // The C library's converter is the independent source.
 TEST_F(TextConversions, EveryByteOfACodePageIsACharacterAndBack) {
-    std::string all;
-    for (int byte = 0; byte < 256; ++byte)
-        all += static_cast<char>(byte);
+    std::string all = everyByte();
     for (const char* page : {"874", "1250", "1251", "1252", "1253", "1254", "1255", "1256", "1257", "1258"}) {
         const TemporaryFolder profile;
         std::ofstream(profile.path() / "registry.reg")
@@ -197,9 +201,7 @@ TEST_F(TextConversions, CharactersOfTwoBytesTakeTwoBytes) {
     EXPECT_TRUE(ansiCode(u'ｶ', code));
     EXPECT_EQ(0xB6, code);
     // Byte by byte they still come back unchanged.
-    std::string all;
-    for (int byte = 0; byte < 256; ++byte)
-        all += static_cast<char>(byte);
+    const std::string all = everyByte();
     const Text text = ConvertByteArrayToString(arrayOf(all));
     ASSERT_EQ(256u, text.size());
     EXPECT_EQ(u'\uFF71', text[0xB1]);
