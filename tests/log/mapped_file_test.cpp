@@ -71,7 +71,8 @@ TEST_F(MappedFile, CreateFileTellsWhetherSomebodyHoldsTheMapping) {
 
 TEST_F(MappedFile, AMappingThatAnotherProgramMadeTooSmallIsNotWrittenTo) {
     auto small = currentPlatform().sharedMemory().create(u"OvTest channel", 100);
-    ASSERT_TRUE(small);
+    ASSERT_TRUE(small && small->map(100));
+    EXPECT_FALSE(small->map(size));
     Text text;
     EXPECT_EQ(cMemMappedFile::noView, writer.MemWrite(u"x"));
     EXPECT_EQ(cMemMappedFile::noMappingOrView, reader.MemRead(0, 1, text));

@@ -34,23 +34,5 @@ TEST_F(SharedMemorySeam, AnAreaIsTheSameBytesForEverybodyWhoKnowsItsNameAsLongAs
     EXPECT_FALSE(memory.open(name, /*forWriting=*/true));
 }
 
-TEST_F(SharedMemorySeam, AViewThatTheAreaIsTooSmallForIsRefused) {
-    const auto small = memory.create(u"OvTest small", 100);
-    ASSERT_TRUE(small);
-    const auto opened = memory.open(u"OvTest small", /*forWriting=*/true);
-    ASSERT_TRUE(opened);
-    EXPECT_FALSE(opened->map(areaSize));
-    std::byte* const view = opened->map(100);
-    ASSERT_TRUE(view);
-    view[99] = std::byte{1};
-    EXPECT_FALSE(opened->map(areaSize));
-    opened->unmap();
-    opened->unmap();
-    EXPECT_FALSE(opened->map(0));
-    EXPECT_FALSE(memory.create(u"", areaSize));
-    EXPECT_FALSE(memory.create(u"OvTest empty", 0));
-    EXPECT_FALSE(memory.open(u"", /*forWriting=*/true));
-}
-
 }  // namespace
 }  // namespace ovno2::platform
