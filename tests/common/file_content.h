@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <numeric>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,12 @@ inline void writeContent(const std::filesystem::path& file, std::string_view byt
 inline std::string contentOf(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
+}
+// A content in which every byte comes once.
+inline std::string everyByte() {
+    std::string all(256, '\0');
+    std::iota(all.begin(), all.end(), '\0');
+    return all;
 }
 
 }  // namespace ovno2

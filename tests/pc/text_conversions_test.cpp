@@ -1,7 +1,6 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iconv.h>
-#include <numeric>
 
 #include "base/text_pairs.h"
 #include "common/machine_test.h"
@@ -49,11 +48,6 @@ class TextConversions : public MachineTest {
         const std::vector<std::uint8_t> codes(bytes.begin(), bytes.end());
         EXPECT_EQ(encoding != 0 || text != before, GetFileContentsMod::isEncodedText(codes)) << bytes;
         return {encoding, text};
-    }
-    static std::string everyByte() {
-        std::string all(256, '\0');
-        std::iota(all.begin(), all.end(), '\0');
-        return all;
     }
     static std::string bytesOf(const ByteArray& array) {
         return {array.elements().begin(), array.elements().end()};

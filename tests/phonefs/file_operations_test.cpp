@@ -10,9 +10,9 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 
 TEST_F(FileOperationsTest, AFileGoesThereAndBackByteForByte) {
-    std::string bytes(5000, '\0');
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = static_cast<char>(i * 7);
+    std::string bytes = everyByte();
+    for (int i = 0; i < 4; ++i)
+        bytes += bytes;
     writeContent(pc("all.bin"), bytes);
     open();
     Text destination = u"root/E:/empty";
