@@ -97,19 +97,5 @@ TEST_F(MachineFiles, ADeviceIsWrittenToAndNeverReplaced) {
     EXPECT_EQ(deviceIoError, replace(u"C:\\letters\\pipe", "nobody reads"));
 }
 
-TEST_F(MachineFiles, LongPathsAreReadOnlyByTheirLongForm) {
-    const std::string part(100, 'd');
-    const fs::path deep = fs::path(part) / part / part;
-    fs::create_directories(work / deep);
-    writeContent(work / deep / "a.txt", "deep");
-    const Text path = u"C:\\letters\\" + replaceAll((deep / "a.txt").u16string(), u"/", u"\\");
-    OpenFile* numbered = nullptr;
-    EXPECT_EQ(fileNotFound, files().open(fileNumber, path, FileAccess::read, numbered));
-    EXPECT_FALSE(files().pathExists(path));
-    std::unique_ptr<OpenFile> file;
-    EXPECT_NE(noFailure, files().openWide(path, file));
-    EXPECT_EQ(noFailure, files().openWide(u"\\\\?\\" + path, file));
-}
-
 }  // namespace
 }  // namespace ovno2::platform::portable
