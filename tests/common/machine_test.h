@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "common/file_content.h"
 #include "core/current_platform.h"
 #include "core/log_front.h"
 
@@ -94,6 +95,9 @@ class MachineTest : public ::testing::Test {
     }
     void setRegistryNumber(Long hive, TextView key, TextView name, std::uint32_t number) {
         writeRegistry(hive, key, name, {.type = 4, .text = {}, .bytes = {}, .number = number});
+    }
+    void setRegistryBytes(Long hive, TextView key, TextView name, const std::string& bytes) {
+        writeRegistry(hive, key, name, {.type = 3, .text = {}, .bytes = bytes, .number = 0});
     }
 
     TemporaryFolder folder;

@@ -3,8 +3,6 @@
 // own.
 #pragma once
 
-#include <fstream>
-
 #include "common/machine_test.h"
 
 namespace ovno2 {
@@ -35,11 +33,10 @@ class PlatformTest : public ::testing::Test {
     }
 
     void writeFile(const std::string& name, std::string_view bytes) const {
-        std::ofstream(folder() / name, std::ios::binary) << bytes;
+        writeContent(folder() / name, bytes);
     }
     std::string readFile(const std::string& name) const {
-        std::ifstream stream(folder() / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
+        return contentOf(folder() / name);
     }
 
   private:

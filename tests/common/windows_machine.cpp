@@ -50,12 +50,6 @@ std::unique_ptr<platform::Library> ChosenLibraries::load(TextView name) {
     return module ? std::make_unique<ChosenLibrary>(module, missingFunctions) : nullptr;
 }
 
-Text ChosenLibraries::moduleFolder() {
-    return moduleFolderOverride.empty()
-               ? platform::nativePlatform().libraries().moduleFolder()
-               : std::filesystem::path(moduleFolderOverride).make_preferred().u16string();
-}
-
 platform::SystemTime ChosenClock::localTime() {
     if (!stoppedAt_) return native_.localTime();
     constexpr std::chrono::seconds epoch(11'644'473'600);  // from 1601, where file times begin, to 1970

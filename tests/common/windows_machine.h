@@ -18,13 +18,12 @@ namespace ovno2 {
 class ChosenLibraries : public platform::Libraries {
   public:
     std::unique_ptr<platform::Library> load(TextView name) override;
-    Text moduleFolder() override;
+    Text moduleFolder() override { return platform::nativePlatform().libraries().moduleFolder(); }
     Text moduleName() override { return u"ovNo2"; }
 
     void searchOnlyIn(std::filesystem::path folder) { folder_ = std::move(folder); }
     std::set<Text> missingLibraries;
     std::set<std::string, std::less<>> missingFunctions;
-    std::filesystem::path moduleFolderOverride;  // empty = the running program's
 
   private:
     std::filesystem::path folder_;
@@ -53,9 +52,7 @@ class ChosenClock : public platform::Clock {
 // The system's programs, but for what a test does in the place of starting one.
 class ChosenProcesses : public platform::Processes {
   public:
-    FailureNumber start(TextView commandLine, Long show) override {
-        return onStart ? onStart(commandLine, show) : native_.start(commandLine, show);
-    }
+    FailureNumber start(TextView commandLine, Long show) override { return native_.start(commandLine, show); }
     Long shellExecute(TextView verb, TextView file, TextView parameters, Long show) override {
         return onShellExecute ? onShellExecute(verb, file, parameters, show)
                               : native_.shellExecute(verb, file, parameters, show);
@@ -81,7 +78,6 @@ class ChosenProcesses : public platform::Processes {
     Text environment(TextView name) override { return native_.environment(name); }
     Text temporaryFolder() override { return native_.temporaryFolder(); }
 
-    std::function<FailureNumber(TextView commandLine, Long show)> onStart;
     std::function<Long(TextView verb, TextView file, TextView parameters, Long show)> onShellExecute;
     std::function<std::unique_ptr<platform::CapturedCommand>(TextView commandLine)> onStartCaptured;
 

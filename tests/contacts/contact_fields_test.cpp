@@ -149,11 +149,14 @@ TEST_F(ContactFields, SpreadAddressesOverTheirRows) {
 
 TEST_F(ContactFields, OfOldLibrariesHaveShortIdsAndRecords) {
     simulator.shape({{"deviceManagement", 29}, {"dataItem", 16}});
-    table = tableOf({4, 23, 45, 47, 60});
+    table = tableOf({4, 23, 45, 47, 8, 60});
     stateOf<Devices::State>().platformType = eNokiaPhoneS60;
-    addContact({text(38, "mobile"), text(69, "web"), {{"id", 65}, {"address", {"", "", "", "Berlin"}}}});
+    addContact({text(38, "mobile"),
+                text(69, "web"),
+                {{"id", 65}, {"address", {"", "", "", "Berlin"}}},
+                {{"id", 67}, {"address", {"", "", "", "Bonn"}}}});
     EXPECT_EQ(1, read());
-    EXPECT_EQ(u"|mobile||Berlin|web", values());
+    EXPECT_EQ(u"|mobile||Berlin|Bonn|web", values());
     simulator.shape({{"deviceManagement", nullptr}, {"dataItem", nullptr}});
 }
 

@@ -27,11 +27,7 @@ class ItemDates : public ContentTest {
     }
 
     void setTransition(TextView name, const platform::SystemTime& rule) {
-        std::unique_ptr<platform::RegistryKey> key;
-        ASSERT_EQ(0, machine.registry().create(platform::localMachine, zoneKey, key));
-        const platform::RegistryValue value = {
-            .type = 3, .text = {}, .bytes = platform::portable::bytesOfTransition(rule), .number = 0};
-        ASSERT_EQ(0, key->write(name, value));
+        setRegistryBytes(platform::localMachine, zoneKey, name, platform::portable::bytesOfTransition(rule));
     }
 
     static DateValue local(Long year, Long month, Long day, Long hour = 0, Long minute = 0, Long second = 0) {

@@ -151,7 +151,7 @@ TEST_F(DevicesTest, FindsThePhoneTheHostMeans) {
         EXPECT_EQ(c.matched, Devices::currentPhone().model);
         EXPECT_EQ(u"", Devices::currentPhone().serial);
     }
-    EXPECT_EQ(eNokiaPhoneS60_5, GetPhoneType(u"33"));
+    EXPECT_EQ(eNokiaPhoneS60_5, GetPhoneType(u"11"));
     EXPECT_EQ(0, GetPhoneType(u"44"));
 }
 

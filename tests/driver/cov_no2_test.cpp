@@ -1,9 +1,9 @@
 #include "driver/cov_no2.h"
 
-#include <fstream>
 #include <gmock/gmock.h>
 #include <thread>
 
+#include "common/field_table.h"
 #include "common/phone_test.h"
 #include "core/attempt.h"
 #include "core/settings.h"
@@ -22,17 +22,12 @@ using Json = Control::Json;
 
 class CovNo2Test : public PhoneTest {
   protected:
-    ~CovNo2Test() override { EXPECT_EQ("", simulator.leaks()); }
-
     void switchLogOn() {
         constexpr TextView key = u"Software\\Tessaline\\Debug";
         setRegistryText(platform::currentUser, key, u"DebugFile", (folder.path() / "debug.txt").u16string());
         setRegistryText(platform::currentUser, key, u"On", u"1");
     }
-    std::string logText() const {
-        std::ifstream file(folder.path() / "debug.txt", std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string logText() const { return contentOf(folder.path() / "debug.txt"); }
     // A phone book whose contacts have one field each.
     static Json bookOf(const std::vector<std::pair<const char*, const char*>>& uidsAndNames) {
         Json contacts = Json::array();
@@ -43,14 +38,9 @@ class CovNo2Test : public PhoneTest {
     }
     // Reads the phone book of the phone of that model into a table with the columns that own the names.
     static Long read(covNo2& phone, Text model, HostArray<AdrItem>& items) {
-        constexpr std::size_t columns = 5;
-        std::vector<Text> cells(2 * columns);
-        cells[4] = u"1";
-        cells[columns + 4] = u"2";
         Text none;
         TextArray noTexts;
-        return phone.NokiaGetAddressBookItems(model, none, none, items, TextTable(cells, 2, columns),
-                                              noTexts);
+        return phone.NokiaGetAddressBookItems(model, none, none, items, tableOf({1, 2}), noTexts);
     }
     Long list(covNo2& phone, Long medium = -1) {
         LongArray media, types;

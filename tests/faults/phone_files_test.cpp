@@ -39,8 +39,8 @@ void restore(const std::filesystem::path& root, const Tree& wanted) {
 class PhoneFileFaults : public EveryFault<PhoneFilesTest> {
   protected:
     PhoneFileFaults() {
-        write(pc("put.txt"), "of the PC");
-        write(pc("a.txt"), "older");
+        writeContent(pc("put.txt"), "of the PC");
+        writeContent(pc("a.txt"), "older");
         before = trees();
     }
     void attachPhones() override { attachPhone(); }
@@ -75,7 +75,12 @@ class PhoneFileFaults : public EveryFault<PhoneFilesTest> {
     }
 
     // Deleting, creating and renaming folders need a session that a listing has opened.
-    void openSession(covNo2& phone) { phone.GetDirContents(model, items, emptyFolder); }
+    std::function<Long(covNo2&)> inSession(std::function<Long(covNo2&)> change) {
+        return [this, change = std::move(change)](covNo2& phone) {
+            phone.GetDirContents(model, items, emptyFolder);
+            return change(phone);
+        };
+    }
 
     std::pair<Tree, Tree> before;
     HostArray<DirItem> items;
@@ -123,39 +128,21 @@ TEST_F(PhoneFileFaults, AFileIsRenamedOrNot) {
 }
 
 TEST_F(PhoneFileFaults, AFileIsDeletedOrNot) {
-    expectAllOrNothing(
-        [&](covNo2& phone) {
-            openSession(phone);
-            return phone.DeleteFile(file);
-        },
-        1, {-1, -2});
+    expectAllOrNothing(inSession([&](covNo2& phone) { return phone.DeleteFile(file); }), 1, {-1, -2});
 }
 
 TEST_F(PhoneFileFaults, AFolderIsRenamedOrNot) {
-    expectAllOrNothing(
-        [&](covNo2& phone) {
-            openSession(phone);
-            return phone.RenameFolder(images, newFolder);
-        },
-        0, {-1, -2}, /*statusToo=*/true);
+    expectAllOrNothing(inSession([&](covNo2& phone) { return phone.RenameFolder(images, newFolder); }), 0,
+                       {-1, -2}, /*statusToo=*/true);
 }
 
 TEST_F(PhoneFileFaults, AFolderIsCreatedOrNot) {
-    expectAllOrNothing(
-        [&](covNo2& phone) {
-            openSession(phone);
-            return phone.CreateFolder(created);
-        },
-        0, {-1, -2});
+    expectAllOrNothing(inSession([&](covNo2& phone) { return phone.CreateFolder(created); }), 0, {-1, -2});
 }
 
 TEST_F(PhoneFileFaults, AFolderIsDeletedOrNot) {
-    expectAllOrNothing(
-        [&](covNo2& phone) {
-            openSession(phone);
-            return phone.DeleteFolder(emptyFolder);
-        },
-        1, {-1, -2});
+    expectAllOrNothing(inSession([&](covNo2& phone) { return phone.DeleteFolder(emptyFolder); }), 1,
+                       {-1, -2});
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "log/debug_log.h"
 
-#include <fstream>
 #include <gmock/gmock.h>
 #include <thread>
 
@@ -37,8 +36,7 @@ class DiagnosticLog : public MachineTest {
         return u"Z:" + replaceAll((folder.path() / name).u16string(), u"/", u"\\");
     }
     std::string contents(const std::string& name = "log.txt") const {
-        std::ifstream stream(folder.path() / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
+        return contentOf(folder.path() / name);
     }
     void set(const Place& place, TextView text) { setRegistryText(place.hive, place.key, place.name, text); }
     // Starts with a file, past the line that tells the level.

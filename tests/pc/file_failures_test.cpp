@@ -1,5 +1,4 @@
 #include <deque>
-#include <fstream>
 #include <gmock/gmock.h>
 
 #include "common/machine_test.h"
@@ -81,13 +80,10 @@ class FileFailures : public MachineTest {
         refusals = times;
         numbers.clear();
     }
-    std::string content() const {
-        std::ifstream stream(folder.path() / "drives/c/a.txt", std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    void put(std::string_view bytes) const {
-        std::ofstream(folder.path() / "drives/c/a.txt", std::ios::binary) << bytes;
-    }
+    std::string content() const { return contentOf(target); }
+    void put(std::string_view bytes) const { writeContent(target, bytes); }
+
+    const std::filesystem::path target = folder.path() / "drives/c/a.txt";
 
     FailureNumber refusal = noFailure;
     int refusals = 0;
@@ -184,7 +180,9 @@ TEST_F(FileFailures, APathTooLongForTheByteReaderGoesToTheWideOne) {
         file += u'\\' + Text(100, u'd');
     file += u"\\a.txt";
     EXPECT_EQ(0, write(file));
+    const RecordingLog log;
     EXPECT_EQ(u"new", GetFileContents(file, /*decode=*/false));
+    EXPECT_THAT(log.lines, ::testing::Contains("<GetFileContentsW"));
     EXPECT_FALSE(FileExistsW_(file));
 }
 

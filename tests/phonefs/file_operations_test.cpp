@@ -6,12 +6,14 @@ namespace ovno2::NokiaFiles {
 namespace {
 
 using FileOperationsTest = PhoneFilesTest;
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
 
 TEST_F(FileOperationsTest, AFileGoesThereAndBackByteForByte) {
-    std::string bytes(5000, '\0');
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = static_cast<char>(i * 7);
-    write(pc("all.bin"), bytes);
+    std::string bytes = everyByte();
+    for (int i = 0; i < 4; ++i)
+        bytes += bytes;
+    writeContent(pc("all.bin"), bytes);
     open();
     Text destination = u"root/E:/empty";
     EXPECT_EQ(0, PutFile(pcText("all.bin"), destination));
@@ -33,7 +35,7 @@ TEST_F(FileOperationsTest, Utf16TextIsSentInTheCodePageAndAMarkIsDropped) {
                                                          {"", ""},
                                                          {withNul, withNul}};
     for (const auto& [local, arrived] : cases) {
-        write(pc("text.txt"), local);
+        writeContent(pc("text.txt"), local);
         Text destination = u"C:/Data";
         EXPECT_EQ(0, PutFile(pcText("text.txt"), destination));
         EXPECT_EQ(arrived, contentOf(disk("C/Data/text.txt")));
@@ -45,7 +47,7 @@ TEST_F(FileOperationsTest, NothingIsWrittenWithoutALocalFileARoomyDriveOrAFolder
     Text destination = u"C:/Data";
     EXPECT_EQ(-3, PutFile(pcText("missing"), destination));
     EXPECT_FALSE(std::filesystem::exists(disk("C/Data/missing")));
-    write(pc("large"), std::string(20000, 'x'));
+    writeContent(pc("large"), std::string(20000, 'x'));
     destination = u"E:/empty";
     EXPECT_EQ(-3, PutFile(pcText("large"), destination));
     EXPECT_FALSE(std::filesystem::exists(disk("E/empty/large")));
@@ -57,7 +59,7 @@ TEST_F(FileOperationsTest, NothingIsWrittenWithoutALocalFileARoomyDriveOrAFolder
 
 TEST_F(FileOperationsTest, ALocalFileStaysAsItWasUntilAllIsThere) {
     open();
-    write(pc("a.txt"), "before");
+    writeContent(pc("a.txt"), "before");
     const Text target = pcText("");
     struct Case {
         std::string poke;
@@ -78,7 +80,7 @@ TEST_F(FileOperationsTest, ALocalFileStaysAsItWasUntilAllIsThere) {
 
 TEST_F(FileOperationsTest, AFileThatIsCutOffLeavesTheOldOneOnThePhone) {
     open();
-    write(pc("a.txt"), std::string(1000, 'x'));
+    writeContent(pc("a.txt"), std::string(1000, 'x'));
     simulator.runText(R"({"command": "drop", "bytes": 500})");
     Text destination = u"C:/Data";
     EXPECT_EQ(-3, PutFile(pcText("a.txt"), destination));
@@ -125,9 +127,21 @@ TEST_F(FileOperationsTest, TheFileSystemIsChangedAndDeletionsReportOne) {
 TEST_F(FileOperationsTest, AFolderIsDeletedByALibraryWithTheOtherForm) {
     simulator.shape({{"deleteFolderArguments", 4}});
     open();
+    simulator.readJournal();
     EXPECT_EQ(1, DeleteFolder(u"E:/empty"));
     EXPECT_FALSE(std::filesystem::exists(disk("E/empty")));
+    std::vector<std::string> made = simulator.readJournal();
+    std::erase_if(made, [](const std::string& line) { return !line.starts_with("CONADeleteFolder("); });
+    EXPECT_THAT(
+        made, ElementsAre(EndsWith("flag 0) = 80108002"), EndsWith("flag 1) = 0"), EndsWith("flag 0) = 0")));
     EXPECT_EQ(-2, DeleteFolder(u"E:/empty"));
+#ifdef _WIN32
+    // The arguments that the library removed tell as much, whatever else it reports.
+    std::filesystem::create_directory(disk("E/empty"));
+    simulator.fail("CONADeleteFolder", 0x80100002);
+    EXPECT_EQ(1, DeleteFolder(u"E:/empty"));
+    EXPECT_FALSE(std::filesystem::exists(disk("E/empty")));
+#endif
 }
 
 }  // namespace

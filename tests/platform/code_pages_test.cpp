@@ -13,12 +13,9 @@ class AnsiPage : public PlatformTest {
 };
 
 TEST_F(AnsiPage, EveryByteIsACharacterAndComesBack) {
-    std::string all;
-    Text expected;
-    for (int code = 0; code < 256; ++code) {
-        all.push_back(static_cast<char>(code));
-        expected.push_back(static_cast<char16_t>(code));
-    }
+    const std::string all = everyByte();
+    Text expected(all.size(), u'\0');
+    std::iota(expected.begin(), expected.end(), u'\0');
     // The 27 characters of 1252 that are not those of Latin-1; the other five codes of that row stay
     // controls.
     const TextView row =

@@ -1,5 +1,4 @@
 #include <csignal>
-#include <fstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -29,13 +28,6 @@ class MachineFiles : public MachineTest {
         files().close(fileNumber);
         return failure;
     }
-    static void put(const fs::path& path, std::string_view bytes) {
-        std::ofstream(path, std::ios::binary) << bytes;
-    }
-    static std::string contentOf(const fs::path& path) {
-        std::ifstream stream(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
 
     fs::path work;  // C:\work
 };
@@ -53,8 +45,8 @@ TEST_F(MachineFiles, DrivesAreFoldersOfTheProfileAndTheSystemsRoot) {
 
 // Beyond the limit every write fails as on a full disk.
 TEST_F(MachineFiles, AFullDiskLosesNothingThatWasThereBefore) {
-    put(work / "replaced", "old content");
-    put(work / "appended", "line\n");
+    writeContent(work / "replaced", "old content");
+    writeContent(work / "appended", "line\n");
     const pid_t child = fork();
     if (child == 0) {
         signal(SIGXFSZ, SIG_IGN);
@@ -81,7 +73,7 @@ TEST_F(MachineFiles, AFullDiskLosesNothingThatWasThereBefore) {
 }
 
 TEST_F(MachineFiles, AReplacedFileKeepsItsPermissionsAndItsLinks) {
-    put(work / "target", "old");
+    writeContent(work / "target", "old");
     ASSERT_EQ(0, chmod((work / "target").c_str(), 0640));
     fs::create_symlink("target", work / "link");
     EXPECT_EQ(noFailure, replace(u"C:\\letters\\link", "new"));
@@ -103,20 +95,6 @@ TEST_F(MachineFiles, ADeviceIsWrittenToAndNeverReplaced) {
     ASSERT_EQ(noFailure, files().openWide(u"C:\\letters\\pipe", pipe));
     pipe.reset();
     EXPECT_EQ(deviceIoError, replace(u"C:\\letters\\pipe", "nobody reads"));
-}
-
-TEST_F(MachineFiles, LongPathsAreReadOnlyByTheirLongForm) {
-    const std::string part(100, 'd');
-    const fs::path deep = fs::path(part) / part / part;
-    fs::create_directories(work / deep);
-    put(work / deep / "a.txt", "deep");
-    const Text path = u"C:\\letters\\" + replaceAll((deep / "a.txt").u16string(), u"/", u"\\");
-    OpenFile* numbered = nullptr;
-    EXPECT_EQ(fileNotFound, files().open(fileNumber, path, FileAccess::read, numbered));
-    EXPECT_FALSE(files().pathExists(path));
-    std::unique_ptr<OpenFile> file;
-    EXPECT_NE(noFailure, files().openWide(path, file));
-    EXPECT_EQ(noFailure, files().openWide(u"\\\\?\\" + path, file));
 }
 
 }  // namespace

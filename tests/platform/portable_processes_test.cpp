@@ -27,8 +27,7 @@ class PortableProcessesTest : public MachineTest {
     PortableProcessesTest() { fs::create_directories(driveC); }
 
     fs::path writeProgram(const fs::path& file, const std::string& script) {
-        fs::create_directories(file.parent_path());
-        std::ofstream(file) << "#!/bin/sh\n" << script << "\n";
+        writeContent(file, "#!/bin/sh\n" + script + "\n");
         fs::permissions(file, fs::perms::owner_all);
         return file;
     }
@@ -134,8 +133,8 @@ TEST_F(PortableProcessesTest, TheShellStartsProgramsAndHandsTheRestToTheDesktop)
     EXPECT_LT(32, open(u"C:\\start.exe", u"\"a b\""));
     EXPECT_EQ("a b", lineOf(mark));
 
-    std::ofstream(driveC / "document.txt") << "text";
-    std::ofstream(driveC / "broken.exe") << "MZ";
+    writeContent(driveC / "document.txt", "text");
+    writeContent(driveC / "broken.exe", "MZ");
     fs::permissions(driveC / "broken.exe", fs::perms::owner_all);
     EXPECT_EQ(11, open(u"C:\\broken.exe"));
     EXPECT_EQ(2, open(u""));

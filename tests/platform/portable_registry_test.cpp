@@ -1,4 +1,3 @@
-#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <thread>
@@ -14,11 +13,7 @@ namespace {
 class MachineRegistry : public MachineTest {
   protected:
     std::filesystem::path file() const { return folder.path() / "registry.reg"; }
-    void put(std::string_view bytes) const { std::ofstream(file(), std::ios::binary) << bytes; }
-    std::string contents() const {
-        std::ifstream stream(file(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    void put(std::string_view bytes) const { writeContent(file(), bytes); }
     // The value as UTF-8 without its terminating NUL, numbers in decimal, bytes as they are; "-" when
     // missing.
     std::string read(Long hive, TextView key, TextView name, bool view64 = false) {
@@ -101,7 +96,7 @@ TEST_F(MachineRegistry, AnAnsiExportIsReadInThePageItNames) {
         EXPECT_EQ(toUtf8(u"К"), read(currentUser, u"Software\\A", u"path"));
         EXPECT_EQ(changed ? "\xE9\x9B\xBB" : "-", read(currentUser, u"Software\\A", u"new"));
     }
-    EXPECT_THAT(contents(), testing::StartsWith("Windows Registry Editor Version 5.00\r\n"));
+    EXPECT_THAT(contentOf(file()), testing::StartsWith("Windows Registry Editor Version 5.00\r\n"));
 }
 
 TEST_F(MachineRegistry, The32BitViewIsTheRedirectedKeyWhereThereIsOne) {
@@ -155,7 +150,8 @@ TEST_F(MachineRegistry, LaterLinesWinAndDeletionsDelete) {
     EXPECT_TRUE(file.hasKey(u"HKEY_CURRENT_USER")) << "a key brings those above it";
 }
 
-TEST_F(MachineRegistry, AnEditLeavesEverythingElseAsItStands) {
+TEST_F(MachineRegistry, AnEditLeavesEverythingElseAsItStandsAndDamageIsReportedOnce) {
+    testing::internal::CaptureStderr();
     put("Windows Registry Editor Version 5.00\r\n\r\n; mine\r\n[HKEY_CURRENT_USER\\Software\\A]\r\n"
         "\"v\"=\"old\"\r\nbroken line\r\n\"w\"=hex:01,\\\r\n  02\r\n\r\n"
         "[HKEY_CURRENT_USER\\Software\\A]\r\n\"V\"=\"newer\"");
@@ -168,11 +164,13 @@ TEST_F(MachineRegistry, AnEditLeavesEverythingElseAsItStands) {
         "\"v\"=\"old\"\r\nbroken line\r\n\"w\"=dword:00000010\r\n\r\n[HKEY_CURRENT_USER\\Software\\A]\r\n"
         "\"v\"=\"newest "
         "\\\"\\\\\"\r\n\"x\"=\"added\"\r\n\r\n[HKEY_CURRENT_USER\\Software\\New]\r\n\"y\"=\"1\"\r\n",
-        contents());
+        contentOf(file()));
     std::unique_ptr<RegistryKey> key;
     ASSERT_EQ(0, machine.registry().create(currentUser, u"Software\\A", key));
     EXPECT_EQ(0, key->remove(u"V"));
     EXPECT_EQ("-", read(currentUser, u"Software\\A", u"v")) << "an older line does not come back";
+    EXPECT_EQ(file().string() + ": line 6: not a line of a registry file; the rest is used\n",
+              testing::internal::GetCapturedStderr());
 }
 
 TEST_F(MachineRegistry, ChangesOfOthersAreSeenAndKept) {
@@ -216,16 +214,6 @@ TEST_F(MachineRegistry, AFileThatCannotBeReplacedKeepsItsContent) {
     std::filesystem::remove(file().string() + ".new");
     EXPECT_EQ(0, writeNumber(machine.registry(), u"Software\\A", u"v", 1));
     EXPECT_EQ("1", read(currentUser, u"Software\\A", u"v"));
-}
-
-TEST_F(MachineRegistry, DamageIsReportedOnceWithFileAndLine) {
-    put("Windows Registry Editor Version 5.00\n[HKEY_CURRENT_USER\\A]\nbroken\n\"v\"=\"1\"\n");
-    testing::internal::CaptureStderr();
-    EXPECT_EQ("1", read(currentUser, u"A", u"v"));
-    setRegistryText(currentUser, u"A", u"w", u"2");
-    EXPECT_EQ("2", read(currentUser, u"A", u"w"));
-    EXPECT_EQ(file().string() + ": line 3: not a line of a registry file; the rest is used\n",
-              testing::internal::GetCapturedStderr());
 }
 
 }  // namespace

@@ -39,9 +39,6 @@ RegistryValue textValue(RegistryType type, Text text) {
 }
 
 TEST_F(RegistrySeam, EveryKindOfValueComesBackAsItWasStoredUntilItIsReplacedOrRemoved) {
-    std::string bytes;
-    for (int i = 0; i < 300; ++i)
-        bytes.push_back(static_cast<char>(i));
     const RegistryValue number = {.type = 4, .text = {}, .bytes = {}, .number = 0xFFFFFFC4};
     const std::pair<TextView, RegistryValue> values[] = {
         {u"text",
@@ -50,7 +47,7 @@ TEST_F(RegistrySeam, EveryKindOfValueComesBackAsItWasStoredUntilItIsReplacedOrRe
         {u"list", textValue(RegistryType::textList, Text(u"one\0two\0\0", 9))},
         {u"lines", textValue(RegistryType::text, Text(u"a\r\nb\0", 5))},
         {u"number", number},
-        {u"bytes", {.type = 3, .text = {}, .bytes = bytes, .number = 0}},
+        {u"bytes", {.type = 3, .text = {}, .bytes = everyByte(), .number = 0}},
         {u"", textValue(RegistryType::text, Text(u"default\0", 8))},
         {u"a \"quoted\\name", textValue(RegistryType::text, Text(u"x\0", 2))}};
     for (const auto& [name, value] : values)

@@ -1,6 +1,6 @@
 #include "windows/component_test.h"
 
-#include "base/values.h"
+#include "common/field_table.h"
 #include "core/current_platform.h"
 
 namespace ovno2::windows_tests {
@@ -99,14 +99,6 @@ SAFEARRAY* newTexts(const std::vector<Text>& texts, LONG lowerBound) {
     for (std::size_t i = 0; i < texts.size(); ++i)
         static_cast<BSTR*>(array->pvData)[i] = com::newBstr(texts[i]);
     return array;
-}
-
-TextTable tableOf(const std::vector<Long>& codes) {
-    constexpr std::size_t columns = 5;
-    std::vector<Text> cells(codes.size() * columns);
-    for (std::size_t row = 0; row < codes.size(); ++row)
-        cells[row * columns + 4] = decimalText(codes[row]);
-    return {std::move(cells), codes.size(), columns};
 }
 
 ComponentTest::ComponentTest() {

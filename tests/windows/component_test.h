@@ -36,8 +36,6 @@ std::vector<Text> textsOf(const OwnedSafeArray& array);
 std::vector<Long> numbersOf(const OwnedSafeArray& array);
 // A one-dimensional array of these texts from `lowerBound` on.
 SAFEARRAY* newTexts(const std::vector<Text>& texts, LONG lowerBound = 0);
-// A host's field-definition table with these codes, one a row.
-TextTable tableOf(const std::vector<Long>& codes);
 
 // The six arrays of a list of phones.
 struct DeviceLists {

@@ -5,13 +5,13 @@
 // clang-format on
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
 #include <set>
 #include <sstream>
 
 #include "base/utf8.h"
 #include "base/values.h"
+#include "common/file_content.h"
 
 namespace ovno2::windows_tests {
 namespace {
@@ -47,9 +47,7 @@ class RegistrationTest : public ::testing::Test {
     static Export exported(const wchar_t* root) {
         const std::filesystem::path file = std::filesystem::temp_directory_path() / "ovno2-export.reg";
         EXPECT_EQ(0, run(L"reg export " + std::wstring(root) + L" \"" + file.wstring() + L"\" /y"));
-        std::ifstream stream(file, std::ios::binary);
-        const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-        std::istringstream lines(toUtf8(lowerCase(fromUtf16Bytes(bytes))));
+        std::istringstream lines(toUtf8(lowerCase(fromUtf16Bytes(contentOf(file)))));
         Export entries;
         std::string key;
         for (std::string line; std::getline(lines, line);) {
@@ -72,6 +70,17 @@ class RegistrationTest : public ::testing::Test {
     static void expectSame(const Export& expected, const Export& actual) {
         EXPECT_THAT(beyond(actual, expected), IsEmpty());
         EXPECT_THAT(beyond(expected, actual), IsEmpty());
+    }
+
+    template <class Look>
+    static void expectOnlyTheUserGetsIt(const std::wstring& options, Look&& whileRegistered) {
+        const Export before = machine(), userBefore = user();
+        EXPECT_EQ(0, regsvr32(options));
+        expectSame(before, machine());
+        EXPECT_THAT(beyond(user(), userBefore), Contains(HasSubstr("\"threadingmodel\"=\"apartment\"")));
+        whileRegistered();
+        EXPECT_EQ(0, regsvr32(L"/u"));
+        expectSame(userBefore, user());
     }
 
     static bool canBeCreated() {
@@ -108,43 +117,28 @@ TEST_F(RegistrationTest, UnregisteringRemovesExactlyWhatRegisteringWrote) {
 }
 
 TEST_F(RegistrationTest, AUserMayRegisterForHimselfAlone) {
-    const Export before = machine();
-    const Export userBefore = user();
-    EXPECT_EQ(0, regsvr32(L"/n /i:user"));
-    expectSame(before, machine());
-    EXPECT_THAT(beyond(user(), userBefore), Contains(HasSubstr("\"threadingmodel\"=\"apartment\"")));
-    // Not every system shows the user's classes to COM.
-    HKEY program = nullptr;
-    if (RegOpenKeyW(HKEY_CLASSES_ROOT, L"ovNo2.covNo2", &program) == ERROR_SUCCESS) {
+    expectOnlyTheUserGetsIt(L"/n /i:user", [] {
+        // Not every system shows the user's classes to COM.
+        HKEY program = nullptr;
+        if (RegOpenKeyW(HKEY_CLASSES_ROOT, L"ovNo2.covNo2", &program) != ERROR_SUCCESS) return;
         EXPECT_TRUE(canBeCreated());
         RegCloseKey(program);
-    }
-    EXPECT_EQ(0, regsvr32(L"/u"));
-    expectSame(userBefore, user());
+    });
 }
 
 TEST_F(RegistrationTest, WhereTheMachineIsRefusedTheUserGetsAllOfIt) {
-    const Export userBefore = user();
-    // Nobody may write below this key.
     HKEY key = nullptr;
     ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyW(HKEY_LOCAL_MACHINE, classKey, &key));
-    PSECURITY_DESCRIPTOR readOnly = nullptr;
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:P(A;;KR;;;WD)", SDDL_REVISION_1,
-                                                                     &readOnly, nullptr));
-    ASSERT_EQ(ERROR_SUCCESS, RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, readOnly));
-    LocalFree(readOnly);
-    const Export before = machine();
-
-    EXPECT_EQ(0, regsvr32(L""));
-    expectSame(before, machine());
-    EXPECT_THAT(beyond(user(), userBefore), Contains(HasSubstr("\"threadingmodel\"=\"apartment\"")));
-    EXPECT_EQ(0, regsvr32(L"/u"));
-    expectSame(userBefore, user());
-
-    PSECURITY_DESCRIPTOR open = nullptr;
-    ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:(A;;KA;;;WD)", SDDL_REVISION_1, &open, nullptr);
-    RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, open);
-    LocalFree(open);
+    const auto allow = [&](const wchar_t* rights) {
+        PSECURITY_DESCRIPTOR descriptor = nullptr;
+        ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(rights, SDDL_REVISION_1, &descriptor,
+                                                                         nullptr));
+        EXPECT_EQ(ERROR_SUCCESS, RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, descriptor));
+        LocalFree(descriptor);
+    };
+    allow(L"D:P(A;;KR;;;WD)");  // nobody may write below this key
+    expectOnlyTheUserGetsIt(L"", [] {});
+    allow(L"D:(A;;KA;;;WD)");
     RegCloseKey(key);
     EXPECT_EQ(ERROR_SUCCESS, RegDeleteKeyW(HKEY_LOCAL_MACHINE, classKey));
 }

@@ -1,6 +1,5 @@
 // The log viewer as a user gets it, watching the component at work.
 #include <algorithm>
-#include <fstream>
 #include <thread>
 
 #include "common/machine_test.h"
@@ -42,10 +41,7 @@ class ViewerTest : public ComponentTest {
             CoUninitialize();
         }).join();
     }
-    std::string saved() const {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string saved() const { return contentOf(path); }
 
     TemporaryFolder folder;
     const std::filesystem::path path = folder.path() / "saved.log";
