@@ -207,8 +207,15 @@ TEST_F(LifetimeTest, UseAfterUseTakesNoMoreMemory) {
 TEST_F(LifetimeTest, AnUnloadedDllLeavesNothingBehindAndLoadsAgain) {
     addTwoContacts();
     DWORD before = 0;
+    DWORD indexBefore = 0;
     for (int round = 0; round < 4; ++round) {
         use();
+        const DWORD index = TlsAlloc();  // a process has little more than a thousand
+        TlsFree(index);
+        if (round == 1) indexBefore = index;
+        if (round > 1) {
+            EXPECT_EQ(indexBefore, index);
+        }
         // A thread that has used the module and lives on while it is unloaded.
         HANDLE used = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         HANDLE unloaded = CreateEventW(nullptr, TRUE, FALSE, nullptr);
