@@ -83,6 +83,9 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAGetDeviceCount(Handle session, Wor
             require<DeviceManagementSession>(world, session);
             requireGiven(count);
             *count = static_cast<Word>(attachedPhones(world).size());
+            if (world.plan.poking())
+                pokeRecords(world, world.plan.pokesOf("CONAGetDeviceCount", nullptr), "count", count,
+                            /*count=*/1, /*words=*/1, sizeof(Word));
             return statusOk;
         });
 }

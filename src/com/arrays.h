@@ -53,7 +53,7 @@ class ArrayArgument {
     explicit ArrayArgument(SAFEARRAY** host) : host_(host) {
         SAFEARRAY* const array = current();
         if (!array) return;
-        usable_ = SafeArrayGetDim(array) == 1 && Form::fits(array);
+        usable_ = canHold(array);
         if (!usable_ || elementCount(array) == 0) return;
         std::vector<Element> elements;
         elements.reserve(elementCount(array));
@@ -68,7 +68,9 @@ class ArrayArgument {
 
     void prepare() {
         if (!host_) return;
+        // While the member ran, the host may have put another array there.
         SAFEARRAY* const array = current();
+        if (array && !canHold(array)) return;
         const std::vector<Element>& elements = value_.elements();
         const std::size_t had = array ? elementCount(array) : 0;
         const std::size_t kept = std::min({value_.kept(), had, elements.size()});
@@ -105,6 +107,7 @@ class ArrayArgument {
 
   private:
     SAFEARRAY* current() const { return host_ ? *host_ : nullptr; }
+    static bool canHold(SAFEARRAY* array) { return SafeArrayGetDim(array) == 1 && Form::fits(array); }
     static Slot* slots(SAFEARRAY* array) { return static_cast<Slot*>(array->pvData); }
 
     SAFEARRAY** host_;

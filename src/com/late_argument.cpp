@@ -1,10 +1,14 @@
 #include "com/late_argument.h"
 
+#include <algorithm>
+
 #include "com/records.h"
 #include "com/script_arrays.h"
 #include "com/type_libraries.h"
 
 namespace ovno2::com {
+
+using platform::win32::OleVariant;
 
 namespace {
 
@@ -15,6 +19,14 @@ void require(HRESULT result) {
 
 bool isNumber(VARTYPE type) {
     return type == VT_I4 || type == VT_INT || type == VT_UI4 || type == VT_UINT;
+}
+
+bool isCalItem(const VARIANT& value) {
+    GUID type = {};
+    ULONG size = 0;
+    return (V_VT(&value) & ~VT_BYREF) == VT_RECORD && V_RECORDINFO(&value) && V_RECORD(&value) &&
+           SUCCEEDED(V_RECORDINFO(&value)->GetGuid(&type)) && IsEqualGUID(type, guidOfCalItem) &&
+           SUCCEEDED(V_RECORDINFO(&value)->GetSize(&size)) && size == sizeof(tCalItem);
 }
 
 VARTYPE elementTypeOf(ParameterKind kind) {
@@ -75,7 +87,9 @@ void LateArgument::leaveOut(const Parameter& parameter) {
 }
 
 void LateArgument::convertTo(VARTYPE type, LCID locale) {
-    require(VariantChangeTypeEx(converted_.get(), value_, locale, VARIANT_ALPHABOOL, type));
+    OleVariant own;  // an object that tells its value is the script's code
+    require(VariantCopyInd(own.get(), value_));
+    require(VariantChangeTypeEx(converted_.get(), own.get(), locale, VARIANT_ALPHABOOL, type));
 }
 
 void LateArgument::takeNumber(const Parameter& parameter, LCID locale) {
@@ -113,7 +127,7 @@ void LateArgument::takeText(const Parameter& parameter, LCID locale) {
 
 // The module reads objects only.
 void LateArgument::takeObject() {
-    platform::win32::OleVariant direct;
+    OleVariant direct;
     require(VariantCopyInd(direct.get(), value_));
     IDispatch* object = nullptr;
     switch (V_VT(direct.get())) {
@@ -136,56 +150,48 @@ void LateArgument::takeObject() {
 }
 
 void LateArgument::takeRecord() {
-    GUID type = {};
-    if ((V_VT(value_) & ~VT_BYREF) != VT_RECORD || !V_RECORDINFO(value_) ||
-        FAILED(V_RECORDINFO(value_)->GetGuid(&type)) || !IsEqualGUID(type, guidOfCalItem))
-        throw LateBindingError{DISP_E_TYPEMISMATCH};
-    pointTo(V_RECORD(value_));
-}
-
-// Where the script keeps the array itself.
-SAFEARRAY** LateArgument::scriptArray() const {
-    return (V_VT(value_) & VT_BYREF) != 0 ? V_ARRAYREF(value_) : &V_ARRAY(value_);
+    if (!isCalItem(*value_)) throw LateBindingError{DISP_E_TYPEMISMATCH};
+    require(VariantCopyInd(converted_.get(), value_));
+    pointTo(V_RECORD(converted_.get()));
+    return_ = Return::record;
 }
 
 void LateArgument::takeArray(const Parameter& parameter, LCID locale) {
     const VARTYPE wanted = elementTypeOf(parameter.kind);
     const bool translatable = parameter.kind != ParameterKind::records;
     const VARTYPE type = V_VT(value_);
-    if ((type & VT_ARRAY) != 0) {
-        const auto element = static_cast<VARTYPE>(type & VT_TYPEMASK);
-        const bool reference = writable_ || (type & VT_BYREF) != 0;
-        if (element == wanted || (wanted == VT_I4 && isNumber(element))) {
-            takeTyped(scriptArray(), reference);
-            return;
-        }
-        if (element == VT_VARIANT && translatable) {
-            takeTranslated(typedFromVariants(*scriptArray(), wanted, locale));
-            if (reference) return_ = Return::array;
-            return;
-        }
-    } else if (type == VT_EMPTY) {
+    if (type == VT_EMPTY) {
         pointTo(array_.address());
-        if (writable_) return_ = translatable ? Return::array : Return::records;
-        return;
-    } else if (type == VT_DISPATCH && V_DISPATCH(value_) && translatable) {
-        takeTranslated(typedFromObject(V_DISPATCH(value_), wanted, locale));
-        return_ = Return::array;
+        if (writable_) return_ = translatable ? Return::variants : Return::typed;
         return;
     }
-    throw LateBindingError{DISP_E_TYPEMISMATCH};
+    if (type == VT_DISPATCH && V_DISPATCH(value_) && translatable) {
+        object_ = ComPointer<IDispatch>(V_DISPATCH(value_));
+        takeOwn(typedFromObject(object_.get(), wanted, locale));
+        return_ = Return::variants;
+        return;
+    }
+    const auto element = static_cast<VARTYPE>(type & VT_TYPEMASK);
+    typeBefore_ = element;
+    const bool typed = element == wanted || (wanted == VT_I4 && isNumber(element));
+    if ((type & VT_ARRAY) == 0 || (!typed && (element != VT_VARIANT || !translatable)))
+        throw LateBindingError{DISP_E_TYPEMISMATCH};
+    if ((type & VT_BYREF) != 0) place_ = V_ARRAYREF(value_);
+    if (typed && place_) {
+        pointTo(place_);
+        return;
+    }
+    OwnedSafeArray own;
+    if (SAFEARRAY* const given = place_ ? *place_ : V_ARRAY(value_))
+        require(SafeArrayCopy(given, own.address()));
+    takeOwn(typed ? own.release() : typedFromVariants(own.get(), wanted, locale));
+    if (writable_ || place_) return_ = typed ? Return::typed : Return::variants;
 }
 
-void LateArgument::takeTyped(SAFEARRAY** place, bool reference) {
-    pointTo(place);
-    if (reference || !*place) return;
-    require(SafeArrayCopy(*place, array_.address()));
-    pointTo(array_.address());
-}
-
-void LateArgument::takeTranslated(SAFEARRAY* translated) {
-    array_.reset(translated);
-    if (translated) require(SafeArrayCopy(translated, arrayBefore_.address()));
+void LateArgument::takeOwn(SAFEARRAY* own) {
+    array_.reset(own);
+    // Records have members that only the host can compare.
+    if (own && elementType(own) != VT_RECORD) require(SafeArrayCopy(own, arrayBefore_.address()));
     pointTo(array_.address());
 }
 
@@ -197,38 +203,88 @@ void LateArgument::prepareReturn() {
         case Return::text:
             if (viewOf(V_BSTR(converted_.get())) == viewOf(textBefore_.get())) return_ = Return::nothing;
             break;
-        case Return::array:
+        case Return::variants:
             if (sameElements(array_.get(), arrayBefore_.get()))
                 return_ = Return::nothing;
-            else if (V_VT(value_) != VT_DISPATCH)
+            else if (!object_)
                 returned_.reset(variantsFromTyped(array_.get()));
             break;
-        case Return::records:
-            if (!array_) return_ = Return::nothing;
+        case Return::typed:
+            if (sameElements(array_.get(), arrayBefore_.get())) return_ = Return::nothing;
             break;
+        case Return::record:
         case Return::nothing:
             break;
+    }
+}
+
+// The array that the script's variable holds now.
+SAFEARRAY* LateArgument::arrayInVariable() const {
+    return (V_VT(value_) & VT_ARRAY) != 0 ? V_ARRAY(value_) : nullptr;
+}
+
+// Makes `array` the variable's value; what that was until now ends last, because that may run the script.
+void LateArgument::assign(OwnedSafeArray& array, VARTYPE type) {
+    OleVariant value;
+    V_ARRAY(value.get()) = array.release();
+    V_VT(value.get()) = static_cast<VARTYPE>(VT_ARRAY | type);
+    std::swap(*value.get(), *value_);
+}
+
+// The members that the module knows; the others stay as the script has them by now.
+void LateArgument::giveBackRecord() {
+    if (!isCalItem(*value_)) return;
+    auto& own = *static_cast<tCalItem*>(V_RECORD(converted_.get()));
+    auto& scripts = *static_cast<tCalItem*>(V_RECORD(value_));
+    eachMember(static_cast<CalItem*>(nullptr),
+               [&](auto member, auto) { std::swap(own.*member, scripts.*member); });
+}
+
+void LateArgument::giveBackVariants() {
+    if (object_) return putTyped(array_.get(), object_.get());
+    SAFEARRAY* const current = place_ ? *place_ : arrayInVariable();
+    if (!mayBeReplaced(current)) {
+        if (elementType(current) == VT_VARIANT) putTyped(array_.get(), current);
+    } else if (place_) {
+        *place_ = returned_.release();
+        returned_.reset(current);
+    } else {
+        assign(returned_, VT_VARIANT);
+    }
+}
+
+void LateArgument::giveBackTyped() {
+    SAFEARRAY* const current = arrayInVariable();
+    if (mayBeReplaced(current)) {
+        VARTYPE type = typeBefore_;  // of an array without elements
+        if (array_) SafeArrayGetVartype(array_.get(), &type);
+        assign(array_, type);
+    } else if (array_ && sameElementType(array_.get(), current)) {
+        const std::size_t count = std::min(elementCount(array_.get()), elementCount(current));
+        auto* const own = static_cast<std::byte*>(array_.get()->pvData);
+        std::swap_ranges(own, own + count * current->cbElements, static_cast<std::byte*>(current->pvData));
     }
 }
 
 void LateArgument::giveBack() noexcept {
     if (return_ == Return::nothing) return;
     try {
-        if (return_ == Return::number || return_ == Return::text) {
-            std::swap(*converted_.get(), *value_);
-        } else if (return_ == Return::records) {
-            V_VT(value_) = VT_ARRAY | VT_RECORD;
-            V_ARRAY(value_) = array_.release();
-        } else if (V_VT(value_) == VT_DISPATCH) {
-            putTyped(array_.get(), V_DISPATCH(value_));
-        } else if ((V_VT(value_) & VT_ARRAY) == 0) {
-            V_VT(value_) = VT_ARRAY | VT_VARIANT;
-            V_ARRAY(value_) = returned_.release();
-        } else if (SAFEARRAY** const place = scriptArray(); mayBeReplaced(*place)) {
-            SAFEARRAY* const old = std::exchange(*place, returned_.release());
-            returned_.reset(old);
-        } else {
-            putTyped(array_.get(), *place);
+        switch (return_) {
+            case Return::number:
+            case Return::text:
+                std::swap(*converted_.get(), *value_);
+                break;
+            case Return::record:
+                giveBackRecord();
+                break;
+            case Return::variants:
+                giveBackVariants();
+                break;
+            case Return::typed:
+                giveBackTyped();
+                break;
+            case Return::nothing:
+                break;
         }
     } catch (...) {
         // Elements for which there is no memory, or which the script's object refuses, stay as they are.

@@ -1,4 +1,8 @@
 // One late-bound argument: what the script passed as the word that the member's slot takes, and back.
+//
+// While the member runs it calls the script, in its progress control for instance, and the script may assign
+// anything to the variables it has passed. So the slot never gets a place inside such a variable: it works on
+// copies, and what it changed is put into the variable as that is after the call.
 #pragma once
 
 #include "com/member_table.h"
@@ -30,7 +34,7 @@ class LateArgument {
     void giveBack() noexcept;
 
   private:
-    enum class Return : std::uint8_t { nothing, number, text, array, records };
+    enum class Return : std::uint8_t { nothing, number, text, record, variants, typed };
 
     void leaveOut(const Parameter& parameter);
     void takeNumber(const Parameter& parameter, LCID locale);
@@ -38,22 +42,28 @@ class LateArgument {
     void takeObject();
     void takeArray(const Parameter& parameter, LCID locale);
     void takeRecord();
-    void takeTyped(SAFEARRAY** place, bool reference);
-    void takeTranslated(SAFEARRAY* translated);
+    void takeOwn(SAFEARRAY* own);
     void convertTo(VARTYPE type, LCID locale);
     void pointTo(void* place) { word_ = reinterpret_cast<std::uint32_t>(place); }
-    SAFEARRAY** scriptArray() const;
+    void giveBackRecord();
+    void giveBackVariants();
+    void giveBackTyped();
+    void assign(OwnedSafeArray& array, VARTYPE type);
+    SAFEARRAY* arrayInVariable() const;
 
     std::uint32_t word_ = 0;
-    VARIANT* value_ = nullptr;  // what was passed, or the VARIANT that it refers to
-    bool writable_ = false;     // `value_` may be given another value
+    VARIANT* value_ = nullptr;     // what was passed, or the VARIANT that it refers to
+    bool writable_ = false;        // `value_` is a variable of the script's, which may be given another value
+    SAFEARRAY** place_ = nullptr;  // where an array that was passed by reference stands
+    platform::win32::ComPointer<IDispatch> object_;  // that was passed in place of an array
     Return return_ = Return::nothing;
-    platform::win32::OleVariant converted_;  // a number, a text or an object in the type that the slot takes
+    platform::win32::OleVariant converted_;  // a number, a text, an object or a record as the slot takes it
     LONG numberBefore_ = 0;
     Bstr textBefore_;
-    OwnedSafeArray array_;        // a copy or a translation of the script's array
-    OwnedSafeArray arrayBefore_;  // the translation as it was passed
-    OwnedSafeArray returned_;     // what the script's variable will hold
+    OwnedSafeArray array_;           // a copy or a translation of the script's array
+    OwnedSafeArray arrayBefore_;     // the same as it was passed
+    VARTYPE typeBefore_ = VT_EMPTY;  // of its elements
+    OwnedSafeArray returned_;        // what the script's variable will hold
 };
 
 }  // namespace ovno2::com

@@ -1,5 +1,7 @@
 #include "com/safe_array.h"
 
+#include "platform/win32/com_pointer.h"
+
 namespace ovno2::com {
 
 VARTYPE elementType(SAFEARRAY* array) {
@@ -18,6 +20,14 @@ VARTYPE elementType(SAFEARRAY* array) {
         default:
             return type;
     }
+}
+
+bool sameElementType(SAFEARRAY* a, SAFEARRAY* b) {
+    if (elementType(a) != elementType(b) || a->cbElements != b->cbElements) return false;
+    if ((a->fFeatures & FADF_RECORD) == 0) return (b->fFeatures & FADF_RECORD) == 0;
+    platform::win32::ComPointer<IRecordInfo> first, second;
+    return SUCCEEDED(SafeArrayGetRecordInfo(a, first.out())) &&
+           SUCCEEDED(SafeArrayGetRecordInfo(b, second.out())) && first->IsMatchingType(second.get());
 }
 
 std::size_t elementCount(const SAFEARRAY* array) {

@@ -11,6 +11,9 @@ namespace ovno2::com {
 // VT_BSTR, VT_VARIANT, VT_RECORD ...; VT_I4 for every kind of 32-bit number; VT_EMPTY when it cannot be told.
 VARTYPE elementType(SAFEARRAY* array);
 
+// Whether elements of `a` may take the place of elements of `b`; both have an element type that can be told.
+bool sameElementType(SAFEARRAY* a, SAFEARRAY* b);
+
 // In all dimensions together.
 std::size_t elementCount(const SAFEARRAY* array);
 

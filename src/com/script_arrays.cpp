@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <dispex.h>
+#include <memory>
 #include <vector>
 
 #include "base/values.h"
@@ -121,7 +122,8 @@ SAFEARRAY* tableFromRows(IDispatch* object, std::size_t rows, VARTYPE type, LCID
     if (!table) throw std::bad_alloc();
     for (std::size_t row = 0; row < rows; ++row) {
         IDispatch* const line = V_DISPATCH(lines[row].get());
-        for (std::size_t column = 0; column < lengthOf(line); ++column)
+        // The object may tell another length each time it is asked.
+        for (std::size_t column = 0; column < std::min(columns, lengthOf(line)); ++column)
             takeElement(line, column, type, locale, table.get()->pvData, column * rows + row);
     }
     return table.release();
@@ -153,6 +155,9 @@ SAFEARRAY* variantsFromTyped(SAFEARRAY* typed) {
 void putTyped(SAFEARRAY* typed, SAFEARRAY* variants) {
     if (!typed || SafeArrayGetDim(typed) != 1 || SafeArrayGetDim(variants) != 1) return;
     const std::size_t count = std::min(elementCount(typed), elementCount(variants));
+    // What an element held may run the script when it ends; the array must not go meanwhile.
+    if (FAILED(SafeArrayLock(variants))) return;
+    const std::unique_ptr<SAFEARRAY, decltype(&SafeArrayUnlock)> locked(variants, &SafeArrayUnlock);
     for (std::size_t i = 0; i < count; ++i) {
         OleVariant value;
         copyElement(typed, i, *value.get());
@@ -189,7 +194,7 @@ void putTyped(SAFEARRAY* typed, IDispatch* object) {
 
 bool sameElements(SAFEARRAY* a, SAFEARRAY* b) {
     if (!a || !b) return a == b;
-    if (elementType(a) != elementType(b) || a->cDims != b->cDims ||
+    if (elementType(a) != elementType(b) || elementType(a) == VT_RECORD || a->cDims != b->cDims ||
         std::memcmp(a->rgsabound, b->rgsabound, a->cDims * sizeof(SAFEARRAYBOUND)) != 0)
         return false;
     if (elementType(a) != VT_BSTR)

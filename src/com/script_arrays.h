@@ -20,7 +20,8 @@ SAFEARRAY* typedFromObject(IDispatch* object, VARTYPE type, LCID locale);
 // Makes the object hold exactly these elements; what it refuses is left out.
 void putTyped(SAFEARRAY* typed, IDispatch* object);
 
-// Whether both have the same type, bounds and elements.
+// Whether both have the same type, bounds and elements. Never of two arrays of records, whose members only
+// the host knows.
 bool sameElements(SAFEARRAY* a, SAFEARRAY* b);
 
 }  // namespace ovno2::com

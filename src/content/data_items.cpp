@@ -95,6 +95,7 @@ void takeApart(std::vector<DataItem>& items, Address pointer, std::size_t count)
     const Long sizeWord = sizeWordAt(pointer);
     const Long size = recordSizeFor(sizeWord);
     const std::size_t stride = static_cast<std::size_t>(size);
+    if (count > library::largestBlock / stride) throw RuntimeFailure(invalidProcedureCall);
     library::copyBlock(pointer, count * stride, content.BlockBuffer);
     content.ItemRecordSize = size;
     if (size == sizeWord && storedItemSize() != size) storeItemSize(size);

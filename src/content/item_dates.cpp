@@ -104,8 +104,8 @@ void GetDateStruct(const Text& text, DateRecord& record, bool toUtc, Long mode) 
     record.size =
         content.DateRecordSize != 0 ? static_cast<library::Word>(content.DateRecordSize) : recordSize;
     record.secondOffset = 0;
-    if (unreadable != noFailure) return;
     attempt([&] {
+        if (unreadable != noFailure) return;
         const DateFields fields = fieldsOf(date);
         record.year = static_cast<std::uint16_t>(fields.year);
         record.month = static_cast<std::uint8_t>(fields.month);

@@ -11,7 +11,8 @@ using namespace std::string_view_literals;  // names of routines whose length is
 
 namespace {
 
-constexpr library::Word longestUsualUid = 2048;
+constexpr library::Word longestUsualUid = 2048;  // bytes
+constexpr library::Word longestUid = 0x10000;    // what is longer identifies nothing
 
 std::uint8_t digitValue(char16_t digit) {
     if (digit >= u'0' && digit <= u'9') return static_cast<std::uint8_t>(digit - u'0');
@@ -35,6 +36,7 @@ Text GetUIDAsString(const library::ItemIdRecord& record) {
     Text uid;
     if (!library::isAddress(record.uid)) return uid;
     if (record.uidLength > longestUsualUid) DebugWrite(u"GetUIDAsString !!!");
+    if (record.uidLength > longestUid) return uid;
     attempt([&] { uid = BytesToHex(library::copyBlock<std::uint8_t>(record.uid, record.uidLength)); });
     return uid;
 }

@@ -194,16 +194,27 @@ Text localFromIso(const Text& text, bool initialiseFormats) {
 // ConvertToISO8601Date, step by step
 // ------------------------------------------------------------------------------
 
-// Completes the hour behind the last blank to a time, as the settings write midnight. Fails when what stands
-// there is longer than a time.
+// Completes the hour behind the last blank to a time, as the settings write midnight. The text as it is where
+// nothing is to be filled in. Fails when what stands behind the blank is longer than a time.
 Text withFilledTime(TextView text) {
     const DateTimeSettings& state = settings();
     const std::size_t blank = text.rfind(u' ');
-    if (blank == TextView::npos || text.find(state.TimeSeparator) != TextView::npos) return Text(text);
+    if (!state.AMSymbol.empty() || blank == TextView::npos ||
+        text.find(state.TimeSeparator) != TextView::npos)
+        return Text(text);
     const std::size_t behind = text.size() - blank - 1;
     if (behind > 8) throw RuntimeFailure(invalidProcedureCall);
     const std::size_t missing = std::min(8 - behind, state.ZeroTime.size());
     return Text(text).append(state.ZeroTime, state.ZeroTime.size() - missing);
+}
+
+// The text with its time filled in, else as it is; where neither is readable, each without its full stops.
+std::optional<DateFields> readableForIso(TextView text, TextView filled) {
+    for (const bool withStops : {true, false})
+        for (const TextView form : {filled, text})
+            if (const auto fields = withStops ? readable(form) : readable(removeAll(form, u'.')))
+                return fields;
+    return {};
 }
 
 }  // namespace
@@ -289,11 +300,13 @@ Text ConvertToISO8601Date(TextView text, bool dateOnly) noexcept {
     Text result;
     if (text.empty() || !settingsExist()) return result;
     Text filled;
+    TextView completed;
     for (;;) {
-        std::optional<DateFields> fields = readable(text);
-        if (!fields && settings().AMSymbol.empty() && text.size() <= longestDateText) {
-            if (attempt([&] { filled = withFilledTime(text); }) == noFailure) text = filled;
-            fields = readable(text);
+        std::optional<DateFields> fields;
+        completed = text;
+        if (text.size() <= longestDateText) {
+            if (attempt([&] { filled = withFilledTime(text); }) == noFailure) completed = filled;
+            attempt([&] { fields = readableForIso(text, completed); });
         }
         if (fields) {
             attempt([&] { result = isoText(*fields, dateOnly); });
@@ -309,7 +322,7 @@ Text ConvertToISO8601Date(TextView text, bool dateOnly) noexcept {
         if (text.empty()) return result;
     }
     if (dateOnly) return result;
-    DebugLine(u"ConvertToISO8601Date: '", settings().DateFormat, u"' '", text, u"'");
+    DebugLine(u"ConvertToISO8601Date: '", settings().DateFormat, u"' '", completed, u"'");
     result = u"T";
     return result;
 }

@@ -1,5 +1,7 @@
 #include "devices/devices.h"
 
+#include <algorithm>
+
 #include "core/settings.h"
 #include "devices/current_phone.h"
 #include "devices/session.h"
@@ -20,6 +22,9 @@ using library::Word;
 constexpr Long detailLevel = 4;
 constexpr std::size_t serialLimit = 256;  // bytes of a serial number in the code page
 constexpr int sameAsHops = 10;
+// What no PC has: a library that claims more phones, or more ways to one, is not believed.
+constexpr Word mostDevices = 1000;
+constexpr Word mostConnections = 100;  // of one phone
 
 // ReDim Preserve from index 0: entries below `index` are kept, the entry at `index` is new.
 template <class Element>
@@ -196,7 +201,7 @@ void listConnection(const DeviceRecord& device, const ConnectionRecord& connecti
 
 void listDevice(const DeviceRecord& device, Long& index, PhoneList& list) {
     std::vector<ConnectionRecord> connections;
-    if (isAddress(device.connections) && device.connectionCount > 0)
+    if (isAddress(device.connections) && device.connectionCount <= mostConnections)
         attempt([&] {
             connections = library::copyBlock<ConnectionRecord>(device.connections, device.connectionCount);
         });
@@ -229,6 +234,10 @@ Long countDevices(Word& count) {
 // Fetches the device records and gives them back. Returns the number of devices or -3.
 Long listDevices(Word count, PhoneList& list) {
     DebugWrite(u"GetPhoneList", 2, detailLevel);
+    if (count > mostDevices) {
+        DebugLine(u" pdwCount:", decimal{static_cast<Long>(count)}, u" !!!");
+        return -3;
+    }
     std::vector<DeviceRecord> devices;
     Long status = library::notCalled;
     attempt([&] {
@@ -241,8 +250,9 @@ Long listDevices(Word count, PhoneList& list) {
     }
     DebugWrite(u"GetPhoneList", 3, detailLevel);
     DebugLine(u" pdwCount:", decimal{static_cast<Long>(count)});
+    count = std::min(count, static_cast<Word>(devices.size()));
     Long index = -1;
-    for (std::size_t i = 0; i < devices.size() && i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i)
         attempt([&] { listDevice(devices[i], index, list); });
     const Long freed = library::CONAFreeDeviceStructure.tried(count, devices.data()).valueOr(0);
     if (freed != 0) DebugLine(hex{freed});

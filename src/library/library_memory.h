@@ -37,16 +37,19 @@ void copyRecord(Address from, Record& to) {
     to = copy;
 }
 
-// `count` elements that lie `stride` bytes apart are count * stride bytes; a size that cannot be read fails
-// before more than a page is allocated. The form with a vector of the caller's keeps that one's room; what it
-// holds after a failure is unspecified.
+// No phone has a list or a picture of more bytes; a library that claims one is not believed.
+inline constexpr std::size_t largestBlock = std::size_t{64} << 20;
+
+// `count` elements that lie `stride` bytes apart are count * stride bytes; a size that cannot be read, or is
+// beyond `largestBlock`, fails before more than a page is allocated. The form with a vector of the caller's
+// keeps that one's room; what it holds after a failure is unspecified.
 template <class Element>
 void copyBlock(Address from, std::size_t count, std::vector<Element>& block) {
     static_assert(std::is_trivially_copyable_v<Element>);
     constexpr std::size_t harmlessSize = 4096;  // bytes
     const std::size_t size = count * sizeof(Element);
     platform::Memory& memory = currentPlatform().memory();
-    if (count != 0 && (!isAddress(from) || count > SIZE_MAX / sizeof(Element) ||
+    if (count != 0 && (!isAddress(from) || count > largestBlock / sizeof(Element) ||
                        (size > harmlessSize && !memory.readable(pointerTo(from), size))))
         throw RuntimeFailure(invalidProcedureCall);
     block.resize(count);

@@ -18,16 +18,21 @@ using platform::CapturedCommand;
 constexpr std::size_t pieceSize = 32768;
 // A command that writes without end must not take the host's memory with it before its time is over.
 constexpr std::size_t outputLimit = std::size_t{16} << 20;
+// The first read waits for what a command has to say even when there is no time for more; one that says
+// nothing holds nobody up.
+constexpr auto firstPatience = 2000ms;
 
 void readOutput(CapturedCommand& command, Long timeoutSeconds, std::string& output) {
-    const auto deadline = steady_clock::now() + seconds(std::max(timeoutSeconds, Long{0}));
+    const auto start = steady_clock::now();
+    const milliseconds time = seconds(std::max(timeoutSeconds, Long{0}));
+    milliseconds wait = std::max(time, firstPatience);
     std::string piece;
     while (output.size() < outputLimit) {
-        const auto left = duration_cast<milliseconds>(deadline - steady_clock::now()).count();
-        const auto wait = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, INT32_MAX));
-        if (command.read(piece, pieceSize, wait) != CapturedCommand::Outcome::data) return;
+        const auto most = static_cast<std::uint32_t>(std::min<std::int64_t>(wait.count(), INT32_MAX));
+        if (command.read(piece, pieceSize, most) != CapturedCommand::Outcome::data) return;
         output += piece;
-        if (left < 0) return;
+        wait = time - duration_cast<milliseconds>(steady_clock::now() - start);
+        if (wait < 0ms) return;
     }
 }
 

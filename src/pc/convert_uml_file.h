@@ -1,7 +1,8 @@
 // Repairs text that arrived as UTF-8 but was taken one byte a character, and resolves what else phones write
 // into long texts: decimal character references and backslash escapes.
 //
-// Keeps no state. The content-access core calls it for every long text it reads.
+// Keeps no state. For areas that read such texts; none of today's does, contacts keep their texts as they
+// come.
 #pragma once
 
 #include "base/types.h"

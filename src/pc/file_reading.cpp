@@ -32,6 +32,7 @@ class NumberedFile {
     }
     NumberedFile(const NumberedFile&) = delete;
     NumberedFile& operator=(const NumberedFile&) = delete;
+    platform::OpenFile& operator*() const { return *file_; }
     platform::OpenFile* operator->() const { return file_; }
 
   private:
@@ -64,6 +65,14 @@ FailureNumber readBytes(const NumberedFile& file, std::uint64_t count, Text& tex
     return noFailure;
 }
 
+// One attempt to read, and one more from the start when it fails; what is left of that.
+template <class Read>
+FailureNumber readTwice(platform::OpenFile& file, Read&& read) {
+    if (read() == noFailure) return noFailure;
+    const FailureNumber failure = file.seek(0);
+    return failure == noFailure ? read() : failure;
+}
+
 // False when the file cannot be opened or its text would not fit into memory. Bytes that cannot be read twice
 // give an empty text.
 bool readWhole(TextView path, Text& text) {
@@ -74,12 +83,10 @@ bool readWhole(TextView path, Text& text) {
         require(file->size(size));
         Text content;
         reserve(content, size);
-        FailureNumber failure = readBytes(file, size, content);
-        if (failure != noFailure) {
+        const FailureNumber failure = readTwice(*file, [&] {
             content.clear();
-            failure = file->seek(0);
-            if (failure == noFailure) failure = readBytes(file, size, content);
-        }
+            return readBytes(file, size, content);
+        });
         if (failure != noFailure) {
             content.clear();
             raisePending(failure);
@@ -148,7 +155,9 @@ bool GetFileBytes(TextView path, FileBytes& content) {
         if (size > mostBytes) throw RuntimeFailure(outOfMemory);
         FileBytes found;
         found.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(size));
-        require(file->read(found.bytes.get(), static_cast<std::size_t>(size), found.size));
+        require(readTwice(*file, [&] {
+            return file->read(found.bytes.get(), static_cast<std::size_t>(size), found.size);
+        }));
         content = std::move(found);
         read = true;
     });

@@ -17,8 +17,8 @@ constexpr Long elevationRefused = -5;
 constexpr Long notStarted = -1;
 constexpr TextView interpreter = u"cmd.exe";
 
-bool isRunning(TextView file) {
-    return Process::CheckIfRunning(Files::FileNamePart(file), /*id=*/0, /*refresh=*/true).id != 0;
+bool isRunning(TextView executable) {
+    return Process::CheckIfRunning(Text(executable), /*id=*/0, /*refresh=*/true).id != 0;
 }
 
 // The interpreter may know what to do with a file that the shell does not.
@@ -37,7 +37,7 @@ void runThroughInterpreter(TextView file) {
 Long ShellEx(TextView file, TextView parameters, Long show, TextView verb, Long options) {
     const RoutineLog log(u"ShellEx");
     DebugLine(u"ShellEx: ", file, u" ", parameters);
-    const bool wasRunning = isRunning(file);
+    const bool wasRunning = isRunning(file);  // a path is no executable's name
     if (verb.empty()) verb = u"open";
     Long answer = 0;
     attempt([&] { answer = currentPlatform().processes().shellExecute(verb, file, parameters, show); });
@@ -45,7 +45,7 @@ Long ShellEx(TextView file, TextView parameters, Long show, TextView verb, Long 
     if ((options & judgeOutcome) == 0) return answer;
     if (answer >= firstSuccess || answer < 0) return 1;
     if (equalsIgnoringCase(verb, u"runas")) return answer == refused ? elevationRefused : notStarted;
-    if (!wasRunning && isRunning(file)) return 1;
+    if (!wasRunning && isRunning(Files::FileNamePart(file))) return 1;
     if (!equalsIgnoringCase(file, interpreter) && file.find(u'?') == TextView::npos)
         attempt([&] { runThroughInterpreter(file); });
     return notStarted;

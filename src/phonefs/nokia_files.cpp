@@ -17,7 +17,9 @@ using library::is;
 constexpr library::Word fileSystemVersion = 30;
 constexpr library::Word attributeLocked = 0x200;
 constexpr library::Word attributeSpecial = 0x2000;
-constexpr Long entryLimit = 100000;  // a search that goes on beyond this never ends: cards stop at 65,536
+// A search that goes on beyond these never ends: cards stop at 65,536 entries, with names of 255 characters.
+constexpr Long entryLimit = 100000;
+constexpr std::size_t nameLimit = std::size_t{100000} * 256;  // characters of all names and labels
 
 // A search in a phone folder; closing it is the last thing that happens to it on every way out.
 class FolderSearch {
@@ -27,16 +29,30 @@ class FolderSearch {
     FolderSearch(const FolderSearch&) = delete;
     FolderSearch& operator=(const FolderSearch&) = delete;
 
-    Long begin(Handle session, const char16_t* path) {
-        if (!path) return library::notCalled;  // the library would search the root
-        const library::Answer begun = library::CONAFindBegin.tried(session, /*options=*/0, &search_, path);
-        open_ = begun.succeeded();
-        return begun.status;
+    // False, with the status logged, when the search cannot begin. With a model, a session that the library
+    // no longer knows is opened again for it, once.
+    bool begin(const Text& path, Text* model = nullptr) {
+        const library::LibraryString wide(path);
+        Long status = tryToBegin(wide.get());
+        if (model && is(status, library::deviceListStale)) {
+            if (OpenFS(*model, {}) < 0) return false;
+            status = tryToBegin(wide.get());
+        }
+        if (status != 0) DebugLine(u"e1:", hex{status});
+        return open_;
     }
     Handle handle() const { return search_; }
     Long end() { return std::exchange(open_, false) ? library::CONAFindEnd.tried(search_).valueOr(0) : 0; }
 
   private:
+    Long tryToBegin(const char16_t* path) {
+        if (!path) return library::notCalled;  // the library would search the root
+        const library::Answer begun =
+            library::CONAFindBegin.tried(stateOf<State>().FSHandle, /*options=*/0, &search_, path);
+        open_ = begun.succeeded();
+        return begun.status;
+    }
+
     Handle search_ = 0;
     bool open_ = false;
 };
@@ -83,32 +99,38 @@ void fillFile(const Text& folder, const library::FileRecord& record, DirItem& it
     item.Flags = (record.attributes & attributeLocked) == 0 ? dirItemChangeable : 0;
 }
 
-// Goes through one kind of entry from `index` on. False when the search failed.
-template <class Record, class Fill>
-bool listEntries(const FolderSearch& search, const library::Function<library::Status(Handle, Record*)>& next,
-                 HostArray<DirItem>& list, Long& index, Fill&& fill) {
-    for (;;) {
-        Record record{};
-        const Long status = next.tried(search.handle(), &record).status;
-        if (status == 0)
-            attempt([&] {
-                list.extendTo(index);
-                fill(record, list.at(index));
-            });
-        if (is(status, library::noMoreEntries)) return true;
-        if (status != 0 || index >= entryLimit) {
-            DebugLine(u"e2:", decimal{index}, u" ", hex{status});
-            return false;
-        }
-        ++index;
-    }
-}
+// The host's list on its way to being filled.
+class Listing {
+  public:
+    explicit Listing(HostArray<DirItem>& items) : items_(items) {}
 
-bool failed(Long begun) {
-    if (begun == 0) return false;
-    DebugLine(u"e1:", hex{begun});
-    return true;
-}
+    // Adds all entries of one kind. False when the search failed.
+    template <class Record, class Fill>
+    bool add(const FolderSearch& search, const library::Function<library::Status(Handle, Record*)>& next,
+             Fill&& fill) {
+        for (;; ++index_) {
+            Record record{};
+            const Long status = next.tried(search.handle(), &record).status;
+            if (status == 0)
+                attempt([&] {
+                    items_.extendTo(index_);
+                    DirItem& item = items_.at(index_);
+                    fill(record, item);
+                    characters_ += item.Name.size() + item.DisplayName.size();
+                });
+            if (is(status, library::noMoreEntries)) return true;
+            if (status != 0 || index_ >= entryLimit || characters_ > nameLimit) {
+                DebugLine(u"e2:", decimal{index_}, u" ", hex{status});
+                return false;
+            }
+        }
+    }
+
+  private:
+    HostArray<DirItem>& items_;
+    Long index_ = 0;
+    std::size_t characters_ = 0;
+};
 
 // The phone's own form of a host path: "\" between the parts, none in front.
 Text withoutLeadingSeparators(Text folder) {
@@ -171,34 +193,20 @@ Long GetDirContents(Text& model, HostArray<DirItem>& list, const Text& hostFolde
     translateLabel(state, folder);
     folder = withoutLeadingSeparators(folder);
     const Text searchPath = u"\\\\" + folder;
-    Long index = 0;
+    Listing listing(list);
     {
         FolderSearch search;
-        Long begun = library::notCalled;
-        {
-            const library::LibraryString wide(searchPath);
-            begun = search.begin(state.FSHandle, wide.get());
-            if (is(begun, library::deviceListStale)) {
-                if (OpenFS(model, {}) < 0) return -1;
-                begun = search.begin(state.FSHandle, wide.get());
-            }
-        }
-        if (failed(begun)) return -1;
-        if (!listEntries(
-                search, library::CONAFindNextFolder, list, index,
+        if (!search.begin(searchPath, &model) ||
+            !listing.add(
+                search, library::CONAFindNextFolder,
                 [&](const library::FolderRecord& record, DirItem& item) { fillFolder(state, record, item); }))
             return -1;
     }
     FolderSearch search;
-    Long begun = library::notCalled;
-    {
-        const library::LibraryString wide(searchPath);
-        begun = search.begin(state.FSHandle, wide.get());
-    }
-    if (failed(begun)) return -1;
-    if (!listEntries(
-            search, library::CONAFindNextFile, list, index,
-            [&](const library::FileRecord& record, DirItem& item) { fillFile(folder, record, item); }))
+    if (!search.begin(searchPath) || !listing.add(search, library::CONAFindNextFile,
+                                                  [&](const library::FileRecord& record, DirItem& item) {
+                                                      fillFile(folder, record, item);
+                                                  }))
         return -1;
     if (const Long ended = search.end(); ended != 0) DebugLine(u"e9:", hex{ended});
     return 0;

@@ -3,6 +3,7 @@
 // The class stands in the driver's place in this program. What it hears and what it changes must be what the
 // host passes and sees, argument by argument; which arguments there are is the type library's word.
 #include <deque>
+#include <functional>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -69,6 +70,7 @@ struct Heard {
     std::vector<Text> before, after;  // the arguments as the member got them and as it left them
 };
 Heard heard;
+std::function<void()> whileRunning;  // what the host does in the middle of a call
 
 Text shown(Long value) {
     return decimalText(value);
@@ -121,6 +123,7 @@ Result hear(const char* member, Arguments&... arguments) {
     heard = {member, {shown(arguments)...}, {}};
     (change(arguments), ...);
     heard.after = {shown(arguments)...};
+    if (whileRunning) whileRunning();
     if constexpr (std::is_same_v<Result, Variant>)
         return Long{1};
     else if constexpr (!std::is_void_v<Result>)
@@ -172,6 +175,8 @@ class HostArgument {
         return byReference_ ? reinterpret_cast<std::uint32_t>(&V_I4(&value()))
                             : static_cast<std::uint32_t>(V_I4(&value()));
     }
+    // Makes it a script's variable, of the typed values that an earlier call left there.
+    void becomeTypedVariable() { isScripts_ = true; }
     // Gives the variable what a script has in it: numbers as texts, arrays of VARIANT, nothing for records.
     void becomeScriptVariable() {
         isScripts_ = true;
@@ -185,6 +190,21 @@ class HostArgument {
             V_ARRAY(&value()) = com::variantsFromTyped(typed.get());
             V_VT(&value()) = VT_ARRAY | VT_VARIANT;
         }
+    }
+    // Puts something there that the call cannot have known. False when nothing else may stand there.
+    bool assignAnother() {
+        const VARTYPE type = V_VT(&value());
+        if (!isScripts_ && ((type & VT_ARRAY) == 0 || !byReference_)) return false;
+        VariantClear(&value());
+        if (isScripts_) {
+            V_VT(&value()) = VT_I4;
+            V_I4(&value()) = 7;
+        } else {
+            V_VT(&value()) = VT_ARRAY | VT_R8;
+            V_ARRAY(&value()) = SafeArrayCreateVector(VT_R8, /*lLbound=*/0, /*cElements=*/2);
+            std::memset(V_ARRAY(&value())->pvData, 7, 2 * sizeof(double));
+        }
+        return true;
     }
     // Without an owner.
     VARIANT variant() {
@@ -238,7 +258,7 @@ class HostArgument {
 // One call of a member with an argument for each of its parameters.
 class Call {
   public:
-    enum class Way { slot, name, script };
+    enum class Way { slot, name, script, typedScript };
 
     Call(const com::Member& member, Way way, bool withOptional = true) : member_(member), way_(way) {
         words_.push_back(0);
@@ -246,6 +266,7 @@ class Call {
             if (!withOptional && parameter.optional) continue;
             HostArgument& argument = arguments_.emplace_back(parameter, static_cast<Long>(arguments_.size()));
             if (way == Way::script) argument.becomeScriptVariable();
+            if (way == Way::typedScript) argument.becomeTypedVariable();
             words_.push_back(argument.word());
             variants_.insert(variants_.begin(), argument.variant());
         }
@@ -280,6 +301,18 @@ class Call {
             all.push_back(argument.now());
         return all;
     }
+    // What the variables hold when the host gives each another value while the member runs: the script's get
+    // what the member has changed. A record, and an array's place that holds other elements, stay.
+    std::vector<Text> assignOthers() {
+        std::vector<Text> expected = heard.after;
+        for (std::size_t i = 0; i < arguments_.size(); ++i) {
+            if (!arguments_[i].assignAnother()) continue;
+            const bool changed = heard.before[i] != heard.after[i];
+            const bool record = member_.parameters[i].kind == ParameterKind::record;
+            if (way_ < Way::script || record || !changed) expected[i] = arguments_[i].now();
+        }
+        return expected;
+    }
 
     OleVariant result;
 
@@ -291,7 +324,8 @@ class Call {
     std::vector<VARIANT> variants_;
 };
 
-constexpr Call::Way everyWay[] = {Call::Way::slot, Call::Way::name, Call::Way::script};
+constexpr Call::Way everyWay[] = {Call::Way::slot, Call::Way::name, Call::Way::script,
+                                  Call::Way::typedScript};
 
 class Members : public ::testing::Test {
   protected:
@@ -335,6 +369,20 @@ TEST_F(Members, TakeEveryArgumentInAndOutInEveryWay) {
     });
     EXPECT_EQ(membersInOrder, order);
     EXPECT_FALSE(com::memberTable().find(lastMember + 1));
+}
+
+TEST_F(Members, LookAtTheHostsVariablesAnewAfterItHasRun) {
+    forEachMember([&](const com::Member& member) {
+        for (const Call::Way way : everyWay) {
+            SCOPED_TRACE(static_cast<int>(way));
+            Call call(member, way);
+            std::vector<Text> expected;
+            whileRunning = [&] { expected = call.assignOthers(); };
+            EXPECT_EQ(S_OK, call.run(*object.get()));
+            whileRunning = nullptr;
+            EXPECT_EQ(expected, call.now());
+        }
+    });
 }
 
 TEST_F(Members, TakeTheirDefaultsForWhatIsLeftOut) {

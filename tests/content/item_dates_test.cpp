@@ -120,6 +120,7 @@ TEST_F(ItemDates, OfTheHostBecomeRecords) {
         {u"01.07.2008 12:00:00", false, 1, eNokiaPhoneS40, offsets(record(2008, 7, 1, 12), 5, 0)},
         {u"31.12.7", false, 0, 0, offsets(record(2007, 12, 31), 5, 0)},
         {u"no date", false, 0, 0, offsets(record(1, 1, 1), 5, 0)},
+        {u"no date", false, 1, 0, offsets(record(1, 1, 1), 60, 0)},
     };
     refreshTimeBiases();
     for (const Case& one : cases) {

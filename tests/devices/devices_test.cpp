@@ -113,6 +113,21 @@ TEST_F(DevicesTest, EveryFailedStepHasItsResult) {
     simulator.clearPlan();
 }
 
+// Nothing is asked for, and nobody waits, for what no PC can have.
+TEST_F(DevicesTest, ClaimsThatNoPcCanMeetAreNotBelieved) {
+    simulator.addPhone(simulator::Control::plainPhone("1"));
+    simulator.runText(R"({"command": "poke", "call": "CONAGetDeviceCount", "record": "count", "word": 0,
+                          "value": 1000000})");
+    EXPECT_EQ(-3, GetPhoneList(list));
+    simulator.clearPlan();
+    simulator.runText(R"({"command": "poke", "call": "CONAGetDevices", "record": "device", "word": 4,
+                          "value": 101})");
+    EXPECT_EQ(1, GetPhoneList(list));
+    EXPECT_FALSE(list.names.hasElements());
+    simulator.clearPlan();
+    EXPECT_EQ(1, GetPhoneList(list));
+}
+
 TEST_F(DevicesTest, AStaleListReopensTheSessionOnceAndStillReportsTheCount) {
     simulator.addPhone(simulator::Control::plainPhone("1"));
     simulator.fail("CONAGetDeviceCount", 0x80100004);

@@ -161,6 +161,12 @@ TEST_F(FileFailures, WhatCannotBeReadOrHeldGivesAnEmptyTextAndWhatShrinksItsRest
     faults.reads = 1;
     EXPECT_EQ(u"", GetFileContentsW(path, /*decode=*/false));
     EXPECT_EQ(u"content", GetFileContentsW(path, /*decode=*/true));
+    FileBytes bytes;
+    for (const int failures : {1, 2}) {
+        faults.reads = failures;
+        EXPECT_EQ(failures == 1, GetFileBytes(path, bytes));
+    }
+    EXPECT_EQ(7u, bytes.size);
 
     faults.growth = 1000;
     EXPECT_EQ(u"content", GetFileContents(path, /*decode=*/false));

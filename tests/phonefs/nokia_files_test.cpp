@@ -117,6 +117,16 @@ TEST_F(NokiaFilesTest, ASearchThatNeverEndsIsGivenUp) {
     simulator.clearPlan();
     EXPECT_EQ(0, list(items, u"C:/Data"));
     EXPECT_EQ(2, items.upperBound());
+
+    // Names as no card has them, before there are too many entries.
+    simulator.runText(
+        R"({"command": "fault", "call": "CONAFindNextFile", "nth": 2, "onwards": true, "repeat": true})");
+    Json poke = {{"call", "CONAFindNextFile"}, {"record", "file"}, {"word", 0}};
+    poke["value"] = {{"text", std::string(16000, 'x')}};
+    simulator.run("poke", poke);
+    items = {};
+    EXPECT_EQ(-1, list(items, u"C:/Data"));
+    EXPECT_GT(2000, items.upperBound());
 }
 
 TEST_F(NokiaFilesTest, OpeningTellsWhichStepFailedAndTakesTheLastModelForNone) {

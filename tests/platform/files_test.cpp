@@ -1,4 +1,6 @@
 #include <gmock/gmock.h>
+#include <set>
+#include <sstream>
 #include <thread>
 
 #include "common/platform_test.h"
@@ -16,9 +18,10 @@ class FilesSeam : public PlatformTest {
         return files().open(number, pathOf(name), access, file);
     }
     FailureNumber write(const std::string& name, FileAccess access, std::string_view bytes) {
-        FailureNumber failure = open(name, access);
-        if (failure == noFailure) failure = file->write(bytes.data(), bytes.size());
-        if (failure == noFailure) failure = file->close();
+        OpenFile* opened = nullptr;
+        FailureNumber failure = files().open(fileNumber, pathOf(name), access, opened);
+        if (failure == noFailure) failure = opened->write(bytes.data(), bytes.size());
+        if (failure == noFailure) failure = opened->close();
         files().close(fileNumber);
         return failure;
     }
@@ -61,6 +64,31 @@ TEST_F(FilesSeam, ANumberIsOneOpenFileOfOneThread) {
     files().close(255);
     EXPECT_EQ(noFailure, open("a.txt", FileAccess::read, 255));
     files().close(255);
+}
+
+TEST_F(FilesSeam, LinesThatSeveralAppendAtOnceStayWhole) {
+    constexpr int writers = 4;
+    constexpr int lines = 500;
+    const auto lineOf = [](int writer, int line) {
+        return std::string(static_cast<std::size_t>(10 + line % 50), static_cast<char>('a' + writer)) +
+               std::to_string(line) + "\r\n";
+    };
+    std::vector<std::thread> threads;
+    for (int writer = 0; writer < writers; ++writer)
+        threads.emplace_back([&, writer] {
+            for (int line = 0; line < lines; ++line)
+                EXPECT_EQ(noFailure, write("log.txt", FileAccess::append, lineOf(writer, line)));
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::istringstream log(readFile("log.txt"));
+    std::multiset<std::string> written, expected;
+    for (std::string line; std::getline(log, line);)
+        written.insert(line + "\n");
+    for (int writer = 0; writer < writers; ++writer)
+        for (int line = 0; line < lines; ++line)
+            expected.insert(lineOf(writer, line));
+    EXPECT_EQ(expected, written);
 }
 
 TEST_F(FilesSeam, WhatCannotBeOpenedSaysWhy) {

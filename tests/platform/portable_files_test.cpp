@@ -6,6 +6,7 @@
 
 #include "common/machine_test.h"
 #include "platform/portable/files.h"
+#include "platform/portable/window_endpoint.h"
 
 namespace ovno2::platform::portable {
 namespace {
@@ -82,6 +83,29 @@ TEST_F(MachineFiles, AReplacedFileKeepsItsPermissionsAndItsLinks) {
     struct stat status = {};
     ASSERT_EQ(0, stat((work / "target").c_str(), &status));
     EXPECT_EQ(0640u, status.st_mode & 07777);
+}
+
+TEST_F(MachineFiles, WhatTheMachineMakesIsForItsOwnerAlone) {
+    const fs::path profile = folder.path() / "new/profile";
+    const mode_t mask = umask(0);
+    Machine other(profile);
+    std::unique_ptr<RegistryKey> key;
+    EXPECT_EQ(registryOk, other.registry().create(currentUser, u"Software\\Tessaline", key));
+    const WindowEndpoint window(profile, u"Viewer", {});
+    EXPECT_EQ(noFailure, replace(u"C:\\letters\\a.jpg", "picture"));
+    EXPECT_EQ(0, files().makeFolderTree(u"C:\\letters\\deep\\deeper"));
+    EXPECT_EQ(noFailure, files().makeFolder(u"C:\\letters\\one"));
+    OpenFile* log = nullptr;
+    EXPECT_EQ(noFailure, files().open(fileNumber, u"C:\\letters\\one\\log.txt", FileAccess::append, log));
+    files().close(fileNumber);
+    umask(mask);
+    int seen = 0;
+    for (const fs::path& root : {profile, work})
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
+            ++seen;
+            EXPECT_EQ(fs::perms::none, entry.symlink_status().permissions() & fs::perms(077)) << entry.path();
+        }
+    EXPECT_LE(9, seen);
 }
 
 TEST_F(MachineFiles, ADeviceIsWrittenToAndNeverReplaced) {

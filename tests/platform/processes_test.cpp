@@ -61,6 +61,28 @@ TEST_F(ProcessesSeam, AProgramThatIsNotThereIsNotStarted) {
     EXPECT_EQ(2, processes().shellExecute(u"open", pathOf("missing.exe"), u"with parameters", 1));
 }
 
+// Anybody may have put something into the folder that the host happens to be in.
+TEST_F(ProcessesSeam, AProgramOfTheCurrentFolderIsNotFoundByItsName) {
+    namespace fs = std::filesystem;
+#ifdef _WIN32
+    fs::copy_file(fs::path((processes().specialFolder(/*id=*/37) + u"\\cmd.exe")), folder() / "planted.exe");
+#else
+    writeFile("planted.exe", "#!/bin/sh\necho hallo\n");
+    fs::permissions(folder() / "planted.exe", fs::perms::owner_all);
+#endif
+    const fs::path before = fs::current_path();
+    fs::current_path(folder());
+    EXPECT_EQ("hallo\n", outputOf(pathOf("planted.exe") + u" /c echo hallo"));
+    for (const Text name : {u"planted.exe", u"planted"}) {
+        EXPECT_EQ("not started", outputOf(name + u" /c echo hallo"));
+        EXPECT_EQ("not started", outputOf(u'"' + name + u"\" /c echo hallo"));
+        EXPECT_EQ(fileNotFound, processes().start(name + u" /c echo hallo", /*show=*/2));
+        EXPECT_EQ(2, processes().shellExecute(u"open", name, u"", 1));
+        EXPECT_EQ(2, processes().shellExecute(u"open", name, u"/c echo hallo", 1));
+    }
+    fs::current_path(before);
+}
+
 TEST_F(ProcessesSeam, BothListsHoldTheRunningProgram) {
     const auto isThisProgram = [](const ProcessEntry& entry) {
         return entry.id != 0 && containsIgnoringCase(entry.path, u"\\test_platform");

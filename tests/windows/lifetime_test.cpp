@@ -197,7 +197,14 @@ TEST_F(LifetimeTest, TwoApartmentsShareNothingAndAnUnloadedDllLeavesNothingBehin
     addTwoContacts();
     simulator.addPhone(simulator.plainPhone("356300010000018"), simulator.phoneBook(Json::array()));
     DWORD before = 0;
+    DWORD indexBefore = 0;
     for (int round = 0; round < 4; ++round) {
+        const DWORD index = TlsAlloc();  // a process has little more than a thousand
+        TlsFree(index);
+        if (round == 1) indexBefore = index;
+        if (round > 1) {
+            EXPECT_EQ(indexBefore, index);
+        }
         HANDLE used = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         HANDLE unloaded = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         std::thread other([&] {

@@ -21,8 +21,6 @@ constexpr Long shellAccessDenied = 5;
 constexpr Long shellDiskFull = 112;
 constexpr Long shellAlreadyExists = 183;
 
-constexpr mode_t newFolderMode = 0777;  // the user's mask applies
-
 bool fitsLookUp(TextView path) {
     return path.size() < pathLimit || path.starts_with(u"\\\\?\\");
 }
@@ -126,10 +124,9 @@ Long PortableFiles::makeFolderTree(TextView path) {
         return shellPathNotFound;  // a drive is not made on the way
     const fs::path folder = withoutTrailingSeparator(nativePath(machine_, path));
     if (statusOf(folder, status)) return shellAlreadyExists;
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (!error) return 0;
-    const FailureNumber failure = failureOfErrno(error.value(), /*forReading=*/false);
+    const int error = makeFolders(folder);
+    if (error == 0) return 0;
+    const FailureNumber failure = failureOfErrno(error, /*forReading=*/false);
     return failure == pathNotFound ? shellPathNotFound
            : failure == diskFull   ? shellDiskFull
                                    : shellAccessDenied;

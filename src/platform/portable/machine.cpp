@@ -1,6 +1,7 @@
 #include "platform/portable/machine.h"
 
 #include <cstdlib>
+#include <unistd.h>
 
 #include "platform/portable/registry.h"
 #include "platform_native/thread_value.h"
@@ -34,7 +35,7 @@ std::filesystem::path defaultProfileFolder() {
         return std::filesystem::path(config) / "ovno2";
     if (const char* home = std::getenv("HOME"); home && *home)
         return std::filesystem::path(home) / ".config" / "ovno2";
-    return std::filesystem::temp_directory_path() / "ovno2";
+    return std::filesystem::temp_directory_path() / ("ovno2-" + std::to_string(geteuid()));
 }
 
 // Its destructor runs when the thread ends.

@@ -19,7 +19,6 @@ namespace {
 constexpr const char* attributesName = "user.DOSATTRIB";
 
 constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
-constexpr mode_t newFileMode = 0666;  // the user's mask applies
 
 class NativeFile : public OpenFile {
   public:
@@ -179,6 +178,17 @@ FailureNumber failureOfErrno(int error, bool forReading) {
         default:
             return deviceIoError;
     }
+}
+
+int makeFolders(const fs::path& folder) {
+    std::error_code ignored;
+    if (fs::is_directory(folder, ignored)) return 0;
+    const fs::path above = folder.parent_path();
+    if (!above.empty() && above != folder)
+        if (const int error = makeFolders(above)) return error;
+    if (mkdir(folder.c_str(), newFolderMode) == 0) return 0;
+    const int error = errno;
+    return fs::is_directory(folder, ignored) ? 0 : error;  // another may have been quicker
 }
 
 bool isReadOnly(unsigned mode) {

@@ -11,6 +11,14 @@ namespace ovno2::platform::portable {
 // The failure number of an errno value; `forReading` decides what a missing file is.
 FailureNumber failureOfErrno(int error, bool forReading);
 
+// What the machine makes is for its owner alone: a phone's content, logs, the profile.
+inline constexpr unsigned newFileMode = 0600;
+inline constexpr unsigned newFolderMode = 0700;
+
+// Makes a folder and all that are missing above it, for the owner alone. 0, also when it is there, or an
+// errno value.
+int makeFolders(const std::filesystem::path& folder);
+
 // True for a file that no one may write (no write permission at all), or that bears the hidden mark.
 bool isReadOnly(unsigned mode);
 bool isHidden(const std::filesystem::path& path);

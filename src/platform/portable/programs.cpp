@@ -56,12 +56,18 @@ std::optional<fs::path> registeredProgram(Machine& machine, TextView name) {
     return std::nullopt;
 }
 
-std::optional<fs::path> programInSearchPath(TextView name) {
-    const char* const folders = std::getenv("PATH");
-    for (const Text& folder : split(fromUtf8(folders ? folders : "/usr/bin:/bin"), u':')) {
+// In the folder of the running program, then in PATH; never in the current folder, where anybody may have put
+// something.
+std::optional<fs::path> programBesideOrInPath(TextView name) {
+    std::error_code error;
+    std::vector<Text> folders = {fromUtf8(fs::read_symlink("/proc/self/exe", error).parent_path().native())};
+    const char* const path = std::getenv("PATH");
+    for (Text& folder : split(fromUtf8(path ? path : "/usr/bin:/bin"), u':'))
+        folders.push_back(std::move(folder));
+    for (const Text& folder : folders) {
         for (const Text& file : {Text(name), baseName(name)}) {
-            fs::path path = fs::path(toUtf8(folder)) / toUtf8(file);
-            if (path.is_absolute() && isProgram(path)) return path;
+            fs::path program = fs::path(toUtf8(folder)) / toUtf8(file);
+            if (program.is_absolute() && isProgram(program)) return program;
         }
     }
     return std::nullopt;
@@ -131,11 +137,7 @@ std::optional<fs::path> findProgram(Machine& machine, TextView name) {
         return std::nullopt;
     }
     if (auto program = registeredProgram(machine, withExtension)) return program;
-    if (auto program = programInSearchPath(name)) return program;
-    std::error_code error;
-    fs::path here = fs::current_path(error) / toUtf8(name);
-    if (!error && hasExtension(name) && isProgram(here)) return here;
-    return std::nullopt;
+    return programBesideOrInPath(name);
 }
 
 std::optional<Command> findCommand(Machine& machine, TextView commandLine) {

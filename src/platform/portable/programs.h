@@ -1,9 +1,9 @@
 // Which program a command line or a name means on the portable machine.
 //
-// A path names its file; "name" and "name.exe" are sought in the machine's registry (App Paths), in PATH and,
-// when they have an extension, in the current folder. Two programs that every machine of the module's kind
-// has are the machine's own when there is no such file: the command interpreter ("cmd", which hands its
-// command to the system's shell) and "taskkill".
+// A path names its file; "name" and "name.exe" are sought in the machine's registry (App Paths), beside the
+// running program and in PATH. Two programs that every machine of the module's kind has are the machine's own
+// when there is no such file: the command interpreter ("cmd", which hands its command to the system's shell)
+// and "taskkill".
 #pragma once
 
 #include <filesystem>

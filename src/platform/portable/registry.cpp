@@ -14,6 +14,7 @@
 
 #include "base/values.h"
 #include "platform/portable/ini_text.h"
+#include "platform/portable/native_file.h"
 #include "platform/portable/spawn.h"
 #include "platform/portable/system_values.h"
 
@@ -120,7 +121,7 @@ bool writeAll(int file, const std::string& bytes) {
 
 // Held while the file is read, changed and replaced; other processes' writers wait for it.
 Descriptor lockForWriting(const std::filesystem::path& path) {
-    Descriptor lock(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    Descriptor lock(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, newFileMode));
     const auto end = std::chrono::steady_clock::now() + lockPatience;
     while (lock && flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
         if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() >= end) return {};
@@ -280,9 +281,7 @@ void PortableRegistry::complain(const std::string& message) {
 
 Long PortableRegistry::update(const Edit& edit) {
     const std::lock_guard guard(mutex_);
-    std::error_code error;
-    std::filesystem::create_directories(path_.parent_path(), error);
-    if (error) return resultOf(error.value());
+    if (const int error = makeFolders(path_.parent_path())) return resultOf(error);
     std::filesystem::path lockPath = path_;
     const Descriptor lock = lockForWriting(lockPath.replace_extension(".lock"));
     if (!lock) return registryAccessDenied;
@@ -304,9 +303,7 @@ Long PortableRegistry::replaceFile(const std::string& bytes) {
         std::filesystem::canonical(path_, ignored);  // through a link, if it is one
     if (target.empty()) target = path_;
     const std::filesystem::path beside = target.string() + ".new";
-    struct stat old {};
-    const mode_t mode = stat(target.c_str(), &old) == 0 ? old.st_mode & 0777 : 0666;
-    Descriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode));
+    Descriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, newFileMode));
     if (!file) return resultOf(errno);
     int error = 0;
     if (!writeAll(file.get(), bytes) || (waitsForDisk && fdatasync(file.get()) != 0)) error = errno;

@@ -9,9 +9,12 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <system_error>
 #include <unistd.h>
+
+#include "platform/portable/native_file.h"
 
 namespace ovno2::platform::portable {
 
@@ -115,7 +118,10 @@ WindowEndpoint::WindowEndpoint(const std::filesystem::path& profileFolder, Text 
       handlers_(std::move(handlers)),
       wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (!wakeUp_) fail("a window cannot be made");
-    std::filesystem::create_directories(windowsFolder(profileFolder));
+    const std::filesystem::path folder = windowsFolder(profileFolder);
+    errno = makeFolders(folder);
+    // An earlier version let others in.
+    if (errno != 0 || chmod(folder.c_str(), newFolderMode) != 0) fail(folder.c_str());
     listen(profileFolder);
 }
 
@@ -128,7 +134,7 @@ void WindowEndpoint::listen(const std::filesystem::path& profileFolder) {
         const SocketAddress address(socketPath_);
         listener_ = newSocket();
         if (!listener_) fail("a window cannot be made");
-        if (address.bind(listener_.get()) == 0) break;
+        if (address.bind(listener_.get()) == 0 && chmod(socketPath_.c_str(), newFileMode) == 0) break;
         if (errno != EADDRINUSE) fail(socketPath_.c_str());
         const Descriptor probe = newSocket();
         if (probe && address.connect(probe.get()) != 0 && errno == ECONNREFUSED) {

@@ -152,22 +152,50 @@ class NativeFile : public OpenFile {
     FailureNumber failure_ = noFailure;
 };
 
+// One writer's turn at the end of a file. The locked byte lies where no content comes, so that nobody who
+// reads is held up; a file that may not be read cannot be locked.
+class AppendTurn {
+  public:
+    explicit AppendTurn(HANDLE file) : file_(file) {
+        range_.OffsetHigh = 0x7FFFFFFF;
+        taken_ = LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK, 0, /*low=*/1, /*high=*/0, &range_) != 0;
+    }
+    ~AppendTurn() {
+        if (taken_) UnlockFileEx(file_, 0, /*low=*/1, /*high=*/0, &range_);
+    }
+    AppendTurn(const AppendTurn&) = delete;
+    AppendTurn& operator=(const AppendTurn&) = delete;
+    bool taken() const { return taken_; }
+
+  private:
+    HANDLE file_;
+    OVERLAPPED range_ = {};
+    bool taken_;
+};
+
 class AppendedFile : public NativeFile {
   public:
     using NativeFile::NativeFile;
 
-    // Somebody else may have appended since.
+    // Every write goes to the end that the file has by then, by the right that the file was opened with. Not
+    // every system finds the end and writes there in one step.
     FailureNumber write(const void* from, std::size_t bytes) override {
-        return setPosition(handle_.get(), 0, FILE_END) ? NativeFile::write(from, bytes) : lastFailure();
+        const AppendTurn turn(handle_.get());
+        knowsEnd_ = turn.taken() && NativeFile::size(end_) == noFailure;
+        return NativeFile::write(from, bytes);
     }
 
   private:
+    // Only in the own turn, and only while the part is all that has been added.
     void takeBack(std::size_t bytes) override {
-        LARGE_INTEGER back;
-        back.QuadPart = -static_cast<LONGLONG>(bytes);
-        if (bytes > 0 && SetFilePointerEx(handle_.get(), back, nullptr, FILE_CURRENT))
-            SetEndOfFile(handle_.get());
+        std::uint64_t now = 0;
+        if (bytes == 0 || !knowsEnd_ || NativeFile::size(now) != noFailure || now != end_ + bytes) return;
+        const FileHandle cutting(ReOpenFile(handle_.get(), GENERIC_WRITE, sharedWithAll, /*flags=*/0));
+        if (cutting && setPosition(cutting.get(), end_, FILE_BEGIN)) SetEndOfFile(cutting.get());
     }
+
+    bool knowsEnd_ = false;
+    std::uint64_t end_ = 0;  // before the write
 };
 
 class Replacement : public NativeFile {
@@ -230,7 +258,10 @@ bool hasAttribute(const Text& path, DWORD bits) {
 FailureNumber openForAppending(const Text& path, std::unique_ptr<OpenFile>& file) {
     // A file system that is not the platform's own may know the bit and still let the file be opened.
     if (hasAttribute(path, FILE_ATTRIBUTE_READONLY)) return pathAccessError;
-    FileHandle handle = openHandle(path, GENERIC_WRITE, sharedWithAll, OPEN_ALWAYS);
+    constexpr DWORD appending = FILE_APPEND_DATA | SYNCHRONIZE;
+    FileHandle handle = openHandle(path, appending | FILE_READ_DATA, sharedWithAll, OPEN_ALWAYS);
+    if (!handle && GetLastError() == ERROR_ACCESS_DENIED)
+        handle = openHandle(path, appending, sharedWithAll, OPEN_ALWAYS);
     if (!handle) return lastFailure();
     file = std::make_unique<AppendedFile>(std::move(handle));
     return noFailure;

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/values.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows_platform.h"
 
@@ -65,6 +66,91 @@ FailureNumber startFailure(DWORD error) {
             return invalidProcedureCall;
     }
 }
+
+bool isBareName(TextView name) {
+    return !name.empty() && name.find_first_of(u"\\/:") == TextView::npos;
+}
+
+// Where programs named without a path are looked for: the host's folder, the system's, PATH. Not in the
+// current folder, where anybody may have put something.
+Text searchFolders() {
+    std::vector<wchar_t> buffer(longestPath);
+    Text folders = fromWide(buffer.data(), GetModuleFileNameW(nullptr, buffer.data(), longestPath));
+    folders.resize(std::min(folders.rfind(u'\\'), folders.size()));
+    for (const auto folder : {GetSystemDirectoryW, GetWindowsDirectoryW})
+        folders.append(u";").append(fromWide(buffer.data(), folder(buffer.data(), longestPath)));
+    const DWORD length = GetEnvironmentVariableW(L"PATH", buffer.data(), longestPath);
+    for (const Text& folder : split(fromWide(buffer.data(), length < longestPath ? length : 0), u';')) {
+        const bool onDrive = folder.size() > 2 && folder[1] == u':' && folder[2] == u'\\';
+        if (onDrive || folder.starts_with(u"\\\\")) folders.append(u";").append(folder);
+    }
+    return folders;
+}
+
+// The full path of a program named without one; empty when there is none.
+Text findProgram(TextView name, std::initializer_list<const wchar_t*> extensions) {
+    const Text folders = searchFolders();
+    const Text wanted(name);
+    std::vector<wchar_t> path(longestPath);
+    for (const wchar_t* const extension : extensions) {
+        const DWORD length =
+            SearchPathW(wide(folders), wide(wanted), extension, longestPath, path.data(), nullptr);
+        if (length > 0 && length < longestPath) return fromWide(path.data(), length);
+    }
+    return {};
+}
+
+// The command line with its program's full path where it had only a name; empty when there is no such
+// program.
+Text withProgramPath(TextView line) {
+    while (line.starts_with(u' ') || line.starts_with(u'\t'))
+        line.remove_prefix(1);
+    const bool quoted = line.starts_with(u'"');
+    // Without quotes every blank may end the name.
+    bool first = true;
+    for (std::size_t end = 0; end < line.size(); first = false) {
+        end = std::min(line.find_first_of(quoted ? u"\"" : u" \t", end + 1), line.size());
+        const TextView name = line.substr(quoted ? 1 : 0, end - (quoted ? 1 : 0));
+        if (!isBareName(name)) return first ? Text(line) : Text();
+        if (const Text program = findProgram(name, {L".exe"}); !program.empty())
+            return (u'"' + program + u'"').append(line.substr(std::min(end + (quoted ? 1 : 0), line.size())));
+        if (quoted) break;
+    }
+    return {};
+}
+
+// What the registry names as the place of a program that lies in none of the folders.
+bool isRegistered(const Text& name) {
+    const Text path = u"Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\" + name;
+    const Text withExtension = path + u".exe";
+    for (const Text* const key : {&path, &withExtension})
+        for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+            HKEY opened = nullptr;
+            if (RegOpenKeyExW(hive, wide(*key), 0, KEY_READ, &opened) != ERROR_SUCCESS) continue;
+            RegCloseKey(opened);
+            return true;
+        }
+    return false;
+}
+
+// While it lives, the command interpreter keeps away from the current folder, too, with what it starts.
+class GuardedInterpreter {
+  public:
+    explicit GuardedInterpreter(const Text& program) {
+        const bool interpreter = equalsIgnoringCase(program.substr(program.rfind(u'\\') + 1), u"cmd.exe");
+        if (interpreter && GetEnvironmentVariableW(mark, nullptr, 0) == 0)
+            set_ = SetEnvironmentVariableW(mark, L"1") != FALSE;
+    }
+    ~GuardedInterpreter() {
+        if (set_) SetEnvironmentVariableW(mark, nullptr);
+    }
+    GuardedInterpreter(const GuardedInterpreter&) = delete;
+    GuardedInterpreter& operator=(const GuardedInterpreter&) = delete;
+
+  private:
+    static constexpr const wchar_t* mark = L"NoDefaultCurrentDirectoryInExePath";
+    bool set_ = false;
+};
 
 class PipedCommand : public CapturedCommand {
   public:
@@ -132,7 +218,8 @@ class WindowsProcesses : public Processes {
         startup.dwFlags = STARTF_USESHOWWINDOW;
         startup.wShowWindow = static_cast<WORD>(show);
         PROCESS_INFORMATION process = {};
-        Text line(commandLine);  // the call may write into it
+        Text line = withProgramPath(commandLine);  // the call may write into it
+        if (line.empty()) return fileNotFound;
         if (!CreateProcessW(nullptr, wide(line), nullptr, nullptr, /*bInheritHandles=*/FALSE,
                             NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &process))
             return startFailure(GetLastError());
@@ -143,7 +230,13 @@ class WindowsProcesses : public Processes {
 
     Long shellExecute(TextView verb, TextView file, TextView parameters, Long show) override {
         const Text verbText(verb);
-        const Text fileText(file);
+        Text fileText(file);
+        if (const Text name = removeAll(file, u'"'); isBareName(name)) {
+            const Text program = findProgram(name, {L".exe", L".com", L".bat", L".cmd"});
+            if (program.empty() && !isRegistered(name)) return ERROR_FILE_NOT_FOUND;
+            if (!program.empty()) fileText = program;
+        }
+        const GuardedInterpreter guarded(fileText);
         const Text parameterText(parameters);
         const HINSTANCE answer =
             parameters.empty()
@@ -167,7 +260,8 @@ class WindowsProcesses : public Processes {
         startup.hStdOutput = writeEnd;
         startup.hStdError = writeEnd;
         PROCESS_INFORMATION process = {};
-        std::string line = ansi(Text(commandLine));
+        std::string line = ansi(withProgramPath(commandLine));
+        if (line.empty()) return nullptr;
         if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, /*bInheritHandles=*/TRUE,
                             NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &process))
             return nullptr;
