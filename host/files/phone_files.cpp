@@ -61,7 +61,7 @@ PhoneFiles::PhoneFiles(PhoneDriver& driver, const std::vector<ListedPhone>& phon
     if (first == phones.end() || first->serial == phone.serial) return;
     throw CommandFailure{failed, "Files can only be reached on the first phone " +
                                      (phone.model.empty() ? "when one tells no model"
-                                                          : "of the model \"" + toUtf8(phone.model) + "\"") +
+                                                          : "of the model \"" + titleOf(phone) + "\"") +
                                      ". Detach the one with the serial number " + toUtf8(first->serial) +
                                      " and retry."};
 }
