@@ -59,11 +59,11 @@ PhoneFiles::PhoneFiles(PhoneDriver& driver, const std::vector<ListedPhone>& phon
         return phone.model.empty() || equalsIgnoringCase(other.model, phone.model);
     });
     if (first == phones.end() || first->serial == phone.serial) return;
-    throw CommandFailure{failed, "Files can only be reached on the first phone " +
-                                     (phone.model.empty() ? "when one tells no model"
-                                                          : "of the model \"" + titleOf(phone) + "\"") +
-                                     ". Detach the one with the serial number " + toUtf8(first->serial) +
-                                     " and retry."};
+    throw CommandFailure{
+        failed,
+        "Files can only be reached on the first phone " +
+            (phone.model.empty() ? "when one tells no model" : "of the model \"" + titleOf(phone) + "\"") +
+            ". Detach the one with the serial number " + toUtf8(first->serial) + " and retry."};
 }
 
 std::string PhoneFiles::phoneTitle() const {
