@@ -16,7 +16,8 @@ namespace fs = std::filesystem;
 
 HANDLE openFolder(const fs::path& folder, DWORD access, DWORD sharing) {
     return CreateFileW(folder.c_str(), access, sharing, /*security=*/nullptr, OPEN_EXISTING,
-                       FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, /*template=*/nullptr);
+                       FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT,
+                       /*template=*/nullptr);
 }
 
 // While it is open nobody can delete the folder.
@@ -43,13 +44,13 @@ std::unique_ptr<IncomingOwner> IncomingOwner::make(const fs::path& folder) {
     return std::make_unique<HeldFolder>(open);
 }
 
-// While it is open nobody can begin to hold the folder.
+// A program that begins to hold it just now has nothing in it yet, and keeps it from being removed.
 void IncomingOwner::removeAbandoned(const fs::path& folder) {
     const HANDLE open = openFolder(folder, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
     if (open == INVALID_HANDLE_VALUE) return;
+    CloseHandle(open);
     std::error_code ignored;
     fs::remove_all(folder, ignored);
-    CloseHandle(open);
 }
 
 bool IncomingOwner::moveToFreePlace(const fs::path& file, const fs::path& place) {
