@@ -55,11 +55,10 @@ std::string transferLine(const TransferState& state, std::size_t width) {
                 timeText(static_cast<double>(state.total - std::min(state.done, state.total)) / rate) +
                 " left";
     }
-    constexpr double long_ = 2;
-    if (state.fileSeconds >= long_)
-        line += ", " + timeText(state.fileSeconds) + " on " + sizeText(state.size) + " of";
-    return toUtf8(cutToWidth(
-        fromUtf8(line) + (state.fileSeconds >= long_ ? u" " : u": ") + singleLine(state.name), width));
+    constexpr double longFile = 2;
+    if (state.fileSeconds >= longFile)
+        line += ", a file of " + sizeText(state.size) + " since " + timeText(state.fileSeconds);
+    return toUtf8(cutToWidth(fromUtf8(line) + u": " + singleLine(state.name), width));
 }
 
 TransferProgress::TransferProgress(std::uint64_t totalBytes, bool shown)
