@@ -1,6 +1,5 @@
 #include "host/files/file_report.h"
 
-#include <algorithm>
 #include <set>
 
 #include "host/output/command_output.h"
@@ -16,7 +15,7 @@ void FileReport::add(FileResult result) {
         say(result.message);
     else if (verb_)
         tell(result);
-    results_.push_back(std::move(result));
+    store(std::move(result));
 }
 
 void FileReport::tell(const FileResult& result) {
@@ -44,13 +43,14 @@ void FileReport::giveUpTheRest(const std::string& message) {
         if (known.contains(planned.local)) continue;
         planned.outcome = FileOutcome::failure;
         planned.message = message;
-        results_.push_back(std::move(planned));
+        store(std::move(planned));
     }
     expected_.clear();
 }
 
-std::size_t FileReport::count(FileOutcome outcome) const {
-    return static_cast<std::size_t>(std::ranges::count(results_, outcome, &FileResult::outcome));
+void FileReport::store(FileResult result) {
+    ++counts_[static_cast<std::size_t>(result.outcome)];
+    results_.push_back(std::move(result));
 }
 
 std::string FileReport::asJson(const char* verb) const {

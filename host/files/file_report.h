@@ -1,6 +1,7 @@
 // What became of every file that a command worked on. Failures are told at once; the command goes on.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -36,18 +37,20 @@ class FileReport {
     void giveUpTheRest(const std::string& message);
 
     const std::vector<FileResult>& results() const { return results_; }
-    std::size_t count(FileOutcome outcome) const;
+    std::size_t count(FileOutcome outcome) const { return counts_[static_cast<std::size_t>(outcome)]; }
 
     // An array with one object a file.
     std::string asJson(const char* verb) const;
 
   private:
     void tell(const FileResult& result);
+    void store(FileResult result);
 
     TransferProgress* progress_ = nullptr;
     const char* verb_ = nullptr;
     std::vector<FileResult> expected_;
     std::vector<FileResult> results_;
+    std::array<std::size_t, 3> counts_{};  // by outcome
 };
 
 // After a failure: throws BrokenOff when the phone does not even list its drives any more.

@@ -90,12 +90,12 @@ void registerFiles(CLI::App& app, Context& context) {
                                "  ovphone files cat E:/Documents/notes.txt | less"),
                    "PATH", "the files", 1);
 
-    CLI::App& get =
-        all.reading("get", "Copy files from the phone; what is there already is skipped", getFiles,
-                    R"(  ovphone files get -r / backup              the whole phone, a folder for each drive
-  ovphone files get 'E:/Images/*.jpg' photos  pictures into a folder
-  ovphone files get E:/Images/a.jpg beach.jpg one picture, under a new name
-  ovphone files get E:/notes.txt - | less     ... to standard output)");
+    CLI::App& get = all.reading(
+        "get", "Copy files from the phone; what is there already is skipped", getFiles,
+        R"(  ovphone files get -r / backup                 the whole phone, a folder for each drive
+  ovphone files get 'E:/Images/*.jpg' photos    pictures into a folder
+  ovphone files get E:/Images/a.jpg beach.jpg   one picture, under a new name
+  ovphone files get E:/notes.txt - | less       ... to standard output)");
     all.telling(get);
     all.takesPaths(
         get, "PATH",
