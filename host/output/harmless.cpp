@@ -1,6 +1,9 @@
 #include "host/output/harmless.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 
 namespace ovno2::host {
 
@@ -26,10 +29,32 @@ bool isHighControl(std::string_view text, std::size_t i) {
     return byteAt(text, i) == leadOfLatin1 && byteAt(text, i + 1) >= 0x80 && byteAt(text, i + 1) < 0xA0;
 }
 
+constexpr std::uint64_t inEachByte(std::uint8_t value) {
+    return value * std::uint64_t{0x0101010101010101};
+}
+
+// Nearly no text has any; eight bytes are looked at together. True also for a line's end and some letters.
+bool mayHoldControls(const char* bytes) {
+    std::uint64_t block;
+    std::memcpy(&block, bytes, sizeof block);
+    const std::uint64_t lead = block ^ inEachByte(leadOfLatin1);
+    const std::uint64_t low = (block - inEachByte(0x20)) & ~block;
+    return ((low | ((lead - inEachByte(1)) & ~lead)) & inEachByte(0x80)) != 0;
+}
+
 // Where the next control character stands, from `i` on.
 std::size_t nextControl(std::string_view text, std::size_t i) {
-    for (; i < text.size(); ++i)
-        if (suspicious[byteAt(text, i)] && (byteAt(text, i) != leadOfLatin1 || isHighControl(text, i))) break;
+    constexpr std::size_t blockSize = sizeof(std::uint64_t);
+    while (i < text.size()) {
+        const std::size_t left = text.size() - i;
+        if (left >= blockSize && !mayHoldControls(text.data() + i)) {
+            i += blockSize;
+            continue;
+        }
+        for (const std::size_t end = i + std::min(left, blockSize); i < end; ++i)
+            if (suspicious[byteAt(text, i)] && (byteAt(text, i) != leadOfLatin1 || isHighControl(text, i)))
+                return i;
+    }
     return i;
 }
 
