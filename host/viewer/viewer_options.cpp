@@ -12,7 +12,7 @@ namespace {
 constexpr const char* examples = R"(Examples:
   ovviewer                              every line as it comes, until Ctrl-C or the window's end
   ovviewer --level 5 --save read.log    with the details, and into a file as well
-  ovviewer --routine ReadContacts       only while that routine works
+  ovviewer --routine GetContacts        only while that routine works
   ovviewer | less                       page by page
 
 Exit status: 0 done, 1 failed or another viewer is running, 2 wrong usage.)";

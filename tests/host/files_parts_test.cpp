@@ -95,6 +95,8 @@ TEST(PhonePath, WildcardsStandForCharactersInAnyCase) {
 TEST(TransferLine, TellsHowFarHowFastAndHowLong) {
     EXPECT_EQ("[##########          ] 50 % of 4.0 MB, 1.0 MB/s, 0:02 left: beach.jpg",
               transferLine({2 << 20, 4 << 20, 2.0, u"beach.jpg"}, 100));
+    EXPECT_EQ("[                    ] 0 % of 9.5 MB, a file of 4.8 MB since 1:05: a",
+              transferLine({0, 10000000, 70, u"a", 5000000, 65}, 100));
     EXPECT_EQ("[                    ] 0 % of 999 bytes: a", transferLine({0, 999, 0, u"a"}, 100));
     EXPECT_EQ("[####################] 10…", transferLine({7, 7, 1.0, u"a"}, 26));
     EXPECT_EQ("1.0 MB", sizeText(1024000));
