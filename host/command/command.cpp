@@ -44,8 +44,11 @@ void addCommonOptions(CLI::App& command, Context& context) {
 
 void addPhoneOption(CLI::App& command, Context& context) {
     command
-        .add_option("--phone", context.phone,
-                    "model, name or serial number, or a part of it (default: the first)")
+        .add_option_function<std::string>(
+            "--phone", [&context](const std::string& name) { context.phone = name; },
+            "model, name or serial number, or a part of it (default: the first; commands that change a "
+            "phone\n"
+            "ask for a name when several are attached)")
         ->type_name("NAME|SERIAL");
 }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace CLI {
@@ -17,10 +18,10 @@ namespace ovno2::host {
 
 // What the line says.
 struct Context {
-    std::string format = "table";  // or "json"
-    std::string connectivity;      // folder or name of a provider of the connectivity library
-    std::string phones;            // folder of phone images for the simulator
-    std::string phone;             // as the user names it; empty = the first
+    std::string format = "table";      // or "json"
+    std::string connectivity;          // folder or name of a provider of the connectivity library
+    std::string phones;                // folder of phone images for the simulator
+    std::optional<std::string> phone;  // as the user names it
 
     std::function<void()> action;  // of the innermost command that was given
 

@@ -53,11 +53,11 @@ struct FilesOptions {
 
 class FilesCommand {
   public:
-    FilesCommand(const Context& context, const FilesOptions& wanted)
+    FilesCommand(const Context& context, const FilesOptions& wanted, Purpose purpose)
         : asJson_(context.asJson()),
           wanted_(wanted),
           phones_(context),
-          phone_(phones_.driver(), phones_.all(), phones_.chosen()) {}
+          phone_(phones_.driver(), phones_.all(), phones_.chosen(purpose)) {}
 
     // Of a folder that was gone through something could not be listed.
     bool isIncomplete() const { return phone_.isIncomplete(); }
@@ -360,8 +360,8 @@ class FilesCommand {
 using Action = void (FilesCommand::*)();
 
 // What could be done is done and written when it fails.
-void run(const Context& context, const FilesOptions& wanted, Action action) {
-    FilesCommand command(context, wanted);
+void run(const Context& context, const FilesOptions& wanted, Action action, Purpose purpose) {
+    FilesCommand command(context, wanted, purpose);
     try {
         (command.*action)();
         if (command.isIncomplete()) throw CommandFailure{failed, {}};
@@ -378,16 +378,17 @@ part of a path * stands for any characters and ? for one; quote them, so that th
 
 void registerFiles(CLI::App& app, Context& context) {
     const auto options = std::make_shared<FilesOptions>();
-    const auto running = [&context, options](Action action) {
-        return [&context, options, action] { run(context, *options, action); };
+    const auto running = [&context, options](Action action, Purpose purpose = Purpose::read) {
+        return [&context, options, action, purpose] { run(context, *options, action, purpose); };
     };
     CLI::App& files = addCommand(
         app, "files", "Browse the files of a phone, copy and change them; alone it shows the drives", context,
         running(&FilesCommand::list));
     files.require_subcommand(0, 1);
     files.footer(help);
-    const auto add = [&](const char* name, const char* description, Action action) {
-        CLI::App* added = &addCommand(files, name, description, context, running(action));
+    const auto add = [&](const char* name, const char* description, Action action,
+                         Purpose purpose = Purpose::read) {
+        CLI::App* added = &addCommand(files, name, description, context, running(action, purpose));
         added->footer(help);
         addCommonOptions(*added, context);
         addPhoneOption(*added, context);
@@ -419,24 +420,26 @@ void registerFiles(CLI::App& app, Context& context) {
              1);
     addRecursive(get, "folders with all that is in them");
     addForce(get);
-    CLI::App* put =
-        add("put", "Copy files to the phone; what is there already is skipped", &FilesCommand::put);
+    CLI::App* put = add("put", "Copy files to the phone; what is there already is skipped",
+                        &FilesCommand::put, Purpose::change);
     addPaths(put, "FILE", "what to put; the last is the path of the phone's folder that it goes to", 2);
     addRecursive(put, "folders with all that is in them");
     addForce(put);
-    CLI::App* rename = add("mv", "Give a file or folder another name", &FilesCommand::rename);
+    CLI::App* rename =
+        add("mv", "Give a file or folder another name", &FilesCommand::rename, Purpose::change);
     rename->add_option("PATH", options->renamed, "what to rename")->type_name("")->required();
     rename->add_option("NAME", options->newName, "its new name in the same folder")
         ->type_name("")
         ->required();
-    CLI::App* remove = add("rm", "Delete files", &FilesCommand::remove);
+    CLI::App* remove = add("rm", "Delete files", &FilesCommand::remove, Purpose::change);
     addPaths(remove, "PATH", "what to delete", 1);
     addRecursive(remove, "folders with all that is in them");
-    CLI::App* makeFolder = add("mkdir", "Make folders", &FilesCommand::makeFolders);
+    CLI::App* makeFolder = add("mkdir", "Make folders", &FilesCommand::makeFolders, Purpose::change);
     addPaths(makeFolder, "PATH", "the new folders", 1);
     makeFolder->add_flag("-p,--parents", options->parents,
                          "make the folders above, too; a folder that is there is no failure");
-    addPaths(add("rmdir", "Delete empty folders", &FilesCommand::removeFolders), "PATH", "what to delete", 1);
+    addPaths(add("rmdir", "Delete empty folders", &FilesCommand::removeFolders, Purpose::change), "PATH",
+             "what to delete", 1);
 }
 
 }  // namespace ovno2::host

@@ -7,7 +7,6 @@
 #include "host/output/console.h"
 #include "host/output/exit_status.h"
 #include "host/output/text.h"
-#include "host/phones/phone_choice.h"
 
 namespace ovno2::host {
 
@@ -35,15 +34,16 @@ std::unique_ptr<PhoneDriver> openDriver(const Context& context) {
     return makePhoneDriver(connectivityFolder(context.connectivity));
 }
 
-AttachedPhones::AttachedPhones(const Context& context)
-    : wanted_(context.phone), driver_(openDriver(context)) {
+AttachedPhones::AttachedPhones(const Context& context) : driver_(openDriver(context)) {
+    if (context.phone) wanted_ = fromUtf8(*context.phone);
     const Long result = driver_->listPhones(phones_);
     if (result < 0) throw CommandFailure{failed, resultMessage(Operation::listPhones, result)};
 }
 
-const ListedPhone& AttachedPhones::chosen() const {
-    const PhoneChoice choice = choosePhone(phones_, fromUtf8(wanted_));
+const ListedPhone& AttachedPhones::chosen(Purpose purpose) const {
+    const PhoneChoice choice = choosePhone(phones_, wanted_, purpose);
     if (!choice.phone) throw CommandFailure{failed, choice.message};
+    if (!choice.message.empty()) note("(" + choice.message + ")");
     return *choice.phone;
 }
 

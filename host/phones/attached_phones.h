@@ -3,6 +3,7 @@
 
 #include "host/command/command.h"
 #include "host/driver/driver.h"
+#include "host/phones/phone_choice.h"
 
 namespace ovno2::host {
 
@@ -17,11 +18,12 @@ class AttachedPhones {
     PhoneDriver& driver() const { return *driver_; }
     const std::vector<ListedPhone>& all() const { return phones_; }
 
-    // The phone that --phone means, without it the first. Throws CommandFailure when there is none.
-    const ListedPhone& chosen() const;
+    // The phone that --phone means (see phone_choice.h). Tells the user which of several was taken. Throws
+    // CommandFailure when none is meant.
+    const ListedPhone& chosen(Purpose purpose = Purpose::read) const;
 
   private:
-    std::string wanted_;
+    std::optional<Text> wanted_;
     std::unique_ptr<PhoneDriver> driver_;
     std::vector<ListedPhone> phones_;
 };

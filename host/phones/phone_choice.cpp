@@ -36,6 +36,10 @@ std::vector<const ListedPhone*> phonesThat(std::span<const ListedPhone> phones, 
     return found;
 }
 
+std::vector<const ListedPhone*> allOf(std::span<const ListedPhone> phones) {
+    return phonesThat(phones, [](const ListedPhone&) { return true; });
+}
+
 std::string described(const ListedPhone& phone) {
     std::string text = toUtf8(phone.model);
     if (!phone.name.empty() && phone.name != phone.model) text += " \"" + toUtf8(phone.name) + "\"";
@@ -69,8 +73,7 @@ std::string notFound(std::span<const ListedPhone> phones, TextView wanted) {
                                            : ", \"") +
                    toUtf8(near[i]) + "\"";
     if (!near.empty()) return message + "?";
-    return message +
-           " These are attached:" + listOf(phonesThat(phones, [](const ListedPhone&) { return true; }));
+    return message + " These are attached:" + listOf(allOf(phones));
 }
 
 }  // namespace
@@ -114,16 +117,28 @@ std::vector<Text> nearestNames(TextView wanted, std::span<const Text> names, std
     return nearest;
 }
 
-PhoneChoice choosePhone(std::span<const ListedPhone> phones, TextView wanted) {
+PhoneChoice choosePhone(std::span<const ListedPhone> phones, const std::optional<Text>& wanted,
+                        Purpose purpose) {
     if (phones.empty()) return {nullptr, "No phone is attached. Connect one and try again."};
-    if (wanted.empty()) return {&phones.front(), {}};
+    const std::vector<const ListedPhone*> attached = allOf(phones);
+    if (!wanted) {
+        const ListedPhone* first = attached.front();
+        if (attached.size() == 1) return {first, {}};
+        if (purpose == Purpose::read)
+            return {first, "This is " + described(*first) + ", the first of " +
+                               std::to_string(attached.size()) + " phones; --phone chooses another."};
+        return {nullptr,
+                "Several phones are attached; say with --phone which one to change:" + listOf(attached)};
+    }
+    if (wanted->empty())
+        return {nullptr, "--phone: an empty name means no phone. These are attached:" + listOf(attached)};
     std::vector<const ListedPhone*> found;
     for (const auto matches : {isNamed, isNamedInPart, isNumberedInPart})
         if (found.empty())
-            found = phonesThat(phones, [&](const ListedPhone& phone) { return matches(phone, wanted); });
-    if (found.empty()) return {nullptr, notFound(phones, wanted)};
+            found = phonesThat(phones, [&](const ListedPhone& phone) { return matches(phone, *wanted); });
+    if (found.empty()) return {nullptr, notFound(phones, *wanted)};
     if (found.size() > 1)
-        return {nullptr, "\"" + toUtf8(wanted) +
+        return {nullptr, "\"" + toUtf8(*wanted) +
                              "\" fits several phones; name one by its serial number:" + listOf(found)};
     return {found.front(), {}};
 }

@@ -287,10 +287,13 @@ TEST_F(OvphoneFiles, ALineThatCannotBeMeantIsWrongUsage) {
         {"get C:/Data", 1, "C:/Data is a folder; -r gets it"},
         {"get C:/Data/a.txt/b", 1, "C:/Data/a.txt is a file"},
         {"get C:/Dota here", 1, "Did you mean \"Data\"?"},
-        {"put nothing C:", 1, "There is no file or folder \"nothing\""},
-        {"put output C:/Data/a.txt", 1, "is a file; name the folder"},
-        {"put output /", 1, "Files go to a drive"},
+        {"put --phone 356 nothing C:", 1, "There is no file or folder \"nothing\""},
+        {"put --phone 356 output C:/Data/a.txt", 1, "is a file; name the folder"},
+        {"put --phone 356 output /", 1, "Files go to a drive"},
         {"ls --phone 356", 0, ""},
+        {"ls", 0, "This is Nokia N95 (356), the first of 2 phones; --phone chooses another."},
+        {"rm C:/Data/a.txt", 1, "say with --phone which one to change"},
+        {"ls --phone ''", 1, "an empty name means no phone"},
         {"ls --phone 357", 1, "Detach the one with the serial number 356"},
     };
     for (const Case& c : cases)

@@ -27,21 +27,33 @@ TEST(PhoneChoice, FindsAPhoneByAnyOfItsNamesOrAPart) {
         const char16_t* wanted;
         std::size_t phone;
     } const cases[] = {
-        {u"", 0},       {u"nokia n95", 0}, {u"ANNA'S PHONE", 1}, {u"356300020000025", 2}, {u"6230", 2},
-        {u"käthes", 2}, {u"00003", 3},     {u"Nokia N9", 4},  // the whole name wins over the part of another
+        {u"nokia n95", 0}, {u"ANNA'S PHONE", 1}, {u"356300020000025", 2}, {u"6230", 2},
+        {u"käthes", 2},    {u"00003", 3},        {u"Nokia N9", 4},  // the whole name wins over the part of
+                                                                    // another
     };
     for (const auto& c : cases)
-        EXPECT_EQ(&phones[c.phone], choosePhone(phones, c.wanted).phone) << c.phone;
+        EXPECT_EQ(&phones[c.phone], choosePhone(phones, Text(c.wanted), Purpose::change).phone) << c.phone;
 }
 
 TEST(PhoneChoice, SaysWhatToDoWhenNoPhoneIsMeant) {
-    const PhoneChoice several = choosePhone(phones, u"nokia");
+    const PhoneChoice several = choosePhone(phones, u"nokia", Purpose::read);
     EXPECT_EQ(nullptr, several.phone);
     EXPECT_THAT(several.message,
                 AllOf(HasSubstr("356300010000017"), HasSubstr("356300020000025"), Not(HasSubstr("Samsung"))));
-    EXPECT_THAT(choosePhone(phones, u"N59").message,
+    EXPECT_THAT(choosePhone(phones, u"N59", Purpose::read).message,
                 HasSubstr("Did you mean \"Nokia N9\" or \"Nokia N95\"?"));
-    EXPECT_THAT(choosePhone(phones, u"toaster").message, HasSubstr("Samsung SGH-D600 (356300030000032)"));
+    EXPECT_THAT(choosePhone(phones, u"toaster", Purpose::read).message,
+                HasSubstr("Samsung SGH-D600 (356300030000032)"));
+
+    // Without a name the first is read, and it is said which that is; nothing is changed on a guess.
+    const PhoneChoice first = choosePhone(phones, {}, Purpose::read);
+    EXPECT_EQ(&phones[0], first.phone);
+    EXPECT_THAT(first.message, HasSubstr("the first of 4 phones"));
+    EXPECT_EQ(nullptr, choosePhone(phones, {}, Purpose::change).phone);
+    EXPECT_EQ(nullptr, choosePhone(phones, u"", Purpose::read).phone);
+    const std::span attachedTwice = std::span(phones).first(2);
+    EXPECT_EQ(&phones[0], choosePhone(attachedTwice, {}, Purpose::change).phone);
+    EXPECT_EQ("", choosePhone(attachedTwice, {}, Purpose::read).message);
 
     EXPECT_EQ(3u, editDistance(u"kitten", u"sitting"));
     EXPECT_EQ(4u, editDistance(u"", u"list"));
