@@ -71,6 +71,10 @@ void registerLog(CLI::App& app, Context& context) {
     CLI::App& log = addCommand(app, "log", "Show or change the switches of the module's diagnostic log",
                                context, showLogState);
     log.require_subcommand(0, 1);
+    log.footer(R"(Examples:
+  ovphone log                                    whether it is on, and where it goes
+  ovphone log file driver.log; ovphone log on    into a file of your own
+  ovphone log follow                             as it grows, until Ctrl-C)");
     addCommand(log, "on", "Switch the log on", context, [] { showChange(switchLogOnWithFile()); });
     addCommand(log, "off", "Switch the log off", context, [] { showChange(switchLogOff()); });
     CLI::App& file = addCommand(log, "file", "Write the log to this file", context,
