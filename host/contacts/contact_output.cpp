@@ -20,6 +20,14 @@ TextView decoded(TextView value, Text& text) {
 }
 
 void writeSeveral(JsonLine& line, const FieldRow& row, TextView value) {
+    const auto shown = [&](TextView part) {
+        return row.code == HostField::birthday ? isoDate(part) : Text(part);
+    };
+    if (!mayHoldSeveral(row, value)) {
+        line.key(row.key);
+        line.listOf(row.code == HostField::birthday ? TextView(isoDate(value)) : value);
+        return;
+    }
     bool begun = false;
     forEachPart(row, value, [&](TextView part) {
         if (!begun) {
@@ -27,10 +35,7 @@ void writeSeveral(JsonLine& line, const FieldRow& row, TextView value) {
             line.StartArray();
             begun = true;
         }
-        if (row.code == HostField::birthday)
-            line.text(isoDate(part));
-        else
-            line.text(part);
+        line.text(shown(part));
     });
     if (begun) line.EndArray();
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -61,12 +62,22 @@ void forEachValue(TextView fieldValues, Visit visit) {
 // what they seem.
 Text decodedValue(TextView value);
 
+// False for a value without a separator in it or a blank at its ends; said quickly.
+inline bool mayHoldSeveral(const FieldRow& row, TextView value) {
+    return value.empty() || value.front() == u' ' || value.back() == u' ' || row.code == HostField::other ||
+           std::memchr(value.data(), ';', value.size() * sizeof(char16_t));
+}
+
 // Calls `visit(part)` for each of the single values that a row collects, without empty ones and blanks around
 // them; with views into `value`. The module joins with a bare ";", so that one beside a blank or a line break
 // belongs to the text; of categories every ";" separates.
 template <class Visit>
 void forEachPart(const FieldRow& row, TextView value, Visit visit) {
     if (row.holds == Holds::one) {
+        visit(value);
+        return;
+    }
+    if (!mayHoldSeveral(row, value)) {
         visit(value);
         return;
     }
