@@ -25,7 +25,7 @@ void showOverview(const Context& context) {
     if (context.asJson()) {
         write("{\"phones\": " + phonesAsJson(phones.all()) +
               ",\n\"contactsListed\": " + std::to_string(book.listed) + ",\n\"contacts\": ");
-        writeContactsAsJson(book.contacts, /*notes=*/false, write);
+        writeContactsAsJson(book.contacts, /*notes=*/false, writeData);
         write("}\n");
     } else {
         write("\nPhone book of " + titleOf(phone) + ": " + std::to_string(book.contacts.size()) +

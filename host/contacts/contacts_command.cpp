@@ -96,7 +96,7 @@ void run(const Context& context, const ContactsOptions& wanted, Choose choose, S
         throw CommandFailure{failed, {}};
     }
     if (context.asJson()) {
-        writeContactsAsJson(book.contacts, wanted.verbose, write);
+        writeContactsAsJson(book.contacts, wanted.verbose, writeData);
     } else if (book.contacts.empty()) {
         if (book.listed == 0) note("The phone book is empty.");
     } else {

@@ -92,8 +92,12 @@ PictureFolder::PictureFolder(const std::string& wanted, bool overwrites) : overw
         if (!fs::is_directory(wanted_)) refuse("made: " + error.message());
     }
     const fs::path parent = wanted.empty() ? fs::temp_directory_path(error) : wanted_;
-    if (!error) private_.emplace(parent, error);
     if (error) refuse("written: " + error.message());
+    try {
+        private_.emplace(parent);
+    } catch (const fs::filesystem_error& failure) {
+        refuse("written: " + failure.code().message());
+    }
     if (folderInValues(private_->path()).find(u'?') != Text::npos)
         refuse("used: the phone driver takes no path with a \"?\"");
     temporary_ = console::environment(temporaryVariable);
@@ -134,11 +138,13 @@ std::string PictureFolder::keepOne(const Text& modulePath, bool replaced, std::v
     const fs::path target = wanted_ / source.filename();
     const std::string name = "\"" + console::textOf(target) + "\"";
     if (!holdTheSame(source, target)) {
-        if (!overwrites_ && fs::exists(fs::symlink_status(target, error)))
-            return " is not kept: " + name + " is there and differs. --force overwrites it.";
         fs::permissions(source, fs::perms::owner_read | fs::perms::owner_write, error);
-        fs::rename(source, target, error);
-        if (error) return " could not be put to " + name + ": " + error.message() + ".";
+        try {
+            if (!Incoming::move(source, target, overwrites_))
+                return " is not kept: " + name + " is there and differs. --force overwrites it.";
+        } catch (const fs::filesystem_error& failure) {
+            return " could not be put to " + name + ": " + failure.code().message() + ".";
+        }
     }
     kept.push_back(fromUtf8(console::textOf(target)));
     return {};

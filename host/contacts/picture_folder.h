@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "host/driver/driver.h"
-#include "host/output/private_folder.h"
+#include "host/output/incoming.h"
 
 namespace ovno2::host {
 
@@ -36,7 +36,7 @@ class PictureFolder {
 
     std::filesystem::path wanted_;  // empty = none is kept
     bool overwrites_;
-    std::optional<PrivateFolder> private_;
+    std::optional<Incoming> private_;
     std::string temporary_;  // the folder for temporary files before
 };
 

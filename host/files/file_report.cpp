@@ -1,22 +1,52 @@
 #include "host/files/file_report.h"
 
 #include <algorithm>
+#include <set>
 
 #include "host/output/command_output.h"
 #include "host/output/display_width.h"
+#include "host/output/exit_status.h"
 #include "host/output/json.h"
 #include "host/output/text.h"
 
 namespace ovno2::host {
 
 void FileReport::add(FileResult result) {
-    if (result.outcome == FileOutcome::failure) say(result.message);
+    if (result.outcome == FileOutcome::failure)
+        say(result.message);
+    else if (verb_)
+        tell(result);
     results_.push_back(std::move(result));
+}
+
+void FileReport::tell(const FileResult& result) {
+    if (progress_) progress_->hide();
+    std::string line = result.outcome == FileOutcome::equal ? "already there: " : std::string(verb_) + ": ";
+    line += forPerson(result.path);
+    if (!result.local.empty()) line += ", here " + forPerson(result.local);
+    write(line + "\n");
+}
+
+void FileReport::fail(std::string path, std::string message) {
+    add({std::move(path), {}, FileOutcome::failure, 0, std::move(message)});
 }
 
 void FileReport::say(const std::string& message) {
     if (progress_) progress_->hide();
-    note("ovphone: " + safeMessage(message));
+    note("ovphone: " + forPerson(message));
+}
+
+void FileReport::giveUpTheRest(const std::string& message) {
+    std::set<std::string> known;
+    for (const FileResult& result : results_)
+        known.insert(result.local);
+    for (FileResult& planned : expected_) {
+        if (known.contains(planned.local)) continue;
+        planned.outcome = FileOutcome::failure;
+        planned.message = message;
+        results_.push_back(std::move(planned));
+    }
+    expected_.clear();
 }
 
 std::size_t FileReport::count(FileOutcome outcome) const {
@@ -42,14 +72,11 @@ std::string FileReport::asJson(const char* verb) const {
     return text;
 }
 
-std::string safeMessage(const std::string& message) {
-    return toUtf8(singleLine(fromUtf8(message)));
-}
-
 void requireConnection(const PhoneFiles& phone) {
-    if (phone.tryToList({})) return;
-    throw ConnectionLost{"The connection to " + phone.phoneTitle() +
-                         " was lost. Attach it again and repeat the command."};
+    const Listing drives = phone.tryToList({});
+    if (drives.isComplete || !drives.entries.empty()) return;
+    throw BrokenOff{failed, "The connection to " + phone.phoneTitle() +
+                                " was lost. Attach it again and repeat the command."};
 }
 
 }  // namespace ovno2::host

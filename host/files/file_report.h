@@ -22,10 +22,18 @@ struct FileResult {
 class FileReport {
   public:
     // Messages go to the user in between the drawings of `progress`, which may be null.
-    explicit FileReport(TransferProgress* progress = nullptr) : progress_(progress) {}
+    void setProgress(TransferProgress* progress) { progress_ = progress; }
+    // Tells of every file, not of failures only; `verb` says what was done to it.
+    void tellAll(const char* verb) { verb_ = verb; }
 
+    // A file whose result will be added, known by what this computer calls it.
+    void expect(FileResult planned) { expected_.push_back(std::move(planned)); }
+    std::size_t expectedCount() const { return expected_.size(); }
     void add(FileResult result);
+    void fail(std::string path, std::string message);
     void say(const std::string& message);  // no failure, yet worth knowing
+    // Makes failures of what is expected still, without a message for each.
+    void giveUpTheRest(const std::string& message);
 
     const std::vector<FileResult>& results() const { return results_; }
     std::size_t count(FileOutcome outcome) const;
@@ -34,19 +42,15 @@ class FileReport {
     std::string asJson(const char* verb) const;
 
   private:
-    TransferProgress* progress_;
+    void tell(const FileResult& result);
+
+    TransferProgress* progress_ = nullptr;
+    const char* verb_ = nullptr;
+    std::vector<FileResult> expected_;
     std::vector<FileResult> results_;
 };
 
-// A message about entries whose names the phone has made up: safe to show in a terminal.
-std::string safeMessage(const std::string& message);
-
-// Ends a command: the phone does not answer any more.
-struct ConnectionLost {
-    std::string message;
-};
-
-// After a failure: throws ConnectionLost when the phone does not even list its drives any more.
+// After a failure: throws BrokenOff when the phone does not even list its drives any more.
 void requireConnection(const PhoneFiles& phone);
 
 }  // namespace ovno2::host

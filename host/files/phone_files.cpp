@@ -5,7 +5,6 @@
 #include "host/driver/result_messages.h"
 #include "host/files/phone_path.h"
 #include "host/output/command_output.h"
-#include "host/output/display_width.h"
 #include "host/output/exit_status.h"
 #include "host/output/text.h"
 #include "host/phones/attached_phones.h"
@@ -15,8 +14,19 @@ namespace ovno2::host {
 
 namespace {
 
-// Deeper folders than any phone has; a phone that reports a folder inside itself ends here.
+// No phone has deeper folders, longer paths or more files and folders.
 constexpr std::size_t deepestFolder = 64;
+constexpr std::size_t longestPath = 1024;
+constexpr std::size_t mostEntries = 300000;
+// A folder that holds just what the so many above it hold is one of them: the phone goes in a circle.
+constexpr std::size_t mostRepetitions = 6;
+
+bool holdsTheSame(const std::vector<PhoneEntry>& a, const std::vector<PhoneEntry>& b) {
+    return std::ranges::equal(a, b, [](const PhoneEntry& one, const PhoneEntry& other) {
+        return one.name == other.name && one.isFolder == other.isFolder && one.size == other.size &&
+               one.changed == other.changed;
+    });
+}
 
 Text joined(TextView folder, TextView name) {
     Text path(folder);
@@ -41,8 +51,9 @@ Text folderOf(TextView path) {
     return Text(path.substr(0, end == TextView::npos ? 0 : end));
 }
 
-PhoneFiles::PhoneFiles(PhoneDriver& driver, const std::vector<ListedPhone>& phones, const ListedPhone& phone)
-    : driver_(driver), phone_(phone) {
+PhoneFiles::PhoneFiles(PhoneDriver& driver, const std::vector<ListedPhone>& phones, const ListedPhone& phone,
+                       Problem problem)
+    : driver_(driver), phone_(phone), problem_(std::move(problem)) {
     // The module finds the phone by its model, and takes the first.
     const auto first = std::ranges::find_if(phones, [&](const ListedPhone& other) {
         return phone.model.empty() || equalsIgnoringCase(other.model, phone.model);
@@ -59,28 +70,57 @@ std::string PhoneFiles::phoneTitle() const {
     return titleOf(phone_);
 }
 
-std::optional<std::vector<PhoneEntry>> PhoneFiles::tryToList(const Text& folder) const {
+void PhoneFiles::goOnOrEnd() const {
+    if (interruption_ && interruption_->signal() != 0)
+        throw BrokenOff{128 + interruption_->signal(), interrupted};
+}
+
+Listing PhoneFiles::tryToList(const Text& folder) const {
     std::vector<FolderEntry> found;
-    if (driver_.listFolder(phone_, modulePath(folder), found) < 0) return std::nullopt;
-    std::vector<PhoneEntry> entries;
-    entries.reserve(found.size());
+    Listing listing;
+    listing.isComplete =
+        ask([&](PhoneDriver& driver) { return driver.listFolder(phone_, modulePath(folder), found); }) >= 0;
+    listing.entries.reserve(found.size());
     for (FolderEntry& one : found) {
         Text path = joined(folder, one.name);
-        entries.push_back({std::move(one), std::move(path)});
+        listing.entries.push_back({std::move(one), std::move(path)});
     }
-    return entries;
+    return listing;
+}
+
+std::string PhoneFiles::notListed(const Text& folder, std::size_t count) const {
+    if (count == 0)
+        return resultMessage(folder.empty() ? Operation::openFiles : Operation::listFolder, -1, phoneTitle(),
+                             toUtf8(folder));
+    return phoneTitle() + " listed " + (folder.empty() ? "its drives" : toUtf8(folder)) +
+           " only in part: after " + std::to_string(count) +
+           " of its files and folders it gave up, and the rest is missing. Check the cable or the reception "
+           "and "
+           "retry.";
+}
+
+void PhoneFiles::report(const Text& folder, const std::string& message) const {
+    if (listedInPart_.insert(folder).second) problem_(folder, message);
 }
 
 std::vector<PhoneEntry> PhoneFiles::list(const Text& folder) const {
-    if (auto entries = tryToList(folder)) return *std::move(entries);
-    throw CommandFailure{failed, resultMessage(folder.empty() ? Operation::openFiles : Operation::listFolder,
-                                               -1, phoneTitle(), toUtf8(folder))};
+    Listing listing = tryToList(folder);
+    if (!listing.isComplete) throw CommandFailure{failed, notListed(folder, listing.entries.size())};
+    return std::move(listing.entries);
+}
+
+std::vector<PhoneEntry> PhoneFiles::listForReading(const Text& folder) const {
+    Listing listing = tryToList(folder);
+    const std::size_t count = listing.entries.size();
+    if (!listing.isComplete && count == 0) throw CommandFailure{failed, notListed(folder, 0)};
+    if (!listing.isComplete) report(folder, notListed(folder, count));
+    return std::move(listing.entries);
 }
 
 // The entries of a folder that one part of a typed path means.
 std::vector<PhoneEntry> PhoneFiles::matching(const PhoneEntry& folder, const Text& part,
                                              const std::string& typed) const {
-    std::vector<PhoneEntry> entries = list(folder.path);
+    std::vector<PhoneEntry> entries = listForReading(folder.path);
     std::vector<PhoneEntry> exact;
     std::vector<PhoneEntry> found;
     const Text unbracketed = part.size() > 2 && part.starts_with(u'[') && part.ends_with(u']')
@@ -96,6 +136,8 @@ std::vector<PhoneEntry> PhoneFiles::matching(const PhoneEntry& folder, const Tex
     }
     if (!exact.empty()) return exact;
     if (!found.empty() || hasWildcard(part)) return found;
+    if (!isKnownWhole(folder.path))
+        throw CommandFailure{failed, "\"" + typed + "\": no \"" + toUtf8(part) + "\" was listed."};
     std::vector<Text> names;
     for (const PhoneEntry& entry : entries) {
         names.push_back(entry.name);
@@ -144,23 +186,37 @@ PhoneEntry PhoneFiles::findOne(const std::string& typed) const {
 }
 
 void PhoneFiles::walk(const PhoneEntry& top, const Visitor& visit) const {
-    const auto goInto = [&](const auto& self, const std::vector<PhoneEntry>& entries,
-                            std::size_t depth) -> void {
+    std::size_t seen = 0;
+    const auto goInto = [&](const auto& self, const std::vector<PhoneEntry>& entries, std::size_t depth,
+                            std::size_t repetitions) -> void {
+        seen += entries.size();
+        if (seen > mostEntries)
+            throw CommandFailure{failed,
+                                 phoneTitle() + " lists more than " + std::to_string(mostEntries) +
+                                     " files and folders, more than a phone holds. Given up; name a folder "
+                                     "below, or start the phone anew."};
         for (const PhoneEntry& entry : entries) {
             visit(entry, depth, &entry == &entries.back());
             if (!entry.isFolder || !canStandInAPath(entry.name)) continue;
-            const auto below = depth < deepestFolder ? tryToList(entry.path) : std::nullopt;
-            if (below) {
-                self(self, *below, depth + 1);
+            if (depth >= deepestFolder || entry.path.size() > longestPath || repetitions >= mostRepetitions) {
+                report(entry.path, phoneTitle() + " leads in circles at " + toUtf8(entry.path) +
+                                       "; what it lists there is left out.");
                 continue;
             }
-            list({});  // throws when the phone does not answer at all
-            incomplete_ = true;
-            note("ovphone: " + phoneTitle() + " did not list " + toUtf8(singleLine(entry.path)) +
-                 "; it is left out.");
+            goOnOrEnd();
+            const Listing below = tryToList(entry.path);
+            if (!below.isComplete && below.entries.empty()) {
+                list({});  // throws when the phone does not answer at all
+                report(entry.path,
+                       phoneTitle() + " did not list " + toUtf8(entry.path) + "; what is in it is missing.");
+            } else {
+                if (!below.isComplete) report(entry.path, notListed(entry.path, below.entries.size()));
+                self(self, below.entries, depth + 1,
+                     holdsTheSame(entries, below.entries) ? repetitions + 1 : 0);
+            }
         }
     };
-    goInto(goInto, list(top.path), 0);
+    goInto(goInto, listForReading(top.path), 0, 0);
 }
 
 }  // namespace ovno2::host

@@ -55,7 +55,11 @@ std::string transferLine(const TransferState& state, std::size_t width) {
                 timeText(static_cast<double>(state.total - std::min(state.done, state.total)) / rate) +
                 " left";
     }
-    return toUtf8(cutToWidth(fromUtf8(line) + u": " + singleLine(state.name), width));
+    constexpr double long_ = 2;
+    if (state.fileSeconds >= long_)
+        line += ", " + timeText(state.fileSeconds) + " on " + sizeText(state.size) + " of";
+    return toUtf8(cutToWidth(
+        fromUtf8(line) + (state.fileSeconds >= long_ ? u" " : u": ") + singleLine(state.name), width));
 }
 
 TransferProgress::TransferProgress(std::uint64_t totalBytes, bool shown)
@@ -68,19 +72,35 @@ double TransferProgress::seconds() const {
 }
 
 void TransferProgress::left(std::uint64_t bytes) {
+    isUnderWay_ = false;
     state_.total -= std::min(bytes, state_.total);
 }
 
-void TransferProgress::begin(const Text& name) {
-    if (!shown_) return;
-    const auto now = Clock::now();
+void TransferProgress::copied(std::uint64_t bytes) {
+    isUnderWay_ = false;
+    state_.done += bytes;
+}
+
+void TransferProgress::begin(const Text& name, std::uint64_t bytes) {
+    state_.name = name;
+    state_.size = bytes;
+    isUnderWay_ = true;
+    const auto now = fileStart_ = Clock::now();
     // A large file may take long: it is named at once.
     constexpr std::uint64_t large = 1 << 20;
-    if (now < nextDrawing_ && state_.total < large) return;
-    if (now < nextDrawing_ && visible_) return;
+    if (now >= nextDrawing_ || (state_.total >= large && !visible_)) draw(now);
+}
+
+void TransferProgress::tick() {
+    const auto now = Clock::now();
+    if (isUnderWay_ && now >= nextDrawing_) draw(now);
+}
+
+void TransferProgress::draw(Clock::time_point now) {
+    if (!shown_) return;
     nextDrawing_ = now + interval;
-    state_.name = name;
     state_.seconds = seconds();
+    state_.fileSeconds = std::chrono::duration<double>(now - fileStart_).count();
     const std::size_t width = console::terminalWidth();
     const std::string line = transferLine(state_, width - 1);
     const std::size_t cells = displayWidth(fromUtf8(line));

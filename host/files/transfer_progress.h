@@ -1,8 +1,9 @@
 // The progress of a copy, on one line of standard error that is taken away again at the end: how much is
 // done, how fast, and how long the rest will take.
 //
-// A phone takes and gives files whole, so the line moves on with every file. Nothing is shown for a copy that
-// ends at once.
+// A phone takes and gives files whole and tells nothing meanwhile, so the bar moves on with every file; of
+// one that takes long the line tells its size and for how long it has been under way. Nothing is shown for a
+// copy that ends at once.
 #pragma once
 
 #include <chrono>
@@ -20,6 +21,8 @@ struct TransferState {
     std::uint64_t total = 0;  // bytes
     double seconds = 0;       // since the beginning
     Text name;                // of the file under way
+    std::uint64_t size = 0;   // its bytes
+    double fileSeconds = 0;   // since it began
 };
 // The line, cut to `width` cells.
 std::string transferLine(const TransferState& state, std::size_t width);
@@ -32,8 +35,9 @@ class TransferProgress {
     TransferProgress(const TransferProgress&) = delete;
     TransferProgress& operator=(const TransferProgress&) = delete;
 
-    void begin(const Text& name);  // a file
-    void copied(std::uint64_t bytes) { state_.done += bytes; }
+    void begin(const Text& name, std::uint64_t bytes);  // a file
+    void tick();                                        // draws anew while it is under way
+    void copied(std::uint64_t bytes);
     void left(std::uint64_t bytes);  // a file that is not copied after all
     void hide();                     // before something else is written
 
@@ -43,9 +47,13 @@ class TransferProgress {
   private:
     using Clock = std::chrono::steady_clock;
 
+    void draw(Clock::time_point now);
+
     TransferState state_;
     bool shown_;
     bool visible_ = false;
+    bool isUnderWay_ = false;
+    Clock::time_point fileStart_;
     Clock::time_point start_ = Clock::now();
     Clock::time_point nextDrawing_;
 };

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "host/driver/result_messages.h"
+#include "host/output/command_output.h"
 #include "host/output/console.h"
 #include "host/output/text.h"
 
@@ -13,8 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::seconds timeTolerance{2};  // what memory cards round times to
-
 Text nameOf(const fs::path& local) {
     return fromUtf8(console::textOf(local.filename()));
 }
@@ -23,93 +22,131 @@ Text joined(const Text& folder, const Text& name) {
     return folder + u"/" + name;
 }
 
+std::string quoted(const fs::path& path) {
+    return "\"" + console::textOf(path) + "\"";
+}
+
 std::uint64_t sizeOf(const fs::path& file) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(file, error);
     return error ? 0 : size;
 }
 
-bool isEqual(const fs::path& local, const PhoneEntry& there, bool exactly) {
-    if (there.size != sizeOf(local) && !goesAsText(local)) return false;
-    std::error_code error;
-    const auto time = fs::last_write_time(local, error);
-    if (error || !there.changed) return !exactly && !error;
-    const auto changed = std::chrono::floor<std::chrono::seconds>(std::chrono::file_clock::to_sys(time));
-    const auto later = *there.changed - changed;
-    return later >= -timeTolerance && (!exactly || later <= timeTolerance);
-}
-
-std::vector<fs::path> sortedEntries(const fs::path& folder) {
-    std::vector<fs::path> entries;
-    for (const auto& entry : fs::directory_iterator(folder))
-        entries.push_back(entry.path());
-    std::ranges::sort(entries);
+template <class Entries>
+Entries byName(std::vector<PhoneEntry> listed) {
+    Entries entries;
+    for (PhoneEntry& entry : listed) {
+        const Text key = lowerCase(entry.name);
+        entries.emplace(key, std::move(entry));
+    }
     return entries;
 }
 
 }  // namespace
 
+Upload::Upload(const PhoneFiles& phone, PhoneEntry target, bool overwrite, bool isTrial)
+    : phone_(phone),
+      target_(std::move(target)),
+      overwrite_(overwrite),
+      isTrial_(isTrial),
+      sentFiles_(phone.phoneSerial()),
+      fetcher_(phone, fs::temp_directory_path()) {}
+
 void Upload::add(const fs::path& local) {
-    if (fs::is_directory(local)) {
-        Folder folder{.local = local, .files = {}, .folders = {}, .others = {}};
-        fill(folder);
-        top_.folders.push_back(std::move(folder));
-    } else {
-        top_.files.push_back(local);
-        total_ += sizeOf(local);
-    }
+    if (!fs::is_directory(local)) return add(local, nameOf(local));
+    Folder folder{.local = local, .files = {}, .folders = {}, .others = {}, .wrong = {}};
+    fill(folder);
+    top_.folders.push_back(std::move(folder));
+}
+
+void Upload::add(const fs::path& file, const Text& name) {
+    top_.files.push_back({file, name, sizeOf(file)});
+    total_ += top_.files.back().size;
 }
 
 // Links to folders are not followed: they may lead in circles.
 void Upload::fill(Folder& folder) {
-    for (const fs::path& entry : sortedEntries(folder.local)) {
-        if (fs::is_directory(fs::symlink_status(entry))) {
-            Folder below{.local = entry, .files = {}, .folders = {}, .others = {}};
+    std::error_code error;
+    std::vector<fs::path> entries;
+    for (fs::directory_iterator one(folder.local, error), end; !error && one != end; one.increment(error))
+        entries.push_back(one->path());
+    if (error) folder.wrong = quoted(folder.local) + " cannot be read: " + error.message() + ".";
+    std::ranges::sort(entries);
+    for (const fs::path& entry : entries) {
+        if (fs::is_directory(fs::symlink_status(entry, error))) {
+            Folder below{.local = entry, .files = {}, .folders = {}, .others = {}, .wrong = {}};
             fill(below);
             folder.folders.push_back(std::move(below));
-        } else if (fs::is_regular_file(entry)) {
-            folder.files.push_back(entry);
-            total_ += sizeOf(entry);
+        } else if (fs::is_regular_file(fs::status(entry, error))) {
+            folder.files.push_back({entry, nameOf(entry), sizeOf(entry)});
+            total_ += folder.files.back().size;
         } else {
             folder.others.push_back(entry);
         }
     }
 }
 
+void Upload::announce(const Folder& folder, const Text& path, FileReport& report) const {
+    for (const File& file : folder.files)
+        report.expect(
+            {toUtf8(joined(path, file.name)), console::textOf(file.local), FileOutcome::failure, 0, {}});
+    for (const Folder& below : folder.folders)
+        announce(below, joined(path, nameOf(below.local)), report);
+}
+
 void Upload::run(FileReport& report, TransferProgress& progress) {
     report_ = &report;
     progress_ = &progress;
     copyFolder(top_, target_.path, /*isNew=*/false);
+    drop();
+}
+
+void Upload::drop() {
+    fetcher_.drop();
+    renamed_.reset();
 }
 
 void Upload::copyFolder(const Folder& folder, const Text& path, bool isNew) {
+    if (!folder.wrong.empty()) report_->fail(toUtf8(path), folder.wrong);
     Entries there;
-    if (!isNew)
-        for (PhoneEntry& entry : phone_.list(path)) {
-            const Text key = lowerCase(entry.name);
-            there.emplace(key, std::move(entry));
+    if (!isNew) {
+        try {
+            there = byName<Entries>(phone_.list(path));
+        } catch (const CommandFailure& failure) {
+            requireConnection(phone_);
+            report_->fail(toUtf8(path), failure.message);
+            return leaveOut(folder, path, "what " + toUtf8(path) + " holds is not known");
         }
-    std::vector<FileResult> sent;
-    for (const fs::path& local : folder.files) {
-        bool isSent = false;
-        FileResult result = copyFile(local, path, there, isSent);
-        if (isSent)
-            sent.push_back(std::move(result));
-        else
-            report_->add(std::move(result));
     }
-    if (!sent.empty()) check(path, sent);
+    copyFiles(folder, path, there);
     for (const fs::path& other : folder.others)
         report_->add({toUtf8(path), console::textOf(other), FileOutcome::failure, 0,
-                      "\"" + console::textOf(other) + "\" is neither a file nor a folder."});
+                      quoted(other) + " is neither a file nor a folder."});
     for (const Folder& below : folder.folders) {
         const std::size_t known = there.size();
         Text actual = joined(path, nameOf(below.local));
         if (makeFolder(below.local, there, actual))
             copyFolder(below, actual, there.size() != known);
         else
-            leaveOut(below, actual);
+            leaveOut(below, actual, "its folder could not be made");
     }
+}
+
+// Whatever ends it, what was sent is looked at.
+void Upload::copyFiles(const Folder& folder, const Text& path, Entries& there) {
+    std::vector<Sent> sent;
+    try {
+        for (const File& file : folder.files) {
+            phone_.goOnOrEnd();
+            const std::size_t before = sent.size();
+            FileResult result = copyFile(file, path, there, sent);
+            if (sent.size() == before) report_->add(std::move(result));
+        }
+    } catch (const BrokenOff&) {
+        if (!sent.empty()) check(path, sent);
+        throw;
+    }
+    if (!sent.empty()) check(path, sent);
 }
 
 // Sees to it that the folder is there; `actual` becomes its path as the phone has it.
@@ -120,12 +157,14 @@ bool Upload::makeFolder(const fs::path& local, Entries& there, Text& actual) {
     if (known != there.end()) {
         actual = known->second.path;
         if (known->second.isFolder) return true;
-        wrong = toUtf8(actual) + " is a file; the folder \"" + console::textOf(local) +
-                "\" cannot take its place.";
+        wrong = toUtf8(actual) + " is a file; the folder " + quoted(local) + " cannot take its place.";
     } else {
+        phone_.goOnOrEnd();
         // The driver leaves out what follows the last dot.
         const Text asked = name.find(u'.') == Text::npos ? actual : actual + u".";
-        const Long result = phone_.driver().createFolder(modulePath(asked));
+        const Long result = isTrial_ ? 0 : phone_.ask([&](PhoneDriver& driver) {
+            return driver.createFolder(modulePath(asked));
+        });
         if (result >= 0) {
             PhoneEntry made;
             made.path = actual;
@@ -141,80 +180,137 @@ bool Upload::makeFolder(const fs::path& local, Entries& there, Text& actual) {
     return false;
 }
 
-void Upload::leaveOut(const Folder& folder, const Text& path) {
-    for (const fs::path& local : folder.files) {
-        progress_->left(sizeOf(local));
-        report_->add({toUtf8(joined(path, nameOf(local))), console::textOf(local), FileOutcome::failure, 0,
-                      "\"" + console::textOf(local) + "\" was left out with its folder."});
+void Upload::leaveOut(const Folder& folder, const Text& path, const std::string& why) {
+    for (const File& file : folder.files) {
+        progress_->left(file.size);
+        report_->add({toUtf8(joined(path, file.name)), console::textOf(file.local), FileOutcome::failure, 0,
+                      quoted(file.local) + " was left out: " + why + "."});
     }
     for (const Folder& below : folder.folders)
-        leaveOut(below, joined(path, nameOf(below.local)));
+        leaveOut(below, joined(path, nameOf(below.local)), why);
 }
 
-FileResult Upload::copyFile(const fs::path& local, const Text& folder, Entries& there, bool& sent) {
-    const Text name = nameOf(local);
-    const std::string path = toUtf8(joined(folder, name));
-    const std::uint64_t size = sizeOf(local);
-    FileResult result{path, console::textOf(local), FileOutcome::failure, size, {}};
-    const auto known = there.find(lowerCase(name));
-    if (name.find_first_of(u"\\\"") != Text::npos) {
-        result.message = "\"" + result.local + "\" cannot be copied: no phone takes such a name. Rename it.";
-    } else if (known != there.end() && known->second.isFolder) {
-        result.message = path + " is a folder; \"" + result.local + "\" cannot take its place.";
-    } else if (known != there.end() && known->second.path.empty()) {
-        result.message = "\"" + result.local +
-                         "\": another file of that name was copied just now; phones know no "
-                         "difference between upper and lower case.";
-    } else if (known != there.end() && isEqual(local, known->second, /*exactly=*/overwrite_)) {
-        result.outcome = FileOutcome::equal;
-    } else if (known != there.end() && known->second.isReadOnly) {
-        result.message = path + " is read-only on the phone and stays as it is.";
-    } else if (known != there.end() && !overwrite_) {
-        result.message =
-            path + " is on the phone and differs from \"" + result.local + "\"; --force overwrites it.";
-    } else if (!overwrite_ && losesCharacters(local)) {
-        result.message =
-            "\"" + result.local +
-            "\" is a text in UTF-16 with characters that the system's code page has not; on the phone they "
-            "would be lost. Save it in UTF-8 without a mark; --force sends it as it can be.";
-    } else {
-        progress_->begin(name);
-        const Long status = phone_.driver().putFile(result.local, modulePath(folder));
-        if (status >= 0) {
-            sent = true;
-            result.outcome = FileOutcome::success;
-            progress_->copied(size);
-            there[lowerCase(name)] = {};  // without a path: it came just now
+// Why a file cannot go to the phone, whatever it holds; empty = it can.
+std::string Upload::obstacle(const File& file, const std::string& path, const Entries& there) const {
+    const auto known = there.find(lowerCase(file.name));
+    if (file.name.find_first_of(u"\\\"") != Text::npos)
+        return quoted(file.local) + " cannot be copied: no phone takes such a name. Rename it.";
+    if (known == there.end()) return {};
+    if (known->second.isFolder)
+        return path + " is a folder; " + quoted(file.local) + " cannot take its place.";
+    if (known->second.path.empty())
+        return quoted(file.local) +
+               ": another file of that name was copied just now; phones know no difference between upper and "
+               "lower "
+               "case.";
+    return {};
+}
+
+// A file that is to be overwritten in any case is not fetched.
+Upload::Likeness Upload::compare(const Content& content, const File& file, const PhoneEntry& there) {
+    const SentFile* sent = sentFiles_.find(there.path);
+    if (sent && there.changed && sent->phoneSize == there.size && sent->phoneTime == *there.changed)
+        return sent->sent == content ? Likeness::equal : Likeness::different;
+    if (goesAsText(file.local)) return Likeness::unknown;
+    if (overwrite_ || there.size != content.size) return Likeness::different;
+    fs::path fetched;
+    try {
+        if (!fetcher_.fetch(there, fetched).empty()) return Likeness::unknown;
+    } catch (const fs::filesystem_error&) {
+        return Likeness::unknown;
+    }
+    const std::optional<Content> onPhone = contentOf(fetched);
+    if (!onPhone) return Likeness::unknown;
+    if (*onPhone != content) return Likeness::different;
+    if (there.changed && !isTrial_) sentFiles_.remember(there.path, {content, there.size, *there.changed});
+    return Likeness::equal;
+}
+
+// The driver sends a file by the name that it has here.
+Long Upload::send(const File& file, const Text& folder) {
+    fs::path local = file.local;
+    if (nameOf(local) != file.name) {
+        renamed_ = std::make_unique<Incoming>(fs::temp_directory_path());
+        local = renamed_->path() / console::pathOf(toUtf8(file.name));
+        std::error_code noLinks;
+        fs::create_symlink(file.local, local, noLinks);
+        if (noLinks) fs::copy_file(file.local, local);
+    }
+    return phone_.ask(
+        [&](PhoneDriver& driver) { return driver.putFile(console::textOf(local), modulePath(folder)); });
+}
+
+FileResult Upload::copyFile(const File& file, const Text& folder, Entries& there, std::vector<Sent>& sent) {
+    const std::string path = toUtf8(joined(folder, file.name));
+    FileResult result{path, console::textOf(file.local), FileOutcome::failure, file.size, {}};
+    const auto failure = [&](std::string message) {
+        progress_->left(file.size);
+        result.message = std::move(message);
+        return result;
+    };
+    if (std::string wrong = obstacle(file, path, there); !wrong.empty()) return failure(std::move(wrong));
+    progress_->begin(file.name, file.size);
+    const std::optional<Content> content = contentOf(file.local);
+    if (!content) return failure(quoted(file.local) + " cannot be read.");
+    if (const auto known = there.find(lowerCase(file.name)); known != there.end()) {
+        const Likeness likeness = compare(*content, file, known->second);
+        if (likeness == Likeness::equal) {
+            result.outcome = FileOutcome::equal;
+            progress_->left(file.size);
             return result;
         }
-        if (!std::ifstream(local)) {
-            result.message = "\"" + result.local + "\" cannot be read.";
-        } else {
-            requireConnection(phone_);
-            result.message = resultMessage(Operation::putFile, status, phone_.phoneTitle(), path);
-        }
+        if (known->second.isReadOnly) return failure(path + " is read-only on the phone and stays as it is.");
+        if (likeness == Likeness::different && !overwrite_)
+            return failure(path + " is on the phone and differs from " + quoted(file.local) +
+                           "; --force overwrites it.");
+        if (likeness == Likeness::unknown && !overwrite_)
+            report_->say(path + " is on the phone and cannot be compared; it is written anew.");
     }
-    progress_->left(size);
+    if (!overwrite_ && losesCharacters(file.local))
+        return failure(quoted(file.local) +
+                       " is a text in UTF-16 with characters that the system's code page has not; on the "
+                       "phone they would be "
+                       "lost. Save it in UTF-8 without a mark; --force sends it as it can be.");
+    Long status = 0;
+    try {
+        if (!isTrial_) status = send(file, folder);
+    } catch (const fs::filesystem_error& error) {
+        return failure(quoted(file.local) + " cannot get its new name: " + error.code().message() + ".");
+    }
+    if (status < 0) {
+        if (!std::ifstream(file.local)) return failure(quoted(file.local) + " cannot be read.");
+        requireConnection(phone_);
+        return failure(resultMessage(Operation::putFile, status, phone_.phoneTitle(), path));
+    }
+    result.outcome = FileOutcome::success;
+    progress_->copied(file.size);
+    there[lowerCase(file.name)] = {};  // without a path: it came just now
+    if (!isTrial_) sent.push_back({result, file, *content});
     return result;
 }
 
 // Looks at what has arrived.
-void Upload::check(const Text& folder, std::vector<FileResult>& sent) {
-    Entries there;
-    for (PhoneEntry& entry : phone_.list(folder)) {
-        const Text key = lowerCase(entry.name);
-        there.emplace(key, std::move(entry));
-    }
-    for (FileResult& result : sent) {
-        const fs::path local = console::pathOf(result.local);
-        const auto found = there.find(lowerCase(nameOf(local)));
-        const bool asText = goesAsText(local);
-        if (found == there.end() || (found->second.size != result.bytes && !asText)) {
+void Upload::check(const Text& folder, std::vector<Sent>& sent) {
+    const Listing listing = phone_.tryToList(folder);
+    const auto there = byName<Entries>(listing.entries);
+    for (auto& [result, file, content] : sent) {
+        const auto found = there.find(lowerCase(file.name));
+        const bool asText = goesAsText(file.local);
+        if (found == there.end() && !listing.isComplete) {
+            result.outcome = FileOutcome::failure;
+            result.message = result.path + " was sent, but " + phone_.phoneTitle() +
+                             " does not list it, so that nobody knows whether it arrived; retry.";
+        } else if (found == there.end() || (found->second.size != content.size && !asText)) {
             result.outcome = FileOutcome::failure;
             result.message = result.path + " did not arrive whole; retry.";
-        } else if (asText) {
-            result.message = result.path + " went to the phone as text in the system's code page.";
-            report_->say(result.message);
+        } else {
+            if (found->second.changed)
+                sentFiles_.remember(found->second.path,
+                                    {content, found->second.size, *found->second.changed});
+            if (asText) {
+                result.message = result.path + " went to the phone as text in the system's code page.";
+                report_->say(result.message);
+            }
         }
         report_->add(std::move(result));
     }

@@ -3,16 +3,25 @@
 #include <cstdio>
 
 #include "host/output/console.h"
+#include "host/output/harmless.h"
 
 namespace ovno2::host {
 
+void writeData(std::string_view bytes) {
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+}
+
 void write(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (isHarmless(text))
+        writeData(text);
+    else
+        writeData(harmless(text));
 }
 
 void note(const std::string& text) {
     std::fflush(stdout);
-    std::fputs((text + "\n").c_str(), stderr);
+    const std::string line = harmless(text) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 void writeTable(const Table& table, std::size_t width, const char* where) {

@@ -13,8 +13,11 @@ struct CommandFailure {
     std::string message;
 };
 
+// What a person reads: control characters become visible pictures; a line's end and a tab stay.
 void write(std::string_view text);
 void note(const std::string& text);  // a line of its own
+// Bytes as they are.
+void writeData(std::string_view bytes);
 
 inline constexpr const char* moreInAFile = "a wider terminal, a file or --format json";
 

@@ -37,6 +37,9 @@ std::filesystem::path programFolder();
 
 std::filesystem::path userFolder();
 
+// Where the host keeps what it has to remember for the user; may not exist.
+std::filesystem::path stateFolder();
+
 std::filesystem::path pathOf(const std::string& utf8);
 std::string textOf(const std::filesystem::path& path);
 

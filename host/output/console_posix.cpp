@@ -87,6 +87,13 @@ std::filesystem::path userFolder() {
     return home && *home ? std::filesystem::path(home) : std::filesystem::temp_directory_path();
 }
 
+std::filesystem::path stateFolder() {
+    if (const char* profile = std::getenv("OVNO2_HOME"); profile && *profile)
+        return std::filesystem::path(profile) / "ovphone";
+    const char* state = std::getenv("XDG_STATE_HOME");
+    return (state && *state ? std::filesystem::path(state) : userFolder() / ".local" / "state") / "ovphone";
+}
+
 std::filesystem::path pathOf(const std::string& utf8) {
     return utf8;
 }

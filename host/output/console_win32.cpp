@@ -99,6 +99,11 @@ std::filesystem::path userFolder() {
     return profile && *profile ? std::filesystem::path(profile) : std::filesystem::temp_directory_path();
 }
 
+std::filesystem::path stateFolder() {
+    const wchar_t* folder = _wgetenv(L"LOCALAPPDATA");
+    return (folder && *folder ? std::filesystem::path(folder) : userFolder()) / "ovphone";
+}
+
 std::filesystem::path pathOf(const std::string& utf8) {
     return wide(utf8);
 }

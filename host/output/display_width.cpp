@@ -164,6 +164,10 @@ Text singleLine(TextView text) {
     return line;
 }
 
+std::string forPerson(std::string_view utf8) {
+    return toUtf8(singleLine(fromUtf8(utf8)));
+}
+
 Text cutToWidth(TextView text, std::size_t width) {
     if (text.size() <= width / 2 || displayWidth(text) <= width) return Text(text);
     if (width == 0) return {};

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
+#include <string_view>
 
 #include "host/output/text.h"
 
@@ -17,6 +19,9 @@ std::size_t displayWidth(TextView text);
 // What a cell of a table may hold: line breaks and tabs become blanks, other control characters their visible
 // pictures, and characters that change the direction of what follows them are taken out.
 Text singleLine(TextView text);
+
+// The same of a UTF-8 text: a name or a path in a message.
+std::string forPerson(std::string_view utf8);
 
 // The longest beginning of `text` that takes at most `width` cells; a text that does not fit ends in an
 // ellipsis. Characters and the marks on them stay together.
