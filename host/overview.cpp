@@ -46,6 +46,7 @@ void registerOverview(CLI::App& app, Context& context) {
     setAction(app, context, [&context] { showOverview(context); });
     addCommonOptions(app, context);
     addPhoneOption(app, context);
+    addQuietOption(app);
 }
 
 }  // namespace ovno2::host

@@ -114,7 +114,11 @@ Table contactsAsTable(std::span<const Contact> contacts) {
     std::vector<std::size_t> columns;
     for (std::size_t i = 0; i < filled.size(); ++i)
         if (filled[i] != 0) columns.push_back(i);
-    std::ranges::stable_sort(columns, [&](std::size_t a, std::size_t b) { return filled[a] > filled[b]; });
+    // Long texts come last, since they would push the others out.
+    const std::size_t firstLong = rowOf(HostField::note);
+    std::ranges::stable_sort(columns, [&](std::size_t a, std::size_t b) {
+        return std::pair(a >= firstLong, filled[b]) < std::pair(b >= firstLong, filled[a]);
+    });
 
     std::vector<Text> headings = {u"Name"};
     for (const std::size_t column : columns)

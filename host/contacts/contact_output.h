@@ -17,7 +17,8 @@ namespace ovno2::host {
 void writeContactsAsJson(std::span<const Contact> contacts, bool notes,
                          const std::function<void(std::string_view)>& write);
 
-// One row a contact: the name, then the fields that any of the contacts has, those that most have first.
+// One row a contact: the name, then the fields that any of the contacts has, those that most have first, long
+// texts last.
 Table contactsAsTable(std::span<const Contact> contacts);
 
 // What a contact may have had on the phone that its record could not hold, as far as can be known: the rows

@@ -116,6 +116,7 @@ void registerContacts(CLI::App& app, Context& context) {
     const auto addOptions = [&](CLI::App& command) {
         addCommonOptions(command, context);
         addPhoneOption(command, context);
+        addQuietOption(command);
         command
             .add_option("--pictures", options->pictures,
                         "write the contacts' pictures to this folder, which is made when it is missing")

@@ -53,7 +53,7 @@ PhoneBook readPhoneBook(const AttachedPhones& phones, const ListedPhone& phone, 
     ListedContacts listed;
     Long result = 0;
     {
-        ProgressBar progress("the contacts of " + titleOf(phone), console::errorIsTerminal());
+        ProgressBar progress("the contacts of " + titleOf(phone), console::errorIsTerminal() && !isQuiet());
         const auto advanced = [&](Long value) {
             progress.advanceTo(value);
             listed.advanceTo(value);

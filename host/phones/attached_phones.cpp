@@ -45,7 +45,7 @@ AttachedPhones::AttachedPhones(const Context& context) : driver_(openDriver(cont
 const ListedPhone& AttachedPhones::chosen(Purpose purpose) const {
     const PhoneChoice choice = choosePhone(phones_, wanted_, purpose);
     if (!choice.phone) throw CommandFailure{failed, choice.message};
-    if (!choice.message.empty()) note("(" + choice.message + ")");
+    if (!choice.message.empty()) remark("(" + choice.message + ")");
     return *choice.phone;
 }
 
