@@ -3,10 +3,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <memory>
+#include <new>
 
 #include "host/output/command_output.h"
+#include "host/output/console.h"
 #include "host/output/exit_status.h"
 #include "host/output/text.h"
 #include "host/phones/phone_choice.h"
@@ -103,6 +106,13 @@ void addHelp(CLI::App& app, Context& context) {
   ovphone help contacts find)");
 }
 
+std::string messageOf(const std::exception& error) {
+    if (const auto* file = dynamic_cast<const std::filesystem::filesystem_error*>(&error))
+        return "\"" + console::textOf(file->path1()) + "\": " + file->code().message() + ".";
+    if (dynamic_cast<const std::bad_alloc*>(&error)) return "There is not enough memory.";
+    return error.what();
+}
+
 int run(const std::function<void()>& action) {
     std::setvbuf(stdout, nullptr, _IONBF,
                  0);  // commands write large pieces, which need not be copied once more
@@ -114,7 +124,7 @@ int run(const std::function<void()>& action) {
         if (!failure.message.empty()) note("ovphone: " + failure.message);
         return failure.status;
     } catch (const std::exception& error) {
-        note(std::string("ovphone: ") + error.what());
+        note("ovphone: " + messageOf(error));
         return failed;
     }
     return done;

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "host/files/phone_path.h"
+#include "host/files/sent_files.h"
 #include "host/output/command_output.h"
 #include "host/output/console.h"
 #include "host/output/exit_status.h"
@@ -109,17 +110,22 @@ void Download::announce(FileReport& report) const {
                 {toUtf8(item.entry.path), console::textOf(item.local), FileOutcome::failure, 0, {}});
 }
 
-// Brings one file to its place; what went wrong, if anything.
-std::string Download::bring(const Item& item) {
+// Brings one file to its place. What another program has put there meanwhile may be the same file.
+void Download::bring(const Item& item, FileResult& result) {
     fs::path file;
-    if (std::string wrong = fetcher_.fetch(item.entry, file); !wrong.empty()) return wrong;
-    if (!Incoming::move(file, item.local, overwrite_))
-        return quoted(item.local) + " came there meanwhile, not by this command; " + toUtf8(item.entry.path) +
-               " was not copied. Give the command again.";
-    if (fs::file_size(item.local) != item.entry.size)
-        return quoted(item.local) +
-               " was changed by another program while it was copied. Give the command again.";
-    return {};
+    result.message = fetcher_.fetch(item.entry, file);
+    if (!result.message.empty()) return;
+    if (!Incoming::move(file, item.local, overwrite_)) {
+        const std::optional<Content> content = contentOf(file);
+        if (content && content == contentOf(item.local))
+            result.outcome = FileOutcome::equal;
+        else
+            result.message = quoted(item.local) + " came there meanwhile and differs from " + result.path +
+                             "; --force overwrites it.";
+    } else if (fs::file_size(item.local) != item.entry.size) {
+        result.message = quoted(item.local) +
+                         " was changed by another program while it was copied. Give the command again.";
+    }
 }
 
 FileResult Download::copy(const Item& item, TransferProgress& progress) {
@@ -137,7 +143,7 @@ FileResult Download::copy(const Item& item, TransferProgress& progress) {
     } else if (!isTrial_) {
         progress.begin(entry.name, entry.size);
         try {
-            result.message = bring(item);
+            bring(item, result);
         } catch (const fs::filesystem_error& failure) {
             result.message = result.path + " cannot be written to " + quoted(item.local) + ": " +
                              failure.code().message() + ".";

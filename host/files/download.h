@@ -44,7 +44,7 @@ class Download {
     void place(const PhoneEntry& entry, const std::filesystem::path& folder, LocalNames& names);
     void makeFolder(const Item& item, FileReport& report);
     FileResult copy(const Item& item, TransferProgress& progress);
-    std::string bring(const Item& item);
+    void bring(const Item& item, FileResult& result);
 
     const PhoneFiles& phone_;
     std::filesystem::path target_;

@@ -5,6 +5,7 @@
 
 #include "host/files/phone_path.h"
 #include "host/output/command_output.h"
+#include "host/output/display_width.h"
 #include "host/output/exit_status.h"
 
 namespace ovno2::host {
@@ -32,7 +33,9 @@ void FilesSession::carryOut(void (*command)(FilesSession&)) {
     try {
         finish([&] { command(*this); });
     } catch (const BrokenOff& reason) {
-        throw CommandFailure{reason.status, reason.message};
+        throw CommandFailure{reason.status, forPerson(reason.message)};
+    } catch (const CommandFailure& failure) {
+        throw CommandFailure{failure.status, forPerson(failure.message)};
     }
     if (report_.count(FileOutcome::failure) != 0) throw CommandFailure{failed, {}};
 }

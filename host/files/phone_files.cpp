@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t deepestFolder = 64;
 constexpr std::size_t longestPath = 1024;
 constexpr std::size_t mostEntries = 300000;
-// A folder that holds just what the so many above it hold is one of them: the phone goes in a circle.
+// A folder that holds just what so many of those above it hold is one of them: the phone goes in a circle.
 constexpr std::size_t mostRepetitions = 6;
 
 bool holdsTheSame(const std::vector<PhoneEntry>& a, const std::vector<PhoneEntry>& b) {
@@ -59,11 +59,11 @@ PhoneFiles::PhoneFiles(PhoneDriver& driver, const std::vector<ListedPhone>& phon
         return phone.model.empty() || equalsIgnoringCase(other.model, phone.model);
     });
     if (first == phones.end() || first->serial == phone.serial) return;
-    throw CommandFailure{failed, "Files can only be reached on the first phone " +
-                                     (phone.model.empty() ? "when one tells no model"
-                                                          : "of the model \"" + toUtf8(phone.model) + "\"") +
-                                     ". Detach the one with the serial number " + toUtf8(first->serial) +
-                                     " and retry."};
+    throw CommandFailure{
+        failed,
+        "Files can only be reached on the first phone " +
+            (phone.model.empty() ? "when one tells no model" : "of the model \"" + titleOf(phone) + "\"") +
+            ". Detach the one with the serial number " + toUtf8(first->serial) + " and retry."};
 }
 
 std::string PhoneFiles::phoneTitle() const {
@@ -185,38 +185,75 @@ PhoneEntry PhoneFiles::findOne(const std::string& typed) const {
     return std::move(found.front());
 }
 
-void PhoneFiles::walk(const PhoneEntry& top, const Visitor& visit) const {
-    std::size_t seen = 0;
-    const auto goInto = [&](const auto& self, const std::vector<PhoneEntry>& entries, std::size_t depth,
-                            std::size_t repetitions) -> void {
-        seen += entries.size();
-        if (seen > mostEntries)
-            throw CommandFailure{failed,
-                                 phoneTitle() + " lists more than " + std::to_string(mostEntries) +
-                                     " files and folders, more than a phone holds. Given up; name a folder "
-                                     "below, or start the phone anew."};
+// The folders that a walk is in, from the top down.
+class PhoneFiles::Walk {
+  public:
+    Walk(const PhoneFiles& phone, const Visitor& visit) : phone_(phone), visit_(visit) {}
+
+    // Gives the level to go on at: the one of `entries`, or a higher one when it led back there.
+    std::size_t goInto(const std::vector<PhoneEntry>& entries) {
+        const std::size_t depth = levels_.size();
+        seen_ += entries.size();
+        if (seen_ > mostEntries) giveUp(std::to_string(mostEntries) + " files and folders");
+        levels_.push_back(&entries);
+        std::size_t level = depth;
         for (const PhoneEntry& entry : entries) {
-            visit(entry, depth, &entry == &entries.back());
+            visit_(entry, depth, &entry == &entries.back());
             if (!entry.isFolder || !canStandInAPath(entry.name)) continue;
-            if (depth >= deepestFolder || entry.path.size() > longestPath || repetitions >= mostRepetitions) {
-                report(entry.path, phoneTitle() + " leads in circles at " + toUtf8(entry.path) +
-                                       "; what it lists there is left out.");
-                continue;
-            }
-            goOnOrEnd();
-            const Listing below = tryToList(entry.path);
-            if (!below.isComplete && below.entries.empty()) {
-                list({});  // throws when the phone does not answer at all
-                report(entry.path,
-                       phoneTitle() + " did not list " + toUtf8(entry.path) + "; what is in it is missing.");
-            } else {
-                if (!below.isComplete) report(entry.path, notListed(entry.path, below.entries.size()));
-                self(self, below.entries, depth + 1,
-                     holdsTheSame(entries, below.entries) ? repetitions + 1 : 0);
-            }
+            level = goIntoFolder(entry, depth);
+            if (level < depth) break;
         }
-    };
-    goInto(goInto, listForReading(top.path), 0, 0);
+        levels_.pop_back();
+        return level;
+    }
+
+  private:
+    std::size_t goIntoFolder(const PhoneEntry& folder, std::size_t depth) {
+        phone_.goOnOrEnd();
+        if (depth >= deepestFolder || folder.path.size() > longestPath)
+            giveUp(std::to_string(deepestFolder) + " folders in each other");
+        const Listing below = phone_.tryToList(folder.path);
+        if (!below.isComplete && below.entries.empty()) {
+            phone_.list({});  // throws when the phone does not answer at all
+            phone_.report(folder.path, phone_.phoneTitle() + " did not list " + toUtf8(folder.path) +
+                                           "; what is in it is missing.");
+            return depth;
+        }
+        if (!below.isComplete)
+            phone_.report(folder.path, phone_.notListed(folder.path, below.entries.size()));
+        if (const std::size_t first = firstRepeated(below.entries); first <= depth) {
+            phone_.report(folder.path, phone_.phoneTitle() + " leads in circles at " + toUtf8(folder.path) +
+                                           "; what it lists there is left out.");
+            return first;
+        }
+        return goInto(below.entries);
+    }
+
+    // The first level that holds just this, when too many do.
+    std::size_t firstRepeated(const std::vector<PhoneEntry>& entries) const {
+        const std::size_t none = levels_.size();
+        if (std::ranges::none_of(entries, &PhoneEntry::isFolder)) return none;
+        std::size_t first = none, count = 0;
+        for (std::size_t level = 0; level < levels_.size(); ++level)
+            if (holdsTheSame(*levels_[level], entries) && count++ == 0) first = level;
+        return count >= mostRepetitions ? first : none;
+    }
+
+    [[noreturn]] void giveUp(const std::string& much) const {
+        throw CommandFailure{failed,
+                             phone_.phoneTitle() + " lists more than " + much +
+                                 ", more than a phone holds. Given up; start the phone anew, or name a "
+                                 "folder below."};
+    }
+
+    const PhoneFiles& phone_;
+    const Visitor& visit_;
+    std::size_t seen_ = 0;
+    std::vector<const std::vector<PhoneEntry>*> levels_;
+};
+
+void PhoneFiles::walk(const PhoneEntry& top, const Visitor& visit) const {
+    Walk(*this, visit).goInto(listForReading(top.path));
 }
 
 }  // namespace ovno2::host

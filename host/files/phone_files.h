@@ -83,6 +83,8 @@ class PhoneFiles {
     bool isKnownWhole(const Text& folder) const { return !listedInPart_.contains(folder); }
 
   private:
+    class Walk;
+
     std::vector<PhoneEntry> matching(const PhoneEntry& folder, const Text& part,
                                      const std::string& typed) const;
     std::string notListed(const Text& folder, std::size_t count) const;

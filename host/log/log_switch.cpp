@@ -5,6 +5,7 @@
 
 #include "host/driver/driver.h"
 #include "host/output/console.h"
+#include "host/output/display_width.h"
 #include "host/output/text.h"
 
 namespace ovno2::host {
@@ -18,6 +19,9 @@ using computer::userValue;
 constexpr TextView debugKey = u"Software\\Tessaline\\Debug";
 constexpr TextView hostKey = u"Software\\Marrowind\\Orvanta";
 constexpr TextView viewerKey = u"Software\\Marrowind\\Orvanta\\Debug";
+
+// Only this ends a line; what a phone's name has of either stands within one.
+constexpr std::string_view lineEnd = "\r\n";
 
 constexpr Long levelBits = 15;
 constexpr Long timestampBit = 16;
@@ -62,13 +66,12 @@ bool setLogLevel(Long level, bool timestamps) {
 LogFollower::LogFollower(fs::path file, std::size_t lines) : file_(std::move(file)) {
     std::ifstream stream(file_, std::ios::binary);
     std::string line;
-    std::vector<std::uintmax_t> starts;
-    while (stream) {
-        starts.push_back(position_);
-        if (!std::getline(stream, line)) break;
-        position_ += line.size() + (stream.eof() ? 0 : 1);
+    std::vector<std::uintmax_t> starts = {0};
+    for (std::uintmax_t end = 0; std::getline(stream, line);) {
+        end += line.size() + (stream.eof() ? 0 : 1);
+        if (line.ends_with('\r') || stream.eof()) starts.push_back(end);
     }
-    if (!starts.empty()) position_ = starts[starts.size() - 1 - std::min(lines, starts.size() - 1)];
+    position_ = starts[starts.size() - 1 - std::min(lines, starts.size() - 1)];
 }
 
 std::string LogFollower::more() {
@@ -80,10 +83,17 @@ std::string LogFollower::more() {
     stream.seekg(static_cast<std::streamoff>(position_));
     std::string bytes(std::istreambuf_iterator<char>(stream), {});
     // The line that is being written comes with the next look.
-    bytes.resize(bytes.rfind('\n') + 1);
+    const std::size_t whole = bytes.rfind(lineEnd);
+    bytes.resize(whole == std::string::npos ? 0 : whole + lineEnd.size());
     position_ += bytes.size();
-    std::erase(bytes, '\r');
-    return toUtf8(computer::fromCodePage(bytes));
+    std::string shown;
+    for (std::size_t start = 0; start < bytes.size();) {
+        const std::size_t end = bytes.find(lineEnd, start);
+        const Text line = computer::fromCodePage(std::string_view(bytes).substr(start, end - start));
+        shown += toUtf8(singleLine(line)) + '\n';
+        start = end + lineEnd.size();
+    }
+    return shown;
 }
 
 }  // namespace ovno2::host

@@ -7,7 +7,6 @@ namespace ovno2::host {
 namespace {
 
 constexpr unsigned char leadOfLatin1 = 0xC2;  // U+0080 to U+00BF
-constexpr unsigned char deleteCharacter = 0x7F;
 
 // Bytes that a control character may begin with.
 constexpr std::array<bool, 256> suspicious = [] {
@@ -15,7 +14,7 @@ constexpr std::array<bool, 256> suspicious = [] {
     for (std::size_t control = 0; control < 0x20; ++control)
         table[control] = true;
     table['\n'] = table['\t'] = false;
-    table[deleteCharacter] = table[leadOfLatin1] = true;
+    table[leadOfLatin1] = true;
     return table;
 }();
 
@@ -51,8 +50,7 @@ std::string harmless(std::string_view text) {
         if (byte == leadOfLatin1)
             safe += "\uFFFD";
         else  // U+2400 and on
-            safe.append("\xE2\x90")
-                .push_back(static_cast<char>(byte == deleteCharacter ? 0xA1 : 0x80 + byte));
+            safe.append("\xE2\x90").push_back(static_cast<char>(0x80 + byte));
     }
     return safe;
 }

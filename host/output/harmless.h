@@ -11,7 +11,7 @@
 
 namespace ovno2::host {
 
-// Whether there is no control character in it but line ends and tabs.
+// Whether there is no control character in it but line ends, tabs and what terminals pass over (U+007F).
 bool isHarmless(std::string_view text);
 
 // Each other control character becomes its visible picture, or the replacement character.

@@ -11,7 +11,8 @@ namespace {
 constexpr std::size_t pieceSize = 65536;
 
 constexpr std::uint16_t asciiEnd = 0x80;
-constexpr char16_t threeBytes = 0x800;  // from here on a character takes three bytes of UTF-8 or more
+constexpr char16_t highControlsEnd = 0xA0;  // those of 8 bits: a terminal would obey them
+constexpr char16_t threeBytes = 0x800;      // from here on a character takes three bytes of UTF-8 or more
 
 constexpr char asItIs = 0;
 constexpr char asNumber = 'u';
@@ -75,6 +76,9 @@ bool copyPlainBlock(char* to, const char16_t* units) {
 char* writeSpecial(char* to, const char16_t*& unit, const char16_t* end) {
     if (*unit < asciiEnd) {
         to = writeEscaped(to, *unit, escapes[*unit]);
+        ++unit;
+    } else if (*unit < highControlsEnd) {
+        to = writeEscaped(to, *unit, asNumber);
         ++unit;
     } else if (*unit < threeBytes) {
         *to++ = static_cast<char>(0xC0 | *unit >> 6);

@@ -7,6 +7,7 @@
 #include "host/driver/result_messages.h"
 #include "host/output/command_output.h"
 #include "host/output/console.h"
+#include "host/output/display_width.h"
 #include "host/output/exit_status.h"
 #include "host/output/text.h"
 
@@ -68,7 +69,7 @@ void AttachedPhones::requireAllListed() const {
 }
 
 std::string titleOf(const ListedPhone& phone) {
-    return toUtf8(phone.model.empty() ? phone.serial : phone.model);
+    return toUtf8(singleLine(phone.model.empty() ? phone.serial : phone.model));
 }
 
 }  // namespace ovno2::host

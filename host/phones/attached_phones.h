@@ -35,7 +35,7 @@ class AttachedPhones {
     std::vector<ListedPhone> phones_;
 };
 
-// What messages call it; UTF-8.
+// What messages call it; UTF-8, safe to show.
 std::string titleOf(const ListedPhone& phone);
 
 }  // namespace ovno2::host

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <utility>
 
+#include "host/output/display_width.h"
 #include "host/output/text.h"
 
 namespace ovno2::host {
@@ -44,7 +45,7 @@ std::string described(const ListedPhone& phone) {
     std::string text = toUtf8(phone.model);
     if (!phone.name.empty() && phone.name != phone.model) text += " \"" + toUtf8(phone.name) + "\"";
     if (!phone.serial.empty()) text += " (" + toUtf8(phone.serial) + ")";
-    return text;
+    return forPerson(text);
 }
 
 std::string listOf(const std::vector<const ListedPhone*>& phones) {
@@ -71,7 +72,7 @@ std::string notFound(std::span<const ListedPhone> phones, TextView wanted) {
         message += (i == 0                 ? " Did you mean \""
                     : i + 1 == near.size() ? " or \""
                                            : ", \"") +
-                   toUtf8(near[i]) + "\"";
+                   toUtf8(singleLine(near[i])) + "\"";
     if (!near.empty()) return message + "?";
     return message + " These are attached:" + listOf(allOf(phones));
 }

@@ -1,7 +1,10 @@
 #include "host/viewer/log_receiver.h"
 
+#include <algorithm>
+
 #include "core/attempt.h"
 #include "core/current_platform.h"
+#include "host/output/display_width.h"
 #include "log/viewer_channel.h"
 
 namespace ovno2::host {
@@ -12,6 +15,7 @@ constexpr Long taken = 1;
 constexpr Long notTaken = 0;
 // A line that never ends is shown in parts of this many characters.
 constexpr std::size_t longestLine = 0x10000;
+constexpr TextView lineEnd = u"\r\n";
 constexpr TextView unreadable = u"(a line could not be read from the shared area)";
 
 }  // namespace
@@ -40,17 +44,17 @@ void LogReceiver::takeChunk(std::uint32_t codes) {
     for (; codes != 0; codes >>= 8) {
         const char code = static_cast<char>(codes & 0xFF);
         if (code == '\0') continue;
-        if (code == '\n')
+        unfinished_.push_back(code);
+        if (unfinished_.ends_with("\r\n")) {
+            unfinished_.resize(unfinished_.size() - lineEnd.size());
             endLine();
-        else
-            unfinished_.push_back(code);
+        }
         if (unfinished_.size() >= longestLine) endLine();
     }
 }
 
 void LogReceiver::endLine() {
-    if (unfinished_.ends_with('\r')) unfinished_.pop_back();
-    line_(currentPlatform().codePages().fromAnsi(unfinished_));
+    line_(singleLine(currentPlatform().codePages().fromAnsi(unfinished_)));
     unfinished_.clear();
 }
 
@@ -64,11 +68,9 @@ bool LogReceiver::takeShared(Long offset, Long length) {
         return false;
     }
     for (TextView rest = text; !rest.empty();) {
-        const std::size_t end = rest.find(u'\n');
-        TextView line = rest.substr(0, end);
-        if (line.ends_with(u'\r')) line.remove_suffix(1);
-        line_(line);
-        rest.remove_prefix(end == TextView::npos ? rest.size() : end + 1);
+        const std::size_t end = std::min(rest.find(lineEnd), rest.size());
+        line_(singleLine(rest.substr(0, end)));
+        rest.remove_prefix(std::min(end + lineEnd.size(), rest.size()));
     }
     return true;
 }

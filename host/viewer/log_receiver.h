@@ -14,7 +14,8 @@ namespace ovno2::host {
 
 class LogReceiver {
   public:
-    // `line` is given each line as it is complete, without its end.
+    // `line` is given each line as it is complete, without its end and safe to show: only CR LF ends a line,
+    // and what else of control characters a phone's name has is shown as a picture.
     explicit LogReceiver(std::function<void(TextView line)> line);
 
     // Takes a message of the log's and says what the window answers to it; to any other message 0.

@@ -125,6 +125,8 @@ TEST_F(OvphoneFiles, WhatIsThereIsSkippedAndOnlyForceOverwrites) {
         int status;
         const char* first;  // what becomes of the two files
         const char* second;
+        std::string content = "other";
+        bool isForgotten = false;  // what was sent
     } const steps[] = {
         {{}, get, 0, "copied", "copied"},
         {{}, get, 0, "equal", "equal"},
@@ -134,9 +136,17 @@ TEST_F(OvphoneFiles, WhatIsThereIsSkippedAndOnlyForceOverwrites) {
         {{}, put, 0, "equal", "equal"},
         {pc("new.txt"), put, 1, "equal", "failed"},
         {{}, put + " --force", 0, "equal", "copied"},
+        {pc("new.txt"), put, 0, "equal", "equal"},  // touched only
+        {disk("C/Data/new.txt"), put, 0, "equal", "equal"},
+        {pc("new.txt"), put, 1, "equal", "failed", "OTHER"},  // neither size nor time tells
+        {pc("new.txt"), put, 1, "equal", "failed", "OTHER", /*isForgotten=*/true},
+        {{}, put, 1, "equal", "failed", "", true},
     };
     for (const auto& step : steps) {
-        if (!step.changed.empty()) write(step.changed, "other");
+        if (step.isForgotten) fs::remove_all(pc("home/ovphone"));
+        if (!step.changed.empty()) write(step.changed, step.content);
+        if (step.content == "OTHER")
+            fs::last_write_time(step.changed, fs::file_time_type::clock::now() - std::chrono::years(1));
         EXPECT_THAT(items("files " + step.arguments, step.status),
                     ElementsAre(HasSubstr(step.first), HasSubstr(step.second)));
     }
@@ -258,6 +268,64 @@ TEST_F(OvphoneFiles, AFaultIsExplainedAndLeavesNoHalfFile) {
     EXPECT_EQ("hello", contentOf(pc("odd/Data/a.txt")));
     EXPECT_EQ(0, run("files get -r C:/Data here").status) << "what was cut off goes on";
     EXPECT_EQ(tree(disk("C/Data")), tree(pc("here/Data")));
+}
+
+TEST_F(OvphoneFiles, TwoThatCopyIntoOneFolderDoNotMixTheirFiles) {
+    for (int i = 0; i < 30; ++i)
+        for (const char* drive : {"C", "E"})
+            write(disk(drive + std::string("/Many/") + std::to_string(i)), drive + std::string(20000, 'x'));
+    const auto get = [&](const std::string& more) { return "'" OVPHONE "' files get -r " + more; };
+    runLine("sh -c \"" + get("C:/Many two & ") + get("C:/Many two & ") + get("E:/Many two -f & ") + "wait\"");
+    for (const auto& [path, content] : tree(pc("two")))
+        EXPECT_TRUE(path == "Many" || content.size() == 40) << path;
+    EXPECT_EQ(31u, tree(pc("two")).size());
+    runLine("sh -c \"" + get("C:/Many same & ") + get("C:/Many same >out2 2>&1 & ") + "wait\"");
+    EXPECT_EQ(tree(disk("C/Many")), tree(pc("same/Many")));
+}
+
+TEST_F(OvphoneFiles, OneNameThatFailsDoesNotKeepTheOthers) {
+    write(pc("b.txt"), "b");
+    const Case cases[] = {
+        {"get C:/none 'C:/Data/*' here/", 1, "there is no \"none\""},
+        {"put none b.txt C:/Data", 1, "no file or folder \"none\""},
+        {"ls C:/none C:/Data/b.txt", 1, "there is no \"none\""},
+        {"rm C:/Data C:/none C:/Data/fixed.txt C:/Data/b.txt", 1, "C:/Data is a folder"},
+    };
+    for (const Case& c : cases)
+        expectOutcome({"files " + c.arguments, c.status, c.message});
+    EXPECT_EQ("hello", contentOf(pc("here/a.txt")));
+    EXPECT_THAT(run("files get C:/none C:/Data/a.txt new/").output, HasSubstr("1 file copied"));
+    EXPECT_FALSE(fs::exists(disk("C/Data/b.txt")));
+    const std::string gone = R"({"command": "drop", "bytes": 3003})";
+    EXPECT_THAT(run("files get -r C:/Data cut", gone).output, HasSubstr("2 of 4 files copied"));
+    EXPECT_EQ(4u, items("files get -r -f C:/Data cut", 0).size());
+}
+
+TEST_F(OvphoneFiles, CopiesGetTheirNamesAsCpGivesThem) {
+    write(pc("b.txt"), "b");
+    fs::create_directories(pc("dir"));
+    const Case cases[] = {
+        {"get C:/Data/a.txt new.txt", 0, ""},
+        {"get C:/Data/a.txt dir", 0, ""},
+        {"get C:/Data/a.txt none/new.txt", 1, "there is no folder"},
+        {"get 'C:/Data/a*' pattern", 0, ""},
+        {"put b.txt C:/Data/c.txt", 0, ""},
+        {"put b.txt C:/Data/c.txt", 0, ""},
+        {"put new.txt C:/Data/c.txt", 1, "differs"},
+        {"put b.txt C:/Data/d/", 1, "there is no \"d\""},
+        {"put b.txt new.txt C:/Data/d", 1, "there is no \"d\""},
+        {"put -n -f new.txt C:/Data/c.txt", 0, ""},
+        {"rm -r -n C:/Data", 1, "read-only"},
+    };
+    for (const Case& c : cases)
+        expectOutcome({"files " + c.arguments, c.status, c.message});
+    for (const char* copy : {"new.txt", "dir/a.txt", "pattern/a.txt"})
+        EXPECT_EQ("hello", contentOf(pc(copy))) << copy;
+    EXPECT_EQ("b", contentOf(disk("C/Data/c.txt")));
+    EXPECT_EQ("hellob", run("files cat C:/Data/a.txt C:/Data/c.txt").output);
+    EXPECT_EQ("hello", run("files get C:/Data/a.txt -").output);
+    EXPECT_EQ("", run("files get -q C:/Data/fixed.txt dir").output);
+    EXPECT_THAT(run("files get -v C:/Data/a.txt dir").output, StartsWith("already there: C:/Data/a.txt"));
 }
 
 TEST_F(OvphoneFiles, ATextIsNotSentWhenCharactersWouldBeLost) {

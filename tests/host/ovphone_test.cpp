@@ -158,6 +158,7 @@ TEST_F(Ovphone, SaysWhatIsWrongAndWhatToDo) {
         {"contacts find zzz", 1, "No contact holds \"zzz\""},
         {"--phone 6230 contacts", 0, "do not fit"},
         {"contacts -q", 0, ""},
+        {"files --phone N95 ls E:", 0, ""},
         {"contacts --format xml", 2, "--format"},
         {"list --frobnicate", 2, "--frobnicate"},
         {"contacts --phone", 2, "--phone"},
@@ -171,8 +172,8 @@ TEST_F(Ovphone, SaysWhatIsWrongAndWhatToDo) {
         expectOutcome(c);
     EXPECT_EQ(6u, items("list --connectivity lib").size());  // by its name beside the program
     EXPECT_THAT(run("lst").errors, HasSubstr("ovphone --help"));
-    for (const char* help :
-         {"--help", "contacts --help", "help contacts show", "help list", "log --help", "help log follow"}) {
+    for (const char* help : {"--help", "contacts --help", "help contacts show", "help list", "log --help",
+                             "help log follow", "help files"}) {
         const Outcome outcome = run(help);
         EXPECT_EQ(0, outcome.status);
         EXPECT_THAT(outcome.output, HasSubstr("Examples:\n  ovphone"));

@@ -5,6 +5,8 @@
 
 #include "base/utf8.h"
 #include "host/output/display_width.h"
+#include "host/output/harmless.h"
+#include "host/output/json.h"
 
 namespace ovno2::host {
 
@@ -86,6 +88,29 @@ TEST(Table, AFewLongCellsDoNotPushOtherColumnsOut) {
     const std::string text = table.render(24, &leftOut);
     EXPECT_EQ(0u, leftOut);
     EXPECT_TRUE(text.ends_with("\n0123 45…  b@example.org\n")) << text;
+}
+
+TEST(Harmless, WhatIsWrittenForAPersonCommandsNoTerminal) {
+    struct {
+        std::string given, written;
+    } const cases[] = {
+        {"plain ä海😀\n\tx", "plain ä海😀\n\tx"},
+        {"\x1B[2J\a\r\n\b", "␛[2J␇␍\n␈"},
+        {"\xC2\x9B"
+         "31m \xC2\xA0 \xC2",
+         "\uFFFD"
+         "31m \xC2\xA0 \xC2"},
+        {std::string("\0", 1), "␀"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.written, harmless(c.given));
+        EXPECT_EQ(c.given == c.written, isHarmless(c.given));
+    }
+    std::string json;
+    JsonLines lines([&](std::string_view piece) { json += piece; });
+    lines.next().text(u"\u009B\u001B\u00A0");
+    lines.end();
+    EXPECT_EQ("[\n\"\\u009B\\u001B\u00A0\"\n]\n", json);
 }
 
 }  // namespace

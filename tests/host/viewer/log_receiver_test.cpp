@@ -27,6 +27,9 @@ TEST_F(Receiving, PutsChunksTogetherUntilTheLineEnds) {
     receiver.receive(chunk, 0x0000000A, 0);
     receiver.receive(chunk, 0x0A0DE480, 0x0A0D4241);  // the euro sign and "ä" as Windows-1252; two lines
     EXPECT_THAT(lines, ElementsAre(u"Tabcdef", u"€ä", u"AB"));
+    receiver.receive(chunk, 0x0A1B0741,
+                     0x0A0D0D42);  // a line end is CR LF, and nothing reaches the terminal raw
+    EXPECT_EQ(u"A␇␛ B ", lines.back());
     lines.clear();
     for (int i = 0; i < 0x10000; ++i)  // a line without end
         receiver.receive(chunk, 0x41414141, 0x41414141);
