@@ -14,13 +14,13 @@ namespace ovno2::host {
 namespace {
 
 void showOverview(const Context& context) {
+    PictureFolder pictures;
     const AttachedPhones phones(context);
     const ListedPhone& phone = phones.chosen();
     if (!context.asJson()) {
         write("Attached phones\n\n");
         showPhones(phones.all(), /*asJson=*/false);
     }
-    PictureFolder pictures;
     PhoneBook book = readPhoneBook(phones, phone, pictures);
     if (context.asJson()) {
         write("{\"phones\": " + phonesAsJson(phones.all()) +

@@ -83,9 +83,9 @@ using Choose = std::vector<Contact> (*)(const std::vector<Contact>&, const Conta
 using Show = void (*)(const std::vector<Contact>&, const ContactsOptions&);
 
 void run(const Context& context, const ContactsOptions& wanted, Choose choose, Show show) {
+    PictureFolder pictures(wanted.pictures, wanted.force);
     const AttachedPhones phones(context);
     const ListedPhone& phone = phones.chosen();
-    PictureFolder pictures(wanted.pictures, wanted.force);
     PhoneBook book = readPhoneBook(phones, phone, pictures);
     try {
         if (choose != everyone) book.contacts = choose(book.contacts, wanted);

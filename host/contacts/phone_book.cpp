@@ -53,6 +53,7 @@ PhoneBook readPhoneBook(const AttachedPhones& phones, const ListedPhone& phone, 
     ListedContacts listed;
     Long result = 0;
     {
+        const PictureFolder::ForTemporaryFiles temporary(pictures);
         ProgressBar progress("the contacts of " + titleOf(phone), console::errorIsTerminal() && !isQuiet());
         const auto advanced = [&](Long value) {
             progress.advanceTo(value);

@@ -100,12 +100,15 @@ PictureFolder::PictureFolder(const std::string& wanted, bool overwrites) : overw
     }
     if (folderInValues(private_->path()).find(u'?') != Text::npos)
         refuse("used: the phone driver takes no path with a \"?\"");
-    temporary_ = console::environment(temporaryVariable);
-    console::setEnvironment(temporaryVariable, path());
 }
 
-PictureFolder::~PictureFolder() {
-    console::setEnvironment(temporaryVariable, temporary_);
+PictureFolder::ForTemporaryFiles::ForTemporaryFiles(const PictureFolder& folder)
+    : before_(console::environment(temporaryVariable)) {
+    console::setEnvironment(temporaryVariable, folder.path());
+}
+
+PictureFolder::ForTemporaryFiles::~ForTemporaryFiles() {
+    console::setEnvironment(temporaryVariable, before_);
 }
 
 std::string PictureFolder::path() const {

@@ -19,13 +19,24 @@ class PictureFolder {
     // Empty = no pictures are kept. `overwrites`: what lies in the wanted folder under the name of a picture
     // and differs is overwritten. Throws CommandFailure for a folder that cannot be made or written.
     explicit PictureFolder(const std::string& wanted = {}, bool overwrites = false);
-    ~PictureFolder();
     PictureFolder(const PictureFolder&) = delete;
     PictureFolder& operator=(const PictureFolder&) = delete;
 
-    // The private folder, for the module: absolute. Also the folder for temporary files of the program while
-    // this lives, since the module chooses one there for some pictures.
+    // The private folder, for the module: absolute.
     std::string path() const;
+
+    // While it lives, temporary files of the program lie in the private folder: there the module chooses the
+    // place of some pictures.
+    class ForTemporaryFiles {
+      public:
+        explicit ForTemporaryFiles(const PictureFolder& folder);
+        ~ForTemporaryFiles();
+        ForTemporaryFiles(const ForTemporaryFiles&) = delete;
+        ForTemporaryFiles& operator=(const ForTemporaryFiles&) = delete;
+
+      private:
+        std::string before_;
+    };
 
     // Puts the contacts' pictures into their place and enters their paths in the contacts. Gives a message in
     // UTF-8 for each that is not there now.
@@ -37,7 +48,6 @@ class PictureFolder {
     std::filesystem::path wanted_;  // empty = none is kept
     bool overwrites_;
     std::optional<Incoming> private_;
-    std::string temporary_;  // the folder for temporary files before
 };
 
 }  // namespace ovno2::host
