@@ -1,9 +1,11 @@
 #include "host/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <new>
 
 #include "host/output/command_output.h"
@@ -20,19 +22,49 @@ constexpr const char* examples = R"(Examples:
   ovphone                                      the attached phones, and the phone book of the first
   ovphone list --format json                   the attached phones, for a program
   ovphone contacts --phone "Nokia N95"         one phone's phone book
-  ovphone contacts --pictures photos > book    ... in full, with the pictures in a folder
+  ovphone contacts show --pictures photos > book
+                                               ... in full, with the pictures in a folder
   ovphone files tree E:                        what lies on a drive of the phone
   ovphone files get -r E:/Images photos        the phone's pictures into a folder
+  ovphone help contacts                        more about a command
 
-Exit status: 0 done, 1 failed, 2 wrong usage.)";
+Exit status: 0 done, 1 failed or not all of it could be done, 2 wrong usage.)";
+
+std::vector<CLI::App*> commandsOf(const CLI::App& app) {
+    return const_cast<CLI::App&>(app).get_subcommands([](const CLI::App*) { return true; });
+}
 
 // What was typed may be a slip of the hand.
-std::string commandHint(const CLI::App& app, const std::string& typed) {
-    std::vector<Text> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
-        names.push_back(fromUtf8(command->get_name()));
+std::string hint(const std::string& typed, const std::vector<Text>& names) {
     const std::vector<Text> nearest = nearestNames(fromUtf8(typed), names, 1);
     return nearest.empty() ? "" : " Did you mean \"" + toUtf8(nearest[0]) + "\"?";
+}
+
+std::string commandHint(const CLI::App& app, const std::string& typed) {
+    std::vector<Text> names;
+    for (const CLI::App* command : commandsOf(app))
+        names.push_back(fromUtf8(command->get_name()));
+    return hint(typed, names);
+}
+
+std::string optionHint(const CLI::App& app, const std::string& typed) {
+    std::vector<Text> names;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames())
+            names.push_back(fromUtf8("--" + name));
+    }
+    return hint(typed.substr(0, typed.find('=')), names);
+}
+
+std::string lineOf(const CLI::App& command) {
+    const CLI::App* const parent = command.get_parent();
+    return (parent ? lineOf(*parent) + " " : "") + command.get_name();
+}
+
+// The innermost command that was understood.
+const CLI::App& innermost(const CLI::App& app) {
+    const std::vector<CLI::App*> given = app.get_subcommands();
+    return given.empty() ? app : innermost(*given.front());
 }
 
 // Tells the user what is wrong with the line, or the help that it asks for.
@@ -41,12 +73,37 @@ int explain(const CLI::App& app, const CLI::ParseError& error) {
         app.exit(error);
         return done;
     }
+    const CLI::App& command = innermost(app);
     std::cerr << "ovphone: " << error.what();
-    const std::vector<std::string> unknown = app.remaining();
-    if (!unknown.empty() && app.get_subcommands().empty())
-        std::cerr << "." << commandHint(app, unknown.front());
-    std::cerr << "\n\"ovphone --help\" explains the commands and options.\n";
+    if (const std::vector<std::string> unknown = app.remaining(/*recurse=*/true); !unknown.empty())
+        std::cerr << "."
+                  << (unknown.front().starts_with("-") ? optionHint(command, unknown.front())
+                                                       : commandHint(command, unknown.front()));
+    std::cerr << "\n\"" << lineOf(command) << " --help\" explains the commands and options.\n";
     return wrongUsage;
+}
+
+// "help": the help of the program, or of the command that the words name.
+void addHelp(CLI::App& app, Context& context) {
+    const auto words = std::make_shared<std::vector<std::string>>();
+    CLI::App& help = addCommand(app, "help", "Explain a command", context, [&app, words] {
+        const CLI::App* command = &app;
+        for (const std::string& word : *words) {
+            const std::vector<CLI::App*> known = commandsOf(*command);
+            const auto named =
+                std::ranges::find_if(known, [&](const CLI::App* one) { return one->get_name() == word; });
+            if (named == known.end())
+                throw CommandFailure{wrongUsage, "There is no command \"" + lineOf(*command) + " " + word +
+                                                     "\"." + commandHint(*command, word)};
+            command = *named;
+        }
+        const CLI::App* const parent = command->get_parent();
+        write(command->help(parent ? lineOf(*parent) : ""));
+    });
+    help.add_option("COMMAND", *words, "such as \"files get\" (default: the program)")->type_name("");
+    help.footer(R"(Examples:
+  ovphone help
+  ovphone help contacts find)");
 }
 
 std::string messageOf(const std::exception& error) {
@@ -81,8 +138,10 @@ int runCommandLine(const std::vector<std::string>& arguments, std::span<Register
     app.footer(examples);
     app.allow_windows_style_options(false);  // a path may begin with "/"
     app.require_subcommand(0, 1);
+    app.set_version_flag("--version", "ovphone " OVNO2_VERSION, "Show the program's version and end");
     for (RegisterCommand* const command : commands)
         command(app, context);
+    addHelp(app, context);
 
     // The parser takes the arguments from the back.
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());

@@ -11,14 +11,20 @@ shift
 folder=$root/build/$preset
 stamp=$folder/.built$(printf -- '-%s' "$@")
 
-mkdir -p "$folder"
-exec 9>"$folder/.lock"
-flock 9
-
 sources=(src simulator host phones packaging tests bench fuzz cmake CMakeLists.txt CMakePresets.json)
 changed() {
     [ ! -e "$stamp" ] || [ -n "$(cd "$root" && find "${sources[@]}" -newer "$stamp" -print -quit 2>/dev/null)" ]
 }
+
+# Another user's build serves as it is; only that user can renew it.
+if ! mkdir -p "$folder" 2>/dev/null || [ ! -w "$folder" ]; then
+    changed || exit 0
+    echo "build: ${folder#"$root"/} is not yours to write, and not up to date. Let $(stat -c %U "$(dirname "$folder")" 2>/dev/null) run" \
+        "this once, or work in a copy of the tree." >&2
+    exit 1
+fi
+exec 9>"$folder/.lock"
+flock 9
 
 # A build folder that came along with a moved tree still names the old place.
 if [ -e "$folder/CMakeCache.txt" ] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$folder/CMakeCache.txt"; then

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "host/output/command_output.h"
+
 namespace ovno2::host {
 
 namespace {
@@ -40,6 +42,10 @@ void addCommonOptions(CLI::App& command, Context& context) {
     command.add_option("--phones", context.phones, "folder of phone images for the simulator")
         ->type_name("DIR")
         ->check(quiet(CLI::ExistingDirectory));
+}
+
+void addQuietOption(CLI::App& command) {
+    command.add_flag_callback("-q,--quiet", beQuiet, "say nothing but what went wrong");
 }
 
 void addPhoneOption(CLI::App& command, Context& context) {

@@ -38,5 +38,6 @@ CLI::App& addCommand(CLI::App& parent, const char* name, const char* description
 
 void addCommonOptions(CLI::App& command, Context& context);  // --format, --connectivity and --phones
 void addPhoneOption(CLI::App& command, Context& context);    // --phone
+void addQuietOption(CLI::App& command);                      // --quiet
 
 }  // namespace ovno2::host

@@ -1,9 +1,11 @@
 #include "host/contacts/contact_output.h"
 
+#include <algorithm>
 #include <cstring>
+#include <numeric>
 
+#include "host/contacts/contact_values.h"
 #include "host/contacts/field_table.h"
-#include "host/output/console.h"
 #include "host/output/json.h"
 #include "host/output/text.h"
 
@@ -11,53 +13,58 @@ namespace ovno2::host {
 
 namespace {
 
-bool isCollection(Long code) {
-    return code == code::categories || code == code::other;
-}
-
-Text valueAsText(Long code, const Text& value) {
-    if (!isCollection(code)) return value;
-    Text list;
-    for (const TextView part : splitCollected(code, value))
-        list.append(list.empty() ? u"" : u"; ").append(part);
-    return list;
-}
-
-// What a value shows, in `text` where it is not the value as it stands; empty = it is left out.
-TextView shownValue(Long code, TextView value, bool pictures, Text& text) {
-    if (code == code::picture) {
-        text.clear();
-        if (pictures) text = fromUtf8(console::textOf(pathOfModuleText(value)));
-        return text;
-    }
-    // Nearly no value has a "\\", and that is said quickly.
+// Nearly no value has a "\\", and that is said quickly.
+TextView decoded(TextView value, Text& text) {
     if (!std::memchr(value.data(), '\\', value.size() * sizeof(char16_t))) return value;
     return text = decodedValue(value);
 }
 
-void writeCollected(JsonLine& line, const FieldRow& row, TextView value) {
-    const std::vector<TextView> parts = splitCollected(row.code, value);
-    if (parts.empty()) return;
-    line.key(row.key);
+void writeSeveral(JsonLine& line, const FieldRow& row, TextView value) {
+    const auto shown = [&](TextView part) {
+        return row.code == HostField::birthday ? isoDate(part) : Text(part);
+    };
+    if (!mayHoldSeveral(row, value)) {
+        line.key(row.key);
+        line.listOf(row.code == HostField::birthday ? TextView(isoDate(value)) : value);
+        return;
+    }
+    bool begun = false;
+    forEachPart(row, value, [&](TextView part) {
+        if (!begun) {
+            line.key(row.key);
+            line.StartArray();
+            begun = true;
+        }
+        line.text(shown(part));
+    });
+    if (begun) line.EndArray();
+}
+
+void writeLosses(JsonLine& line, const Contact& contact) {
+    const std::vector<Loss> losses = lossesOf(contact);
+    if (losses.empty()) return;
+    line.key("notes");
     line.StartArray();
-    for (const TextView part : parts)
-        line.text(part);
+    for (const Loss& loss : losses) {
+        line.StartObject();
+        line.key("fields");
+        line.StartArray();
+        for (const std::size_t row : loss.rows)
+            line.key(fieldRows()[row].key);
+        line.EndArray();
+        line.member("lost", loss.lost);
+        line.EndObject();
+    }
     line.EndArray();
 }
 
-Text fullName(const std::vector<Text>& values) {
-    const Text& first = values[rowOf(code::firstName)];
-    const Text& last = values[rowOf(code::lastName)];
-    if (!first.empty() && !last.empty()) return first + u' ' + last;
-    if (!first.empty() || !last.empty()) return first + last;
-    for (const Long code : {code::formalName, code::nickname, code::company})
-        if (const Text& name = values[rowOf(code)]; !name.empty()) return name;
-    return {};
+void writeMember(JsonLine& line, std::string_view name, const Text& value) {
+    if (!value.empty()) line.member(name, TextView(value));
 }
 
 }  // namespace
 
-void writeContactsAsJson(std::span<const Contact> contacts, bool pictures,
+void writeContactsAsJson(std::span<const Contact> contacts, bool notes,
                          const std::function<void(std::string_view)>& write) {
     JsonLines lines(write);
     Text text;
@@ -66,51 +73,77 @@ void writeContactsAsJson(std::span<const Contact> contacts, bool pictures,
         line.StartObject();
         forEachValue(contact.values, [&](std::size_t i, TextView value) {
             const FieldRow& row = fieldRows()[i];
-            value = shownValue(row.code, value, pictures, text);
-            if (isCollection(row.code))
-                writeCollected(line, row, value);
-            else if (!value.empty())
+            if (row.code == HostField::picture) return;
+            value = decoded(value, text);
+            if (row.holds == Holds::several)
+                writeSeveral(line, row, value);
+            else
                 line.member(row.key, value);
         });
-        line.member("location", TextView(contact.location));
-        line.member("uid", TextView(contact.uid));
+        if (!contact.pictures.empty()) {
+            line.key(fieldRows()[rowOf(HostField::picture)].key);
+            line.StartArray();
+            for (const Text& picture : contact.pictures)
+                line.text(picture);
+            line.EndArray();
+        }
+        writeMember(line, "location", contact.location);
+        writeMember(line, "uid", contact.uid);
+        if (notes) writeLosses(line, contact);
         line.EndObject();
     }
     lines.end();
 }
 
-Table contactsAsTable(std::span<const Contact> contacts, bool pictures) {
+Table contactsAsTable(std::span<const Contact> contacts) {
     std::vector<std::vector<Text>> records;
-    std::vector<bool> used(fieldRows().size());
+    std::vector<std::size_t> filled(fieldRows().size());
+    records.reserve(contacts.size());
     for (const Contact& contact : contacts) {
-        std::vector<Text> values(used.size());
-        forEachValue(contact.values, [&](std::size_t i, TextView value) {
-            Text text;
-            values[i] = shownValue(fieldRows()[i].code, value, pictures, text);
-        });
-        const Text name = fullName(values);
+        std::vector<Text> values = valuesOf(contact);
+        const Text name = nameOf(values);
         // What already stands in the name column is not said twice.
-        if (values[rowOf(code::formalName)] == name) values[rowOf(code::formalName)].clear();
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            values[i] = valueAsText(fieldRows()[i].code, values[i]);
-            if (!values[i].empty()) used[i] = true;
-        }
-        values.insert(values.begin(), name);
+        for (const Long code : {HostField::firstName, HostField::lastName, HostField::formalName})
+            if (Text& value = values[rowOf(code)]; code != HostField::formalName || value == name)
+                value.clear();
+        for (std::size_t i = 0; i < values.size(); ++i)
+            filled[i] += values[i].empty() ? 0 : 1;
+        values.push_back(name);
         records.push_back(std::move(values));
     }
-    used[rowOf(code::firstName)] = used[rowOf(code::lastName)] = false;
+    std::vector<std::size_t> columns;
+    for (std::size_t i = 0; i < filled.size(); ++i)
+        if (filled[i] != 0) columns.push_back(i);
+    // Long texts come last, since they would push the others out.
+    const std::size_t firstLong = rowOf(HostField::note);
+    std::ranges::stable_sort(columns, [&](std::size_t a, std::size_t b) {
+        return std::pair(a >= firstLong, filled[b]) < std::pair(b >= firstLong, filled[a]);
+    });
 
     std::vector<Text> headings = {u"Name"};
-    for (std::size_t i = 0; i < used.size(); ++i)
-        if (used[i]) headings.emplace_back(fieldRows()[i].label);
+    for (const std::size_t column : columns)
+        headings.emplace_back(fieldRows()[column].label);
     Table table(headings);
     for (std::vector<Text>& values : records) {
-        std::vector<Text> cells = {std::move(values[0])};
-        for (std::size_t i = 0; i < used.size(); ++i)
-            if (used[i]) cells.push_back(std::move(values[i + 1]));
+        std::vector<Text> cells = {std::move(values.back())};
+        for (const std::size_t column : columns)
+            cells.push_back(std::move(values[column]));
         table.addRow(std::move(cells));
     }
     return table;
+}
+
+std::vector<Loss> lossesOf(const Contact& contact) {
+    std::vector<Loss> losses;
+    forEachValue(contact.values, [&](std::size_t i, TextView) {
+        const char* const lost = fieldRows()[i].lost;
+        if (!lost) return;
+        auto known =
+            std::ranges::find_if(losses, [&](const Loss& loss) { return std::strcmp(loss.lost, lost) == 0; });
+        if (known == losses.end()) known = losses.insert(losses.end(), {lost, {}});
+        known->rows.push_back(i);
+    });
+    return losses;
 }
 
 }  // namespace ovno2::host

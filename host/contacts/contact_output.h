@@ -11,13 +11,26 @@
 namespace ovno2::host {
 
 // An array with one object a contact, one a line; `write` gets it piece by piece. The keys are those of the
-// field table in its order, then "location" and "uid"; empty values are left out; "categories" and "other"
-// are arrays of texts. With `pictures` false the paths of the pictures are left out. Always valid UTF-8.
-void writeContactsAsJson(std::span<const Contact> contacts, bool pictures,
+// field table in its order, then "location" and "uid"; what is absent is left out. A value is a text where
+// its row holds one, otherwise an array of texts; birthdays are ISO 8601 dates. With `notes` an object ends
+// with an array "notes" on what the record could not hold ("fields", "lost"). Always valid UTF-8.
+void writeContactsAsJson(std::span<const Contact> contacts, bool notes,
                          const std::function<void(std::string_view)>& write);
 
-// One row a contact: the name, then every field that any of the contacts has. A contact without a name is
-// called by what it has instead: its formal name, nickname or company.
-Table contactsAsTable(std::span<const Contact> contacts, bool pictures);
+// One row a contact: the name, then the fields that any of the contacts has, those that most have first, long
+// texts last.
+Table contactsAsTable(std::span<const Contact> contacts);
+
+// What a contact may have had on the phone that its record could not hold, as far as can be known: the rows
+// of one kind of loss with what is lost.
+struct Loss {
+    const char* lost;
+    std::vector<std::size_t> rows;
+};
+std::vector<Loss> lossesOf(const Contact& contact);
+
+// One person as a card: a line with the name, then a line a value, none wider than `width` where words can be
+// parted. UTF-8.
+std::string asCard(const Contact& contact, std::size_t width, bool verbose);
 
 }  // namespace ovno2::host

@@ -8,50 +8,55 @@ namespace ovno2::host {
 
 namespace {
 
+constexpr const char* kinds = "whether for home, work or in general is not told";
+constexpr const char* preference = "which number the phone prefers is not told";
+constexpr const char* addressParts = "a post box and additions to the address are not handed over";
+constexpr const char* field = "which fields of the phone they come from is not told";
+
 constexpr FieldRow rows[] = {
-    {code::firstName, "firstName", u"First name"},
-    {code::lastName, "lastName", u"Last name"},
-    {23, "mobile", u"Mobile"},
-    {20, "phone", u"Phone"},
-    {21, "homePhone", u"Home phone"},
-    {24, "workPhone", u"Work phone"},
-    {50, "email", u"E-mail"},
-    {code::company, "company", u"Company"},
-    {17, "birthday", u"Birthday"},
-    {code::categories, "categories", u"Categories"},
-    {code::formalName, "formalName", u"Formal name"},
-    {code::nickname, "nickname", u"Nickname"},
-    {5, "title", u"Title"},
-    {19, "jobTitle", u"Job title"},
-    {35, "mobile2", u"Mobile 2"},
-    {30, "phone2", u"Phone 2"},
-    {22, "homePhone2", u"Home phone 2"},
-    {25, "workPhone2", u"Work phone 2"},
-    {28, "fax", u"Fax"},
-    {29, "fax2", u"Fax 2"},
-    {27, "pager", u"Pager"},
-    {51, "email2", u"E-mail 2"},
-    {60, "web", u"Web"},
-    {61, "web2", u"Web 2"},
-    {6, "homeStreet", u"Home street"},
-    {7, "homePostcode", u"Home postcode"},
-    {8, "homeTown", u"Home town"},
-    {13, "homeState", u"Home state"},
-    {12, "homeCountry", u"Home country"},
-    {9, "workStreet", u"Work street"},
-    {10, "workPostcode", u"Work postcode"},
-    {11, "workTown", u"Work town"},
-    {44, "workState", u"Work state"},
-    {43, "workCountry", u"Work country"},
-    {45, "street", u"Street"},
-    {46, "postcode", u"Postcode"},
-    {47, "town", u"Town"},
-    {49, "state", u"State"},
-    {48, "country", u"Country"},
-    {15, "note", u"Note"},
-    {67, "note2", u"Note 2"},
-    {code::other, "other", u"Other"},
-    {code::picture, "picture", u"Picture"},
+    {HostField::firstName, "firstName", u"First name", Holds::one},
+    {HostField::lastName, "lastName", u"Last name", Holds::one},
+    {HostField::mobile, "mobile", u"Mobile", Holds::several, kinds},
+    {HostField::phone, "phone", u"Phone", Holds::several, preference},
+    {HostField::homePhone, "homePhone", u"Home phone"},
+    {HostField::workPhone, "workPhone", u"Work phone"},
+    {HostField::email, "email", u"E-mail", Holds::several, kinds},
+    {HostField::company, "company", u"Company"},
+    {HostField::birthday, "birthday", u"Birthday"},
+    {HostField::categories, "categories", u"Categories"},
+    {HostField::formalName, "formalName", u"Formal name", Holds::one},
+    {HostField::nickname, "nickname", u"Nickname", Holds::one},
+    {HostField::title, "title", u"Title", Holds::one},
+    {HostField::jobTitle, "jobTitle", u"Job title"},
+    {HostField::mobile2, "mobile2", u"Mobile 2", Holds::several, kinds},
+    {HostField::phone2, "phone2", u"Phone 2", Holds::several, preference},
+    {HostField::homePhone2, "homePhone2", u"Home phone 2"},
+    {HostField::workPhone2, "workPhone2", u"Work phone 2"},
+    {HostField::fax, "fax", u"Fax", Holds::several, kinds},
+    {HostField::fax2, "fax2", u"Fax 2"},
+    {HostField::pager, "pager", u"Pager"},
+    {HostField::email2, "email2", u"E-mail 2", Holds::several, kinds},
+    {HostField::web, "web", u"Web", Holds::several, kinds},
+    {HostField::web2, "web2", u"Web 2", Holds::several, kinds},
+    {HostField::homeStreet, "homeStreet", u"Home street", Holds::several, addressParts},
+    {HostField::homePostcode, "homePostcode", u"Home postcode", Holds::several, addressParts},
+    {HostField::homeTown, "homeTown", u"Home town", Holds::several, addressParts},
+    {HostField::homeState, "homeState", u"Home state", Holds::several, addressParts},
+    {HostField::homeCountry, "homeCountry", u"Home country", Holds::several, addressParts},
+    {HostField::workStreet, "workStreet", u"Work street", Holds::several, addressParts},
+    {HostField::workPostcode, "workPostcode", u"Work postcode", Holds::several, addressParts},
+    {HostField::workTown, "workTown", u"Work town", Holds::several, addressParts},
+    {HostField::workState, "workState", u"Work state", Holds::several, addressParts},
+    {HostField::workCountry, "workCountry", u"Work country", Holds::several, addressParts},
+    {HostField::street, "street", u"Street", Holds::several, addressParts},
+    {HostField::postcode, "postcode", u"Postcode", Holds::several, addressParts},
+    {HostField::town, "town", u"Town", Holds::several, addressParts},
+    {HostField::state, "state", u"State", Holds::several, addressParts},
+    {HostField::country, "country", u"Country", Holds::several, addressParts},
+    {HostField::note, "note", u"Note", Holds::one},
+    {HostField::note2, "note2", u"Note 2"},
+    {HostField::other, "other", u"Other", Holds::several, field},
+    {HostField::picture, "picture", u"Picture"},
 };
 
 constexpr Long codeColumn = 4;
@@ -85,20 +90,6 @@ TextTable fieldDefinitions() {
 
 Text decodedValue(TextView value) {
     return replaceAll(value, u"\\t", u"\t");
-}
-
-std::vector<TextView> splitCollected(Long code, TextView value) {
-    const TextView separator = code == code::other ? TextView(u"\\n") : TextView(u";");
-    std::vector<TextView> parts;
-    for (std::size_t start = 0; start <= value.size();) {
-        const std::size_t end = std::min(value.find(separator, start), value.size());
-        TextView part = value.substr(start, end - start);
-        part.remove_prefix(std::min(part.find_first_not_of(u' '), part.size()));
-        part.remove_suffix(part.size() - (part.find_last_not_of(u' ') + 1));
-        if (!part.empty()) parts.push_back(part);
-        start = end + separator.size();
-    }
-    return parts;
 }
 
 }  // namespace ovno2::host

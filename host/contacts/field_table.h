@@ -6,28 +6,28 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 #include <span>
 #include <string_view>
 
+#include "content/host_fields.h"
 #include "host/driver/driver.h"
 
 namespace ovno2::host {
 
-namespace code {
-inline constexpr Long firstName = 1;
-inline constexpr Long lastName = 2;
-inline constexpr Long formalName = 3;
-inline constexpr Long nickname = 4;
-inline constexpr Long company = 16;
-inline constexpr Long categories = 18;  // values separated by ";"
-inline constexpr Long other = 70;  // values of fields without a row, separated by the characters "\" and "n"
-inline constexpr Long picture = 80;  // path of a file
-}  // namespace code
+// How many values of a phone a row may hold. Where the phone has more values than the table has places, the
+// module puts them all into one row.
+enum class Holds {
+    one,      // a ";" belongs to the value
+    several,  // separated by ";"
+};
 
 struct FieldRow {
-    Long code;
+    Long code;              // HostField
     std::string_view key;   // name in JSON
     const char16_t* label;  // heading of a table
+    Holds holds = Holds::several;
+    const char* lost = nullptr;  // what the record does not say of such a value, for people; null = nothing
 };
 
 std::span<const FieldRow> fieldRows();
@@ -62,8 +62,39 @@ void forEachValue(TextView fieldValues, Visit visit) {
 // what they seem.
 Text decodedValue(TextView value);
 
-// The single values that a "categories" or "other" value collects, without empty ones and blanks around them;
-// views into `value`.
-std::vector<TextView> splitCollected(Long code, TextView value);
+// False for a value without a separator in it or a blank at its ends; said quickly.
+inline bool mayHoldSeveral(const FieldRow& row, TextView value) {
+    return value.empty() || value.front() == u' ' || value.back() == u' ' || row.code == HostField::other ||
+           std::memchr(value.data(), ';', value.size() * sizeof(char16_t));
+}
+
+// Calls `visit(part)` for each of the single values that a row collects, without empty ones and blanks around
+// them; with views into `value`. The module joins with a bare ";", so that one beside a blank or a line break
+// belongs to the text; of categories every ";" separates.
+template <class Visit>
+void forEachPart(const FieldRow& row, TextView value, Visit visit) {
+    if (row.holds == Holds::one) {
+        visit(value);
+        return;
+    }
+    if (!mayHoldSeveral(row, value)) {
+        visit(value);
+        return;
+    }
+    const TextView separator = row.code == HostField::other ? TextView(u"\\n") : TextView(u";");
+    const auto isBlank = [&](std::size_t place) {
+        return place < value.size() && value[place] <= u' ' && row.code != HostField::categories;
+    };
+    for (std::size_t start = 0, from = 0; start <= value.size();) {
+        const std::size_t end = std::min(value.find(separator, from), value.size());
+        from = end + separator.size();
+        if (end < value.size() && (isBlank(end - 1) || isBlank(from))) continue;
+        TextView part = value.substr(start, end - start);
+        part.remove_prefix(std::min(part.find_first_not_of(u' '), part.size()));
+        part.remove_suffix(part.size() - (part.find_last_not_of(u' ') + 1));
+        if (!part.empty()) visit(part);
+        start = from;
+    }
+}
 
 }  // namespace ovno2::host

@@ -1,52 +1,80 @@
 #include "host/contacts/phone_book.h"
 
+#include <algorithm>
+
 #include "host/contacts/field_table.h"
 #include "host/driver/result_messages.h"
 #include "host/output/command_output.h"
 #include "host/output/console.h"
 #include "host/output/exit_status.h"
 #include "host/output/progress.h"
-#include "host/phones/attached_phones.h"
 
 namespace ovno2::host {
 
-namespace fs = std::filesystem;
+namespace {
 
-PictureFolder::PictureFolder(const std::string& wanted) : kept_(!wanted.empty()) {
-    if (!kept_) {
-        path_ = console::makeTemporaryFolder();
-        return;
+// Counts the contacts that the phone named: the control is told of each, whether it can be read or not.
+class ListedContacts {
+  public:
+    void advanceTo(Long value) {
+        constexpr Long announcement = 50;
+        const Long step = value - value_;
+        value_ = value;
+        count_ = step >= announcement ? 0 : count_ + static_cast<std::size_t>(step);
     }
-    path_ = fs::absolute(console::pathOf(wanted));
-    std::error_code error;
-    fs::create_directories(path_, error);
-    if (!fs::is_directory(path_))
-        throw CommandFailure{failed, "--pictures: the folder \"" + wanted + "\" cannot be made" +
-                                         (error ? ": " + error.message() : "") + "."};
+    // Before the announcement come the steps to the contacts.
+    std::size_t count() const { return count_; }
+
+  private:
+    Long value_ = 0;
+    std::size_t count_ = 0;
+};
+
+std::string missingContacts(PhoneDriver& driver, const ListedPhone& phone, const PhoneBook& book) {
+    const std::string read = std::to_string(book.contacts.size()), listed = std::to_string(book.listed);
+    std::string message = read + " of " + listed + " contacts of " + titleOf(phone) + " could be read. ";
+    std::vector<ListedPhone> attached;
+    const bool isThere =
+        driver.listPhones(attached) >= 0 &&
+        std::ranges::any_of(attached, [&](const ListedPhone& other) { return other.serial == phone.serial; });
+    if (!isThere)
+        return message + "The phone is no longer attached: attach it again and give the command again.";
+    return message +
+           "The phone is attached but did not hand out the others: another program may be working with it, "
+           "or "
+           "the connection was lost for a while. Close other phone programs, see to the cable or the "
+           "reception, and give the command again; \"ovphone log on\" makes the log say what went wrong.";
 }
 
-PictureFolder::~PictureFolder() {
-    std::error_code ignored;
-    if (!kept_) fs::remove_all(path_, ignored);
-}
+}  // namespace
 
-std::string PictureFolder::path() const {
-    return console::textOf(path_);
-}
-
-std::vector<Contact> readPhoneBook(PhoneDriver& driver, const ListedPhone& phone,
-                                   const PictureFolder& pictures) {
-    std::vector<Contact> contacts;
+PhoneBook readPhoneBook(const AttachedPhones& phones, const ListedPhone& phone, PictureFolder& pictures) {
+    PhoneBook book;
+    ListedContacts listed;
     Long result = 0;
     {
-        ProgressBar progress("the contacts of " + titleOf(phone), console::errorIsTerminal());
-        result = driver.readContacts(
-            phone, fieldDefinitions(), pictures.path(), [&](Long value) { progress.advanceTo(value); },
-            contacts);
+        const PictureFolder::ForTemporaryFiles temporary(pictures);
+        ProgressBar progress("the contacts of " + titleOf(phone), console::errorIsTerminal() && !isQuiet());
+        const auto advanced = [&](Long value) {
+            progress.advanceTo(value);
+            listed.advanceTo(value);
+        };
+        result =
+            phones.driver().readContacts(phone, fieldDefinitions(), pictures.path(), advanced, book.contacts);
     }
     if (result < 0)
         throw CommandFailure{failed, resultMessage(Operation::readContacts, result, titleOf(phone))};
-    return contacts;
+    book.listed = std::max(listed.count(), book.contacts.size());
+    if (book.contacts.size() < book.listed)
+        book.missing.push_back(missingContacts(phones.driver(), phone, book));
+    std::ranges::move(pictures.keep(book.contacts), std::back_inserter(book.missing));
+    return book;
+}
+
+void requireWhole(const PhoneBook& book) {
+    for (const std::string& message : book.missing)
+        note("ovphone: " + message);
+    if (!book.missing.empty()) throw CommandFailure{failed, {}};
 }
 
 }  // namespace ovno2::host

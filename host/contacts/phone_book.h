@@ -1,33 +1,26 @@
 // Reading a phone's contacts.
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "host/contacts/picture_folder.h"
 #include "host/driver/driver.h"
+#include "host/phones/attached_phones.h"
 
 namespace ovno2::host {
 
-// Where pictures go: the folder that the user names, or one that is removed afterwards, since the phone's
-// pictures come with the contacts in any case.
-class PictureFolder {
-  public:
-    // Empty = they are not kept. Throws CommandFailure for a folder that cannot be made.
-    explicit PictureFolder(const std::string& wanted = {});
-    ~PictureFolder();
-    PictureFolder(const PictureFolder&) = delete;
-    PictureFolder& operator=(const PictureFolder&) = delete;
-
-    std::string path() const;  // absolute
-
-  private:
-    bool kept_;
-    std::filesystem::path path_;
+struct PhoneBook {
+    std::vector<Contact> contacts;  // those that could be read, in the phone's order
+    std::size_t listed = 0;         // as many as the phone named
+    // What did not arrive, why, and what to do about it; UTF-8. Empty = all is there.
+    std::vector<std::string> missing;
 };
 
-// Shows how far it has come. Throws CommandFailure.
-std::vector<Contact> readPhoneBook(PhoneDriver& driver, const ListedPhone& phone,
-                                   const PictureFolder& pictures);
+// Shows how far it has come. Throws CommandFailure when nothing could be read at all.
+PhoneBook readPhoneBook(const AttachedPhones& phones, const ListedPhone& phone, PictureFolder& pictures);
+
+// To be called once what has arrived is written: tells what is missing and throws CommandFailure for it.
+void requireWhole(const PhoneBook& book);
 
 }  // namespace ovno2::host

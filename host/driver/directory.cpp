@@ -1,30 +1,10 @@
 #include "host/driver/directory.h"
 
-#include "dates/date_parser.h"
+#include "host/driver/module_dates.h"
 
 namespace ovno2::host {
 
 namespace {
-
-// A file's time comes as text only: the directory record, which hosts have always had, has no other member
-// for it. The text is local time in the user's form, by the time-zone bias of now for all times of the year,
-// and is read back here with the module's own parser and the same bias.
-std::chrono::minutes timeBias() {
-    return std::chrono::minutes(numericLong(computer::machineValue(
-        u"SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation", u"ActiveTimeBias")));
-}
-
-std::optional<std::chrono::sys_seconds> timeOf(TextView text, std::chrono::minutes bias) {
-    const std::optional<DateFields> fields = readDateFields(text);
-    if (!fields || *fields == DateFields{}) return std::nullopt;
-    constexpr Long firstYear = 1900, lastYear = 2400;  // what the clocks of file systems count to
-    if (fields->year < firstYear || fields->year > lastYear) return std::nullopt;
-    using namespace std::chrono;
-    const year_month_day date{year(static_cast<int>(fields->year)),
-                              month(static_cast<unsigned>(fields->month)),
-                              day(static_cast<unsigned>(fields->day))};
-    return sys_days(date) + hours(fields->hour) + minutes(fields->minute) + seconds(fields->second) + bias;
-}
 
 FolderEntry entryOf(DirItem& record, std::chrono::minutes bias) {
     FolderEntry entry;
@@ -38,7 +18,7 @@ FolderEntry entryOf(DirItem& record, std::chrono::minutes bias) {
     } else {
         entry.size = static_cast<std::uint32_t>(record.Size);  // what passes 31 bits comes negative
         entry.changed = timeOf(record.DateText, bias);
-        entry.changedText = std::move(record.DateText);
+        entry.changedText = entry.changed ? localText(*entry.changed) : std::move(record.DateText);
     }
     entry.name = std::move(record.Name);
     return entry;

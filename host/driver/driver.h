@@ -34,8 +34,9 @@ struct ListedPhone {
 
 struct Contact {
     Text location;
-    Text values;  // one per row of the field-definition table, separated by tabs
-    Text uid;     // pairs of upper-case hexadecimal digits
+    Text values;                      // one per row of the field-definition table, separated by tabs
+    Text uid;                         // pairs of upper-case hexadecimal digits
+    std::vector<Text> pictures = {};  // the files that the host has kept them in
 };
 
 // An entry of a phone's folder.
@@ -46,7 +47,7 @@ struct FolderEntry {
     bool isReadOnly = false;
     bool isSpecial = false;  // a folder of the system
     std::uint64_t size = 0;  // of a file, in bytes
-    Text changedText;        // of a file: local time in the user's form, midnight omitted
+    Text changedText;        // of a file: its local time in the user's form, midnight omitted
     std::optional<std::chrono::sys_seconds> changed;  // none where it is no time that a file here can have
 };
 
@@ -66,12 +67,13 @@ class PhoneDriver {
     // What the module knows of the software that it works with. Starts nothing.
     virtual SoftwareReport software() = 0;
 
+    // The result is the number of devices that the library reports, which may be more than are listed.
     virtual Long listPhones(std::vector<ListedPhone>& phones) = 0;
 
-    // Reads the whole phone book; `contacts` gets the contacts in the phone's order, also those read before a
-    // failure. Pictures are written to the folder `pictures`, an absolute path. `progress` is called with the
-    // value of the progress control whenever the module advances it: by 1 for a step or a contact, by 50 when
-    // the number of contacts is known.
+    // Reads the whole phone book; `contacts` gets the contacts in the phone's order, without those that could
+    // not be read. Pictures are written to the folder `pictures`, an absolute path. `progress` is called with
+    // the value of the progress control whenever the module advances it: by 1 for a step or a contact
+    // (whether it can be read or not), by 50 when the contacts begin.
     virtual Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
                               const std::function<void(Long value)>& progress,
                               std::vector<Contact>& contacts) = 0;
@@ -109,6 +111,11 @@ std::string libraryFile(const std::string& name);
 
 // A path as the module and the registry write it.
 std::filesystem::path pathOfModuleText(TextView text);
+
+// A birthday as the module writes it, in the user's short-date form, as an ISO 8601 date. Where that form has
+// two digits for the year, the last such year that is no future one is meant; a text that is no date stays as
+// it is.
+Text isoDate(TextView birthday);
 
 // How the driver sends a file to a phone: as it is, or, when it begins like a text in UTF-16 or with a UTF-8
 // mark, as text in the system's code page, which may lack some of its characters.

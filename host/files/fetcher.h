@@ -4,8 +4,8 @@
 
 #include <memory>
 
-#include "host/files/incoming.h"
 #include "host/files/phone_files.h"
+#include "host/output/incoming.h"
 
 namespace ovno2::host {
 

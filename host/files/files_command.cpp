@@ -4,6 +4,7 @@
 
 #include "host/files/commands.h"
 #include "host/files/files_session.h"
+#include "host/output/command_output.h"
 
 namespace ovno2::host {
 
@@ -31,7 +32,13 @@ class Registration {
     }
     void telling(CLI::App& command) {
         command.add_flag("-n,--dry-run", options_->dryRun, "only say what would be done");
-        command.add_flag("-q,--quiet", options_->quiet, "say nothing but what went wrong");
+        command.add_flag_callback(
+            "-q,--quiet",
+            [options = options_] {
+                options->quiet = true;
+                beQuiet();
+            },
+            "say nothing but what went wrong");
         command.add_flag("-v,--verbose", options_->verbose, "name every file");
     }
 
@@ -74,7 +81,13 @@ void registerFiles(CLI::App& app, Context& context) {
         app, "files", "Browse the files of a phone, copy and change them; alone it shows the drives", context,
         [&context, options] { FilesSession(context, *options, Purpose::read).carryOut(listFiles); });
     files.require_subcommand(0, 1);
-    files.footer(paths);
+    files.footer(std::string(paths) + R"(
+
+Examples:
+  ovphone files                           the drives
+  ovphone files --phone 6230i tree        all that lies on another phone)");
+    addCommonOptions(files, context);
+    addPhoneOption(files, context);
     Registration all(files, context, options);
 
     CLI::App& list = all.reading("ls", "List folders and files", listFiles,

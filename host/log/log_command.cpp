@@ -59,6 +59,13 @@ void followLog() {
     }
 }
 
+constexpr const char* examples = R"(Examples:
+  ovphone log                                    whether it is on, and where it goes
+  ovphone log file driver.log                    into a file of your own ...
+  ovphone log on                                 ... from now on
+  ovphone log level 5 --timestamps               with the details and the time of every line
+  ovphone log follow                             as it grows, until Ctrl-C)";
+
 }  // namespace
 
 void registerLog(CLI::App& app, Context& context) {
@@ -71,6 +78,7 @@ void registerLog(CLI::App& app, Context& context) {
     CLI::App& log = addCommand(app, "log", "Show or change the switches of the module's diagnostic log",
                                context, showLogState);
     log.require_subcommand(0, 1);
+    log.footer(examples);
     addCommand(log, "on", "Switch the log on", context, [] { showChange(switchLogOnWithFile()); });
     addCommand(log, "off", "Switch the log off", context, [] { showChange(switchLogOff()); });
     CLI::App& file = addCommand(log, "file", "Write the log to this file", context,
@@ -84,6 +92,8 @@ void registerLog(CLI::App& app, Context& context) {
     level.add_flag("--timestamps", options->timestamps,
                    "begin every line with the time, in seconds of the day");
     addCommand(log, "follow", "Show the log's lines as they come; Ctrl-C ends it", context, followLog);
+    for (CLI::App* command : log.get_subcommands([](CLI::App*) { return true; }))
+        command->footer(examples);
 }
 
 }  // namespace ovno2::host

@@ -7,6 +7,12 @@
 
 namespace ovno2::host {
 
+namespace {
+
+bool quiet = false;
+
+}  // namespace
+
 void writeData(std::string_view bytes) {
     std::fwrite(bytes.data(), 1, bytes.size(), stdout);
 }
@@ -24,12 +30,24 @@ void note(const std::string& text) {
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+void remark(const std::string& text) {
+    if (!quiet) note(text);
+}
+
+void beQuiet() {
+    quiet = true;
+}
+
+bool isQuiet() {
+    return quiet;
+}
+
 void writeTable(const Table& table, std::size_t width, const char* where) {
     std::size_t leftOut = 0;
     write(table.render(console::outputIsTerminal() ? console::terminalWidth() : width, &leftOut));
     if (leftOut != 0)
-        note("(" + std::to_string(leftOut) + " more " + (leftOut == 1 ? "column does" : "columns do") +
-             " not fit; " + where + " shows everything.)");
+        remark("(" + std::to_string(leftOut) + " more " + (leftOut == 1 ? "column does" : "columns do") +
+               " not fit; " + where + " shows everything.)");
 }
 
 }  // namespace ovno2::host

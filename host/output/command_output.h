@@ -16,6 +16,10 @@ struct CommandFailure {
 // What a person reads: control characters become visible pictures; a line's end and a tab stay.
 void write(std::string_view text);
 void note(const std::string& text);  // a line of its own
+// A note that the command is as good without; `beQuiet` silences them.
+void remark(const std::string& text);
+void beQuiet();
+bool isQuiet();
 // Bytes as they are.
 void writeData(std::string_view bytes);
 

@@ -3,6 +3,7 @@
 // One source a platform (console_posix.cpp, console_win32.cpp).
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <string>
@@ -23,8 +24,13 @@ bool errorIsTerminal();
 // Cells of a line of the terminal: COLUMNS of the environment, else what the terminal says, else 80.
 std::size_t terminalWidth();
 
-void setEnvironment(const std::string& name, const std::string& value);
+std::string environment(const std::string& name);                        // empty = not set
+void setEnvironment(const std::string& name, const std::string& value);  // an empty value takes it away
 bool hasEnvironment(const std::string& name);
+
+// What clocks here showed at that time, by the rules for daylight time that held then as far as the system
+// knows them.
+std::chrono::local_seconds localTime(std::chrono::sys_seconds time);
 
 // The folder that holds the running program.
 std::filesystem::path programFolder();
@@ -36,8 +42,5 @@ std::filesystem::path stateFolder();
 
 std::filesystem::path pathOf(const std::string& utf8);
 std::string textOf(const std::filesystem::path& path);
-
-// A new folder that only the user can read, in the system's folder for temporary files.
-std::filesystem::path makeTemporaryFolder();
 
 }  // namespace ovno2::host::console

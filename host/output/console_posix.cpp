@@ -1,13 +1,12 @@
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #ifdef __GLIBC__
 #include <malloc.h>
 #include <sys/mman.h>
 #endif
 #include <sys/ioctl.h>
-#include <system_error>
 #include <unistd.h>
 
 #include "host/output/console.h"
@@ -55,13 +54,28 @@ std::size_t terminalWidth() {
     return 80;
 }
 
+std::string environment(const std::string& name) {
+    const char* value = std::getenv(name.c_str());
+    return value ? value : "";
+}
+
 void setEnvironment(const std::string& name, const std::string& value) {
-    setenv(name.c_str(), value.c_str(), /*overwrite=*/1);
+    if (value.empty())
+        unsetenv(name.c_str());
+    else
+        setenv(name.c_str(), value.c_str(), /*overwrite=*/1);
 }
 
 bool hasEnvironment(const std::string& name) {
     const char* value = std::getenv(name.c_str());
     return value && *value;
+}
+
+std::chrono::local_seconds localTime(std::chrono::sys_seconds time) {
+    const std::time_t instant = std::chrono::system_clock::to_time_t(time);
+    std::tm fields{};
+    localtime_r(&instant, &fields);
+    return std::chrono::local_seconds(time.time_since_epoch() + std::chrono::seconds(fields.tm_gmtoff));
 }
 
 std::filesystem::path programFolder() {
@@ -86,12 +100,6 @@ std::filesystem::path pathOf(const std::string& utf8) {
 
 std::string textOf(const std::filesystem::path& path) {
     return path.string();
-}
-
-std::filesystem::path makeTemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "ovphone-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::system_error(errno, std::generic_category(), pattern);
-    return pattern;
 }
 
 }  // namespace ovno2::host::console

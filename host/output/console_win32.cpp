@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <io.h>
 #include <stdio.h>
-#include <system_error>
 #include <windows.h>
 
 #include "host/output/console.h"
@@ -57,12 +56,36 @@ std::size_t terminalWidth() {
     return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1);
 }
 
+std::string environment(const std::string& name) {
+    std::wstring value(32768, L'\0');
+    value.resize(GetEnvironmentVariableW(wide(name).c_str(), value.data(), static_cast<DWORD>(value.size())));
+    return narrow(value);
+}
+
 void setEnvironment(const std::string& name, const std::string& value) {
-    SetEnvironmentVariableW(wide(name).c_str(), wide(value).c_str());
+    SetEnvironmentVariableW(wide(name).c_str(), value.empty() ? nullptr : wide(value).c_str());
 }
 
 bool hasEnvironment(const std::string& name) {
     return GetEnvironmentVariableW(wide(name).c_str(), nullptr, 0) > 1;
+}
+
+std::chrono::local_seconds localTime(std::chrono::sys_seconds time) {
+    // 100 ns since 1601.
+    constexpr std::int64_t unit = 10'000'000, epoch = 11'644'473'600;
+    const std::int64_t there = time.time_since_epoch().count();
+    ULARGE_INTEGER number;
+    number.QuadPart = static_cast<ULONGLONG>((there + epoch) * unit);
+    FILETIME fileTime{number.LowPart, number.HighPart};
+    SYSTEMTIME universal{}, local{};
+    if (!FileTimeToSystemTime(&fileTime, &universal) ||
+        !SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local) ||
+        !SystemTimeToFileTime(&local, &fileTime))
+        return std::chrono::local_seconds(time.time_since_epoch());
+    number.LowPart = fileTime.dwLowDateTime;
+    number.HighPart = fileTime.dwHighDateTime;
+    return std::chrono::local_seconds(
+        std::chrono::seconds(static_cast<std::int64_t>(number.QuadPart) / unit - epoch));
 }
 
 std::filesystem::path programFolder() {
@@ -87,18 +110,6 @@ std::filesystem::path pathOf(const std::string& utf8) {
 
 std::string textOf(const std::filesystem::path& path) {
     return narrow(path.wstring());
-}
-
-std::filesystem::path makeTemporaryFolder() {
-    std::wstring folder(MAX_PATH + 1, L'\0');
-    folder.resize(GetTempPathW(static_cast<DWORD>(folder.size()), folder.data()));
-    for (DWORD number = GetTickCount(), tries = 0; tries < 1000; ++tries, ++number) {
-        const std::wstring path =
-            folder + L"ovphone-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(number);
-        if (CreateDirectoryW(path.c_str(), nullptr)) return path;
-        if (GetLastError() != ERROR_ALREADY_EXISTS) break;
-    }
-    throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), narrow(folder));
 }
 
 }  // namespace ovno2::host::console

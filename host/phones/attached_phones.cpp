@@ -1,6 +1,8 @@
 #include "host/phones/attached_phones.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include "host/driver/result_messages.h"
 #include "host/output/command_output.h"
@@ -37,15 +39,33 @@ std::unique_ptr<PhoneDriver> openDriver(const Context& context) {
 
 AttachedPhones::AttachedPhones(const Context& context) : driver_(openDriver(context)) {
     if (context.phone) wanted_ = fromUtf8(*context.phone);
-    const Long result = driver_->listPhones(phones_);
-    if (result < 0) throw CommandFailure{failed, resultMessage(Operation::listPhones, result)};
+    reported_ = driver_->listPhones(phones_);
+    if (reported_ < 0) throw CommandFailure{failed, resultMessage(Operation::listPhones, reported_)};
 }
 
 const ListedPhone& AttachedPhones::chosen(Purpose purpose) const {
     const PhoneChoice choice = choosePhone(phones_, wanted_, purpose);
     if (!choice.phone) throw CommandFailure{failed, choice.message};
-    if (!choice.message.empty()) note("(" + choice.message + ")");
+    if (!choice.message.empty()) remark("(" + choice.message + ")");
     return *choice.phone;
+}
+
+std::string AttachedPhones::missing() const {
+    std::set<TextView> serials;
+    std::size_t unnumbered = 0;
+    for (const ListedPhone& phone : phones_)
+        phone.serial.empty() ? ++unnumbered : serials.insert(phone.serial).second;
+    const auto reported = static_cast<std::size_t>(reported_);
+    const std::size_t listed = std::min(serials.size() + unnumbered, reported);
+    if (listed == reported) return {};
+    return std::to_string(listed) + " of " + std::to_string(reported) +
+           " attached phones are listed. The others tell no name, are of a maker whose phones the driver "
+           "does "
+           "not read, or could not be asked: see that they are switched on, attach them again and retry.";
+}
+
+void AttachedPhones::requireAllListed() const {
+    if (const std::string message = missing(); !message.empty()) throw CommandFailure{failed, message};
 }
 
 std::string titleOf(const ListedPhone& phone) {

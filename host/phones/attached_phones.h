@@ -22,7 +22,14 @@ class AttachedPhones {
     // CommandFailure when none is meant.
     const ListedPhone& chosen(Purpose purpose = Purpose::read) const;
 
+    // What the library reported beyond the phones that are listed, and why that may be; UTF-8, empty =
+    // nothing.
+    std::string missing() const;
+    // To be called once the phones are written: tells what is missing and throws CommandFailure for it.
+    void requireAllListed() const;
+
   private:
+    Long reported_ = 0;  // devices, each of which may be attached in several ways
     std::optional<Text> wanted_;
     std::unique_ptr<PhoneDriver> driver_;
     std::vector<ListedPhone> phones_;

@@ -8,8 +8,15 @@
 namespace ovno2::host {
 
 void registerList(CLI::App& app, Context& context) {
-    CLI::App& list = addCommand(app, "list", "Show the attached phones, one line a connection", context,
-                                [&context] { showPhones(AttachedPhones(context).all(), context.asJson()); });
+    CLI::App& list =
+        addCommand(app, "list", "Show the attached phones, one line a connection", context, [&context] {
+            const AttachedPhones phones(context);
+            showPhones(phones.all(), context.asJson());
+            phones.requireAllListed();
+        });
+    list.footer(R"(Examples:
+  ovphone list
+  ovphone list --format json                     for a program)");
     addCommonOptions(list, context);
 }
 

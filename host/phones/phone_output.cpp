@@ -30,7 +30,19 @@ template <std::size_t count>
 const char* nameOf(const Name (&names)[count], Long value) {
     for (const Name& name : names)
         if (name.value == value) return name.text;
-    return "unknown";
+    return nullptr;
+}
+
+Text labelOf(const char* name) {
+    return fromUtf8(name ? name : "unknown");
+}
+
+// What a phone does not tell is left out.
+void writeMember(JsonLine& line, const char* name, const Text& value) {
+    if (!value.empty()) line.member(name, TextView(value));
+}
+void writeMember(JsonLine& line, const char* name, const char* value) {
+    if (value) line.member(name, value);
 }
 
 }  // namespace
@@ -41,13 +53,13 @@ std::string phonesAsJson(std::span<const ListedPhone> phones) {
     for (const ListedPhone& phone : phones) {
         JsonLine& line = lines.next();
         line.StartObject();
-        line.member("model", phone.model);
-        line.member("medium", nameOf(media, phone.media));
-        line.member("serialNumber", phone.serial);
-        line.member("address", phone.address);
-        line.member("name", phone.name);
-        line.member("platform", nameOf(platforms, phone.type));
-        line.member("platformType", phone.type);
+        writeMember(line, "model", phone.model);
+        writeMember(line, "medium", nameOf(media, phone.media));
+        writeMember(line, "serialNumber", phone.serial);
+        writeMember(line, "address", phone.address);
+        writeMember(line, "name", phone.name);
+        writeMember(line, "platform", nameOf(platforms, phone.type));
+        if (phone.type != eNokiaPhoneType) line.member("platformType", phone.type);
         line.EndObject();
     }
     lines.end();
@@ -57,8 +69,8 @@ std::string phonesAsJson(std::span<const ListedPhone> phones) {
 Table phonesAsTable(std::span<const ListedPhone> phones) {
     Table table({u"Model", u"Medium", u"Serial number", u"Address", u"Name", u"Platform"});
     for (const ListedPhone& phone : phones)
-        table.addRow({phone.model, fromUtf8(nameOf(media, phone.media)), phone.serial, phone.address,
-                      phone.name, fromUtf8(nameOf(platforms, phone.type))});
+        table.addRow({phone.model, labelOf(nameOf(media, phone.media)), phone.serial, phone.address,
+                      phone.name, labelOf(nameOf(platforms, phone.type))});
     return table;
 }
 

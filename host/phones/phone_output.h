@@ -9,7 +9,7 @@
 
 namespace ovno2::host {
 
-// An array with one object a connection, one a line.
+// An array with one object a connection, one a line; what a phone does not tell is left out.
 std::string phonesAsJson(std::span<const ListedPhone> phones);
 
 Table phonesAsTable(std::span<const ListedPhone> phones);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "contacts/contact_picture.h"
+#include "content/host_fields.h"
 #include "content/item_dates.h"
 #include "content/state.h"
 #include "core/settings.h"
@@ -20,15 +21,6 @@ namespace {
 using library::Word;
 
 constexpr Long codeColumn = 4;
-
-// Host field codes that are treated apart.
-constexpr Long firstNameCode = 1;
-constexpr Long lastNameCode = 2;
-constexpr Long formattedNameCode = 3;
-constexpr Long categoriesCode = 18;
-constexpr Long everythingElseCode = 70;
-constexpr Long locationCode = 79;
-constexpr Long noCode = 0;
 
 // Phone field ids whose value is not a text.
 constexpr Word noteId = 7;
@@ -78,13 +70,23 @@ struct FieldCodes {
 // Host codes of the words 2 to 6 of an address record.
 constexpr std::size_t firstAddressWord = 2;
 constexpr std::size_t lastAddressWord = 6;
-constexpr FieldCodes generalAddress[] = {{45, 6}, {46, 7}, {47, 8}, {49, 13}, {48, 12}};
-constexpr FieldCodes businessAddress[] = {{6, 0}, {7, 0}, {8, 0}, {13, 0}, {12, 0}};
-constexpr FieldCodes homeAddress[] = {{9, 0}, {10, 0}, {11, 0}, {44, 0}, {43, 0}};
+constexpr FieldCodes generalAddress[] = {{HostField::street, HostField::workStreet},
+                                         {HostField::postcode, HostField::workPostcode},
+                                         {HostField::town, HostField::workTown},
+                                         {HostField::state, HostField::workState},
+                                         {HostField::country, HostField::workCountry}};
+constexpr FieldCodes homeAddress[] = {{HostField::homeStreet, HostField::none},
+                                      {HostField::homePostcode, HostField::none},
+                                      {HostField::homeTown, HostField::none},
+                                      {HostField::homeState, HostField::none},
+                                      {HostField::homeCountry, HostField::none}};
+constexpr FieldCodes workAddress[] = {{HostField::workStreet, HostField::none},
+                                      {HostField::workPostcode, HostField::none},
+                                      {HostField::workTown, HostField::none},
+                                      {HostField::workState, HostField::none},
+                                      {HostField::workCountry, HostField::none}};
 // The street of a general address on platforms that do not keep the kinds apart, unless the host does.
-constexpr FieldCodes undividedStreet = {6, 9};
-constexpr Long businessCityCode = 8;
-constexpr Long homeCityCode = 11;
+constexpr FieldCodes undividedStreet = {HostField::workStreet, HostField::homeStreet};
 
 const FieldCodes* addressCodes(Word id) {
     switch (id) {
@@ -93,7 +95,7 @@ const FieldCodes* addressCodes(Word id) {
             return generalAddress;
         case 258:
         case 67:
-            return businessAddress;
+            return workAddress;
         default:
             return homeAddress;
     }
@@ -104,7 +106,8 @@ FieldCodes codesOfAddressWord(Word id, std::size_t word, const FieldDefinitions&
     if (codes == generalAddress && word == firstAddressWord) {
         const Long platform = Devices::platformType();
         const bool undivided = platform >= eNokiaPhoneType && platform < firstS60Platform;
-        if (undivided && !(table.has(businessCityCode) && table.has(homeCityCode))) return undividedStreet;
+        if (undivided && !(table.has(HostField::workTown) && table.has(HostField::homeTown)))
+            return undividedStreet;
     }
     return codes[word - firstAddressWord];
 }
@@ -131,20 +134,20 @@ void saveUncoded(ContactValues& values, const Content::DataItem& item, const Fie
     if (isShortAddressId(item.FieldId) || isLongAddressId(item.FieldId)) {
         if (item.Value != 0) saveAddress(values, item, table, value);
     } else if (settings().getAllFields != 0) {
-        SetField(values.values(), table, everythingElseCode, noCode, value);
+        SetField(values.values(), table, HostField::other, HostField::none, value);
     }
 }
 
 void saveCoded(ContactValues& values, const FieldDefinitions& table, FieldCodes codes, bool nameFallback,
                Text& value) {
     if (SetField(values.values(), table, codes.code, codes.code2, value) != 0) return;
-    if (nameFallback && codes.code == lastNameCode) {
-        SetField(values.values(), table, formattedNameCode, lastNameCode, value);
-    } else if (codes.code == formattedNameCode) {
+    if (nameFallback && codes.code == HostField::lastName) {
+        SetField(values.values(), table, HostField::formalName, HostField::lastName, value);
+    } else if (codes.code == HostField::formalName) {
         Text bracketed = u"[" + value + u"]";
-        SetField(values.values(), table, lastNameCode, codes.code2, bracketed);
+        SetField(values.values(), table, HostField::lastName, codes.code2, bracketed);
     } else if (settings().getAllFields != 0) {
-        SetField(values.values(), table, everythingElseCode, noCode, value);
+        SetField(values.values(), table, HostField::other, HostField::none, value);
     }
 }
 
@@ -160,11 +163,11 @@ void addToRow(Text& row, Long code, const Text& value) {
         row = value;
         return;
     }
-    if (code == everythingElseCode) {
+    if (code == HostField::other) {
         row.append(u"\\n");
     } else {
         const bool repeatsFormattedName =
-            code == lastNameCode && row.front() == u'[' && TextView(row).substr(1).starts_with(value);
+            code == HostField::lastName && row.front() == u'[' && TextView(row).substr(1).starts_with(value);
         if (repeatsFormattedName) return;
         row.push_back(u';');
     }
@@ -210,21 +213,21 @@ Long SetField(std::vector<Text>& values, const FieldDefinitions& table, Long cod
         const Long row = table.firstRow(code);
         if (row < 0) {
             if (matched || code2 <= 0) return result;
-            code = std::exchange(code2, noCode);
+            code = std::exchange(code2, HostField::none);
             continue;
         }
         matched = true;
         result = row;
         makeEntry(value);
         Text& target = values.at(static_cast<std::size_t>(row));
-        if (code == categoriesCode) {
+        if (code == HostField::categories) {
             if (!target.empty()) target.push_back(u';');
             target.append(value);
             return result;
         }
-        if (!target.empty() && code > formattedNameCode && code != everythingElseCode) {
+        if (!target.empty() && code > HostField::formalName && code != HostField::other) {
             if (code2 > 0) {
-                code = std::exchange(code2, noCode);
+                code = std::exchange(code2, HostField::none);
                 continue;
             }
             if (!keepsAll) return result;
@@ -249,9 +252,9 @@ void SaveContactInfo(AdrItem& record, ContactValues& values, const Content::Data
     const Content::FieldTables& fields = Content::state().Fields;
     const FieldCodes codes = {fields.code(item.FieldId), fields.alternativeCode(item.FieldId)};
     attempt([&] {
-        if (codes.code == noCode) {
+        if (codes.code == HostField::none) {
             saveUncoded(values, item, table, value);
-        } else if (codes.code == locationCode) {
+        } else if (codes.code == HostField::location) {
             record.Location = value + u" (SB)";
         } else {
             saveCoded(values, table, codes, nameFallback, value);
@@ -260,11 +263,11 @@ void SaveContactInfo(AdrItem& record, ContactValues& values, const Content::Data
 }
 
 void cleanUpName(ContactValues& values, const FieldDefinitions& table) {
-    const Long lastRow = table.firstRow(lastNameCode);
+    const Long lastRow = table.firstRow(HostField::lastName);
     if (!values.hasValues() || lastRow < 0) return;
     Text& last = values.values()[static_cast<std::size_t>(lastRow)];
     if (last.size() < 2 || last.front() != u'[' || last.back() != u']') return;
-    const Long firstRow = table.firstRow(firstNameCode);
+    const Long firstRow = table.firstRow(HostField::firstName);
     const TextView inner = TextView(last).substr(1, last.size() - 2);
     if (firstRow >= 0 && inner == values.values()[static_cast<std::size_t>(firstRow)]) {
         last.clear();

@@ -6,6 +6,7 @@
 #include "contacts/contact_fields.h"
 #include "contacts/contacts_connection.h"
 #include "content/field_tables.h"
+#include "content/host_fields.h"
 #include "content/item_ids.h"
 #include "content/item_reading.h"
 #include "content/progress.h"
@@ -33,9 +34,6 @@ constexpr Long phoneStayedBusy = -5;
 constexpr Long operationNotBegun = -2;
 
 constexpr Long progressOfIdList = 50;
-
-constexpr Long lastNameCode = 2;
-constexpr Long formattedNameCode = 3;
 
 void logStatus(TextView tag, Long status) {
     DebugLine(tag, hex{status});
@@ -125,7 +123,7 @@ class ContactReader : public Content::FolderReader {
         explicit Places(const TextTable& tableOfHost)
             : table(tableOfHost),
               values(table.rows()),
-              nameFallback(!table.has(lastNameCode) && table.has(formattedNameCode)) {}
+              nameFallback(!table.has(HostField::lastName) && table.has(HostField::formalName)) {}
     };
 
     static void processPendingMessages() {

@@ -1,5 +1,6 @@
 #include "content/field_tables.h"
 
+#include "content/host_fields.h"
 #include "content/state.h"
 #include "library/library.h"
 
@@ -16,21 +17,28 @@ struct Row {
     Long alternativeCode;
 };
 
+using namespace HostField;
+
 constexpr Row rowsOfAllVersions[] = {
-    {1, 3, 0},   {2, 1, 0},  {4, 2, 0},   {5, 5, 0},    {7, 16, 0},   {8, 19, 0},  {9, 17, 0},
-    {10, 80, 0}, {11, 4, 0}, {32, 20, 0}, {33, 21, 22}, {34, 24, 25}, {35, 20, 0}, {36, 30, 0},
+    {1, formalName, none}, {2, firstName, none}, {4, lastName, none},         {5, title, none},
+    {7, company, none},    {8, jobTitle, none},  {9, birthday, none},         {10, picture, none},
+    {11, nickname, none},  {32, phone, none},    {33, homePhone, homePhone2}, {34, workPhone, workPhone2},
+    {35, phone, none},     {36, phone2, none},
 };
 
 constexpr std::array<std::uint16_t, 4> shortIdBounds = {32, 65, 97, 257};
 constexpr Row rowsOfShortIds[] = {
-    {38, 23, 0}, {39, 30, 0}, {40, 28, 0}, {41, 27, 0}, {68, 50, 0}, {69, 60, 0}, {97, 15, 0},
+    {38, mobile, none}, {39, phone2, none}, {40, fax, none},  {41, pager, none},
+    {68, email, none},  {69, web, none},    {97, note, none},
 };
 
 constexpr std::array<std::uint16_t, 4> longIdBounds = {32, 256, 512, 768};
 constexpr Row rowsOfLongIds[] = {
-    {36, 0, 0},   {32, 20, 30}, {64, 23, 35},  {65, 23, 35}, {66, 35, 0},  {80, 28, 29},
-    {81, 28, 0},  {96, 27, 0},  {259, 50, 51}, {260, 50, 0}, {261, 51, 0}, {272, 60, 61},
-    {273, 60, 0}, {274, 61, 0}, {512, 15, 67}, {514, 79, 0}, {520, 18, 0},
+    {36, none, none},        {32, phone, phone2}, {64, mobile, mobile2}, {65, mobile, mobile2},
+    {66, mobile2, none},     {80, fax, fax2},     {81, fax, none},       {96, pager, none},
+    {259, email, email2},    {260, email, none},  {261, email2, none},   {272, web, web2},
+    {273, web, none},        {274, web2, none},   {512, note, note2},    {514, location, none},
+    {520, categories, none},
 };
 
 template <std::size_t count>

@@ -128,12 +128,12 @@ TEST_F(ContactFields, SpreadAddressesOverTheirRows) {
         int id;
         TextView values;
     };
-    const std::vector<Long> general = {4, 45, 46, 47, 49, 48}, business = {4, 6, 7, 8, 13, 12},
+    const std::vector<Long> general = {4, 45, 46, 47, 49, 48}, work = {4, 6, 7, 8, 13, 12},
                             home = {4, 9, 10, 11, 44, 43};
     const Case cases[] = {
         {general, 62, 256, u"|Street|10115|Berlin|Land|@home"},
-        {business, 62, 256, u"|Street|10115|Berlin|Land|@home"},
-        {business, 0, 258, u"|Street|10115|Berlin|Land|@home"},
+        {work, 62, 256, u"|Street|10115|Berlin|Land|@home"},
+        {work, 0, 258, u"|Street|10115|Berlin|Land|@home"},
         {home, 0, 257, u"|Street|10115|Berlin|Land|@home"},
         {general, 1, 256, u"||10115|Berlin|Land|@home"},
         {{4, 45, 9}, 59, 256, u"||Street"},

@@ -1,9 +1,14 @@
 #include "host/contacts/contact_output.h"
 
-#include <gtest/gtest.h>
+#include <algorithm>
+#include <fstream>
+#include <gmock/gmock.h>
 #include <rapidjson/document.h>
+#include <regex>
 #include <set>
 
+#include "host/contacts/contact_search.h"
+#include "host/contacts/contact_values.h"
 #include "host/contacts/field_table.h"
 
 namespace ovno2::host {
@@ -19,9 +24,9 @@ Contact contactOf(std::initializer_list<std::pair<Long, const char16_t*>> values
     return {u"12 (SB)", join(entries, u'\t'), u"0A0B"};
 }
 
-std::string asJson(std::span<const Contact> contacts, bool pictures) {
+std::string asJson(std::span<const Contact> contacts, bool notes = false) {
     std::string text;
-    writeContactsAsJson(contacts, pictures, [&](std::string_view piece) { text += piece; });
+    writeContactsAsJson(contacts, notes, [&](std::string_view piece) { text += piece; });
     return text;
 }
 
@@ -48,21 +53,41 @@ TEST(FieldTable, GivesEveryCodeARowOfItsOwn) {
     EXPECT_EQ(codes.size(), fieldRows().size());
 }
 
-TEST(ContactsAsJson, NamesTheValuesInTheTablesOrderAndLeavesOutEmptyOnes) {
-    const Contact contacts[] = {contactOf({{15, u"line\nhas\\ttab \"quoted\" \\\\"},
-                                           {1, u"Anna"},
-                                           {18, u"Familie; VIP ;"},
-                                           {70, u"\\na;b\\n\\nc\\d"},
-                                           {80, u"\\tmp\\0A0B.jpg"}}),
-                                contactOf({{70, u"\\n"}})};
-    const std::string rest = R"json("location":"12 (SB)","uid":"0A0B"})json";
+// The page on contacts and the table say the same.
+TEST(FieldTable, IsTheOneThatThePageShows) {
+    std::ifstream page(CONTACTS_PAGE);
+    std::vector<std::string> shown, known;
+    const std::regex line(R"(\| (\d+ \| `\w+` \| [^|]+) \|.*)");
+    std::smatch parts;
+    for (std::string text; std::getline(page, text);)
+        if (std::regex_match(text, parts, line)) shown.push_back(parts[1]);
+    for (const FieldRow& row : fieldRows())
+        known.push_back(std::to_string(row.code) + " | `" + std::string(row.key) + "` | " +
+                        toUtf8(row.label));
+    std::ranges::sort(shown);
+    std::ranges::sort(known);
+    EXPECT_EQ(known, shown);
+}
+
+TEST(ContactsAsJson, NamesTheValuesInTheTablesOrderAndLeavesOutWhatIsAbsent) {
+    Contact first = contactOf({{15, u"a;b\nhas\\ttab \"quoted\" \\\\"},
+                               {1, u"Anna"},
+                               {23, u"0171;0172"},
+                               {16, u"Sand; Kies;Beton;\nBau"},
+                               {18, u"Familie; VIP ;"},
+                               {70, u"\\na;b\\n\\nc\\d"},
+                               {80, u"\\tmp\\0A0B.jpg"}});
+    first.pictures = {u"/tmp/0A0B.jpg"};
+    const Contact contacts[] = {first, {u"", u"", u"0C"}};
     const std::string anna =
-        R"({"firstName":"Anna","categories":["Familie","VIP"],"note":"line\nhas\ttab \"quoted\" \\\\",)"
-        R"("other":["a;b","c\\d"],)";
-    const std::string end = rest + ",\n{" + rest + "\n]\n";
-    EXPECT_EQ("[\n" + anna + R"("picture":"/tmp/0A0B.jpg",)" + end, asJson(contacts, /*pictures=*/true));
-    EXPECT_EQ("[\n" + anna + end, asJson(contacts, /*pictures=*/false));
-    EXPECT_EQ("[]\n", asJson({}, true));
+        R"({"firstName":"Anna","mobile":["0171","0172"],"company":["Sand; Kies","Beton;\nBau"],)"
+        R"("categories":["Familie","VIP"],"note":"a;b\nhas\ttab \"quoted\" \\\\","other":["a;b","c\\d"],)"
+        R"json("picture":["/tmp/0A0B.jpg"],"location":"12 (SB)","uid":"0A0B")json";
+    const std::string end = "},\n{\"uid\":\"0C\"}\n]\n";
+    EXPECT_EQ("[\n" + anna + end, asJson(contacts));
+    const std::string notes = asJson(contacts, /*notes=*/true);
+    EXPECT_NE(std::string::npos, notes.find(R"("notes":[{"fields":["mobile"],"lost":"whether for home)"));
+    EXPECT_EQ("[]\n", asJson({}));
 }
 
 // Every character at every place beside ordinary ones, which are copied several at a time.
@@ -76,29 +101,63 @@ TEST(ContactsAsJson, StaysValidWhateverThePhoneHolds) {
         for (std::size_t before = 0; before < 18; ++before)
             contacts.push_back({Text(before, u'a').append(special).append(17 - before, u'z'), u"", longUid});
     contacts.push_back({u"", u"heading\tonly\tfew\t", u"02"});
-    const std::string text = asJson(contacts, true);
+    const std::string text = asJson(contacts);
     rapidjson::Document parsed;
     ASSERT_FALSE(parsed.Parse<rapidjson::kParseValidateEncodingFlag>(text.c_str()).HasParseError());
     for (rapidjson::SizeType i = 0; i + 1 < contacts.size(); ++i)
         EXPECT_EQ(toUtf8(contacts[i].location), parsed[i]["location"].GetString()) << i;
-    EXPECT_TRUE(text.ends_with(
-        "\n{\"firstName\":\"only\",\"lastName\":\"few\",\"location\":\"\",\"uid\":\"02\"}\n]\n"));
+    EXPECT_TRUE(text.ends_with("\n{\"firstName\":\"only\",\"lastName\":\"few\",\"uid\":\"02\"}\n]\n"));
 }
 
-TEST(ContactsAsTable, ShowsANameAndTheFieldsThatAnyContactHas) {
-    const Contact contacts[] = {
-        contactOf({{1, u"Anna"}, {2, u"Müller"}, {3, u"Müller, Anna"}, {23, u"0171"}}),
-        contactOf({{3, u"#1 Formal"}, {18, u"a;b"}}),
+std::vector<Contact> people() {
+    return {
+        contactOf({{1, u"Zoë"}, {2, u"Müller"}, {3, u"Müller, Zoë"}, {23, u"+49 171 3920001"}}),
+        contactOf({{23, u"0172"}}),
+        contactOf({{3, u"#1 Formal"}, {18, u"a;b"}, {23, u"0173"}}),
         contactOf({{16, u"Firma"}, {15, u"two\nlines"}}),
-        contactOf({{2, u"Last"}}),
+        contactOf({{1, u"älter"}}),
     };
+}
+
+TEST(ContactsForPeople, AreSortedByNameAndShowWhatMostHave) {
+    std::vector<Contact> contacts = people();
+    sortByName(contacts);
     EXPECT_EQ(
-        "Name         Mobile  Company  Categories  Formal name   Note\n"
-        "Anna Müller  0171                         Müller, Anna\n"
-        "#1 Formal                     a; b\n"
-        "Firma                Firma                              two lines\n"
-        "Last\n",
-        contactsAsTable(contacts, false).render(0));
+        "Name        Mobile           Company  Categories  Formal name  Note\n"
+        "#1 Formal   0173                      a; b\n"
+        "älter\n"
+        "Firma                        Firma                             two lines\n"
+        "Zoë Müller  +49 171 3920001                       Müller, Zoë\n"
+        "            0172\n",
+        contactsAsTable(contacts).render(0));
+    EXPECT_EQ("Firma\n  Company        Firma\n  Note           two\n                 lines\n",
+              asCard(contacts[2], 80, /*verbose=*/false));
+    const Contact wordy = contactOf({{2, u"A"}, {15, Text(50, u'x').append(u" ").append(50, u'y').c_str()}});
+    EXPECT_THAT(asCard(wordy, 60, false), ::testing::HasSubstr("x\n                 yyy"));
+}
+
+TEST(ContactsForPeople, AreFoundByNameOrByAnythingTheyHold) {
+    const auto namesOf = [](const std::vector<Contact>& found) {
+        std::string names;
+        for (const Contact& contact : found)
+            names += titleOf(contact) + "|";
+        return names;
+    };
+    const std::vector<Contact> contacts = people();
+    struct {
+        const char16_t* wanted;
+        const char *named, *holding;
+    } const cases[] = {
+        {u"ZOE MULLER", "Zoë Müller|", "Zoë Müller|"},
+        {u"AL", "#1 Formal|älter|", "#1 Formal|älter|"},
+        {u"0171 392", "", "Zoë Müller|"},
+        {u"172", "", "0172|"},
+        {u"nobody", "", ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.holding, namesOf(contactsHolding(contacts, c.wanted)));
+        EXPECT_EQ(c.named, namesOf(contactsNamed(contacts, c.wanted)));
+    }
 }
 
 }  // namespace

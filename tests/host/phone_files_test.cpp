@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/files/incoming.h"
 #include "host/output/command_output.h"
+#include "host/output/incoming.h"
 #include "host/ovphone_fixture.h"
 
 namespace ovno2::host {

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "host/files/incoming_owner.h"
+#include "host/output/incoming_owner.h"
 #include "platform/portable/spawn.h"
 
 namespace ovno2::host {

@@ -1,7 +1,7 @@
 #include <system_error>
 #include <windows.h>
 
-#include "host/files/incoming_owner.h"
+#include "host/output/incoming_owner.h"
 
 namespace ovno2::host {
 

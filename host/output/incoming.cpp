@@ -1,4 +1,4 @@
-#include "host/files/incoming.h"
+#include "host/output/incoming.h"
 
 #include <random>
 #include <vector>

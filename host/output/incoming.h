@@ -1,15 +1,16 @@
-// The folder in which files from the phone arrive before they are moved to their places.
+// The folder in which files and pictures from the phone arrive before they are moved to their places.
 //
-// Each program has one of its own, so that two that copy into one folder never meet. It goes with the object;
-// natively also when the program is killed. Elsewhere the next program that copies into the same folder takes
-// away what a killed one has left there, and leaves alone what belongs to one that still runs.
+// Each program has one of its own, which only the user can read, so that two that copy into one folder never
+// meet. It goes with the object; natively also when the program is killed. Elsewhere the next program that
+// copies into the same folder takes away what a killed one has left there, and leaves alone what belongs to
+// one that still runs.
 #pragma once
 
 #include <filesystem>
 #include <memory>
 #include <string>
 
-#include "host/files/incoming_owner.h"
+#include "host/output/incoming_owner.h"
 
 namespace ovno2::host {
 

@@ -1,0 +1,83 @@
+#include "host/driver/module_dates.h"
+
+#include <algorithm>
+
+#include "dates/date_parser.h"
+#include "dates/date_text.h"
+#include "host/driver/driver.h"
+#include "host/output/console.h"
+
+namespace ovno2::host {
+
+namespace {
+
+using namespace std::chrono;
+
+constexpr TextView isoPicture = u"yyyy-MM-dd";
+
+// "1975-04-12", where the user's own form is that of the standard.
+bool isIsoAlready(TextView text) {
+    constexpr TextView form = u"dddd-dd-dd";
+    const auto fits = [](char16_t c, char16_t wanted) {
+        return wanted == u'd' ? c >= u'0' && c <= u'9' : c == wanted;
+    };
+    return std::equal(text.begin(), text.end(), form.begin(), form.end(), fits) &&
+           localeFormats().shortDateText == isoPicture;
+}
+
+bool yearsHaveTwoDigits() {
+    constexpr std::uint8_t digits = 2;
+    return std::ranges::any_of(localeFormats().shortDate, [](const PicturePiece& piece) {
+        return piece.kind == PicturePiece::Kind::year && piece.width <= digits;
+    });
+}
+
+DateFields fieldsOfTime(local_seconds time) {
+    const local_days day = floor<days>(time);
+    const year_month_day date(day);
+    const hh_mm_ss clock(time - day);
+    return {.year = static_cast<Long>(static_cast<int>(date.year())),
+            .month = static_cast<Long>(static_cast<unsigned>(date.month())),
+            .day = static_cast<Long>(static_cast<unsigned>(date.day())),
+            .hour = static_cast<Long>(clock.hours().count()),
+            .minute = static_cast<Long>(clock.minutes().count()),
+            .second = static_cast<Long>(clock.seconds().count())};
+}
+
+}  // namespace
+
+minutes timeBias() {
+    return minutes(numericLong(computer::machineValue(
+        u"SYSTEM\\CurrentControlSet\\Control\\TimeZoneInformation", u"ActiveTimeBias")));
+}
+
+// A file's time comes as text only: the directory record, which hosts have always had, has no other member
+// for it. It is read back with the module's own parser.
+std::optional<sys_seconds> timeOf(TextView text, minutes bias) {
+    const std::optional<DateFields> fields = readDateFields(text);
+    if (!fields || *fields == DateFields{}) return std::nullopt;
+    constexpr Long firstYear = 1900, lastYear = 2400;  // what the clocks of file systems count to
+    if (fields->year < firstYear || fields->year > lastYear) return std::nullopt;
+    const year_month_day date{year(static_cast<int>(fields->year)),
+                              month(static_cast<unsigned>(fields->month)),
+                              day(static_cast<unsigned>(fields->day))};
+    return sys_days(date) + hours(fields->hour) + minutes(fields->minute) + seconds(fields->second) + bias;
+}
+
+Text localText(sys_seconds time) {
+    return localDateText(dateOf(fieldsOfTime(console::localTime(time))));
+}
+
+Text isoDate(TextView birthday) {
+    if (isIsoAlready(birthday)) return Text(birthday);
+    std::optional<DateFields> fields = readDateFields(birthday);
+    if (!fields || *fields == DateFields{}) return Text(birthday);
+    if (yearsHaveTwoDigits()) {
+        const DateFields today = fieldsOfTime(console::localTime(floor<seconds>(system_clock::now())));
+        constexpr Long century = 100;
+        if (fields->year > today.year) fields->year -= century;
+    }
+    return dateInPicture(dateOf(*fields), datePicture(isoPicture));
+}
+
+}  // namespace ovno2::host
