@@ -47,8 +47,7 @@ system::FolderLock lockImage(const std::filesystem::path& folder) {
     try {
         return system::FolderLock(folder);
     } catch (const std::system_error&) {
-        throw ImageError(folder, "",
-                         "a folder that can be read and that no other program keeps on changing");
+        throw ImageError(folder, "", "a folder that can be read and that no other program keeps on changing");
     }
 }
 
