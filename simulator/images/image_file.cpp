@@ -74,6 +74,10 @@ IncomingFile::~IncomingFile() {
 }
 
 void IncomingFile::moveTo(const std::filesystem::path& target) {
+    std::error_code ignored;
+    const std::filesystem::file_status replaced = std::filesystem::status(target, ignored);
+    if (std::filesystem::is_regular_file(replaced))
+        std::filesystem::permissions(name, replaced.permissions(), ignored);
     system::replaceDurably(name, target);
     name.clear();
 }
