@@ -180,7 +180,7 @@ class ContactsReader {
     Word addDate(const JsonNode& node) {
         library::DateRecord date{};
         if (!node.isText() || !parseDate(node.utf8(), date)) {
-            node.fail("a date such as \"1975-04-12\" or \"1975-04-12T08:30:00\"");
+            node.fail("a day that there is, such as \"1975-04-12\" or \"1975-04-12T08:30:00\"");
         }
         contact->dates.push_back({date});
         return static_cast<Word>(contact->dates.size() - 1);

@@ -28,7 +28,7 @@ std::uint64_t readTime(const JsonNode& node) {
     library::DateRecord date{};
     const bool complete = text.size() == 20 && text.back() == 'Z' && parseDate(text.substr(0, 19), date);
     if (!complete || date.year < 1601 || date.month == 0 || date.day == 0) {
-        node.fail("a time such as \"2008-07-19T16:04:11Z\"");
+        node.fail("a time that there is, such as \"2008-07-19T16:04:11Z\"");
     }
     const std::int64_t seconds = daysSince1970(date.year, date.month, date.day) * 86400 + date.hour * 3600 +
                                  date.minute * 60 + date.second + secondsFrom1601To1970;

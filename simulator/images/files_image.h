@@ -18,8 +18,10 @@ struct RenameUnderWay {
 // Fills `phone.files`; without a folder `files` the phone has no file system.
 void readFilesImage(Phone& phone);
 
-// Reads again what another process has changed; false when none has. Safe to ask without the lock.
+// Whether another process, or a hand, has changed something since. May be asked without the lock.
 bool filesHaveChanged(const std::filesystem::path& image, const FileSettings& settings);
+
+// Reads all of it again. Settings that cannot be read stay as they were, and an ImageError tells why.
 void refreshFiles(const std::filesystem::path& image, FileSettings& settings);
 
 // Makes this process's own change known to the others, and to itself.

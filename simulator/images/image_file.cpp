@@ -47,8 +47,7 @@ system::FolderLock lockImage(const std::filesystem::path& folder) {
     try {
         return system::FolderLock(folder);
     } catch (const std::system_error&) {
-        throw ImageError(folder, "",
-                         "a folder that can be read and that no other program keeps on changing");
+        throw ImageError(folder, "", "a folder that can be read and that no other program keeps on changing");
     }
 }
 
@@ -75,6 +74,10 @@ IncomingFile::~IncomingFile() {
 }
 
 void IncomingFile::moveTo(const std::filesystem::path& target) {
+    std::error_code ignored;
+    const std::filesystem::file_status replaced = std::filesystem::status(target, ignored);
+    if (std::filesystem::is_regular_file(replaced))
+        std::filesystem::permissions(name, replaced.permissions(), ignored);
     system::replaceDurably(name, target);
     name.clear();
 }

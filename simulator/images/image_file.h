@@ -47,7 +47,8 @@ class IncomingFile {
     IncomingFile(const IncomingFile&) = delete;
     IncomingFile& operator=(const IncomingFile&) = delete;
 
-    // In one step, and on disk when it returns.
+    // In one step, and on disk when it returns. Whoever could read the old file can read the new one; without
+    // an old one that is the owner alone.
     void moveTo(const std::filesystem::path& target);
 
   private:

@@ -43,8 +43,8 @@ inline constexpr char pathListSeparator = sizeof(std::filesystem::path::value_ty
 // The folder that holds this library.
 std::filesystem::path libraryFolder();
 
-// Writes a new file and forces it to disk. Whatever had the name before goes first, so that no link leads the
-// bytes elsewhere and no pipe is waited for.
+// Writes a new file, its owner's alone, and forces it to disk. Whatever had the name before goes first, so
+// that no link leads the bytes elsewhere and no pipe is waited for.
 void writeDurably(const std::filesystem::path& file, std::span<const char> bytes);
 
 // Tells one version of a file from the next, or one state of a folder's list of names. All 0 for what is not

@@ -29,7 +29,7 @@ constexpr std::size_t hugePage = 1 << 21;
 class Descriptor {
   public:
     Descriptor(const std::filesystem::path& file, int flags)
-        : name(file), number(::open(file.c_str(), flags, 0644)) {
+        : name(file), number(::open(file.c_str(), flags, 0600)) {
         if (number < 0) raise(file);
     }
     ~Descriptor() { ::close(number); }

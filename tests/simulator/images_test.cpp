@@ -94,7 +94,7 @@ TEST_F(Images, ADamagedImageIsLeftOutWithFilePlaceAndWhatWasExpected) {
         field(R"("id": 256, "address": [])", "/fields/1/address", "1 to 15"),
         field(R"("id": 1, "pair": "e")", "/fields/1/pair", "\"d\""),
         files(R"("times": {"C/none": "2008-07-19T16:04:11Z"})", "/times/C/none", "an entry"),
-        files(R"("times": {"C": "2008-02-30T16:04:11Z"})", "/times/C", "a time"),
+        files(R"("times": {"C": "2008-02-30T16:04:11Z"})", "/times/C", "a time that there is"),
         files(R"("renaming": {"from": "C/a", "to": "../b"})", "/renaming/to", "an entry"),
     };
     std::filesystem::create_directories(phones.path / "bad/files/C");
