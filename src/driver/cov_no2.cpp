@@ -91,7 +91,7 @@ Long covNo2::CleanUp() noexcept {
         attempt([] { Contacts::CloseContactsConnection(); });
         attempt([] { Session::DMApiTerminate(); });
         attempt([] { Content::forgetDateRecordSize(); });
-        attempt([] { DebugLog::releaseSharedArea(); });
+        attempt([] { DebugLog::releaseWhatIsOpen(); });
         attempt([] { Files::releaseFileSystemObject(); });
         library::undoStarts();
     });
@@ -176,19 +176,17 @@ Long covNo2::GetConnectedDevices(TextArray& models, LongArray& Media, TextArray&
             if (result == MediaControl::libraryNotFound) return;
         }
         Devices::PhoneList list;
-        std::swap(list.models, models);
-        std::swap(list.media, Media);
-        std::swap(list.deviceIds, deviceID);
-        std::swap(list.addresses, BdAddr);
-        std::swap(list.names, Names);
-        std::swap(list.types, Types);
+        const auto exchange = [&] {
+            std::swap(list.models, models);
+            std::swap(list.media, Media);
+            std::swap(list.deviceIds, deviceID);
+            std::swap(list.addresses, BdAddr);
+            std::swap(list.names, Names);
+            std::swap(list.types, Types);
+        };
+        exchange();
         attempt([&] { result = Devices::GetPhoneList(list); });
-        std::swap(list.models, models);
-        std::swap(list.media, Media);
-        std::swap(list.deviceIds, deviceID);
-        std::swap(list.addresses, BdAddr);
-        std::swap(list.names, Names);
-        std::swap(list.types, Types);
+        exchange();
     });
 }
 

@@ -105,7 +105,7 @@ Marks marksOf(Long kind) {
 class Writer final : public LogWriter {
   public:
     void DebugInit();
-    void releaseSharedArea() {
+    void releaseWhatIsOpen() {
         watchedViewerSwitch_.close();
         watchedUserSwitch_.close();
         const std::unique_ptr<cMemMappedFile> released = std::move(viewer_.sharedArea);
@@ -276,8 +276,8 @@ void DebugInit() noexcept {
     });
 }
 
-void releaseSharedArea() noexcept {
-    attempt([] { writer().releaseSharedArea(); });
+void releaseWhatIsOpen() noexcept {
+    attempt([] { writer().releaseWhatIsOpen(); });
 }
 
 }  // namespace ovno2::DebugLog

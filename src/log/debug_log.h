@@ -18,6 +18,6 @@ void DebugInit() noexcept;
 
 // Gives the viewer's shared area back, and the keys of the switches. The next DebugInit that reads settings
 // makes a new area, the next re-check opens the keys; what is open when the thread ends is closed then.
-void releaseSharedArea() noexcept;
+void releaseWhatIsOpen() noexcept;
 
 }  // namespace ovno2::DebugLog

@@ -2,13 +2,14 @@
 //
 // Each module declares one `State` struct with a `static constexpr StateSlot slot`;
 // `threadState().get<State>()` hands it out and creates it on first use. Two threads share nothing. A test
-// resets everything with `resetThreadState`. States are destroyed in reverse slot order, so that a state may
-// use those of lower slots in its destructor.
+// resets everything with `resetThreadState`. The one state that declares `isAlwaysThere` needs no memory.
+// States are destroyed in reverse slot order, so that a state may use those of lower slots in its destructor.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <new>
 
 #include "platform_native/thread_value.h"
 
@@ -50,8 +51,14 @@ class ThreadState {
     State& get() {
         Holder& holder = states_[static_cast<std::size_t>(State::slot)];
         if (!holder.state) {
-            holder.state = new State();
-            holder.destroy = [](void* state) { delete static_cast<State*>(state); };
+            if constexpr (requires { State::isAlwaysThere; }) {
+                static_assert(sizeof(State) <= sizeof roomOfOne_);
+                holder.state = new (roomOfOne_) State();
+                holder.destroy = [](void* state) { std::destroy_at(static_cast<State*>(state)); };
+            } else {
+                holder.state = new State();
+                holder.destroy = [](void* state) { delete static_cast<State*>(state); };
+            }
         }
         return *static_cast<State*>(holder.state);
     }
@@ -76,6 +83,7 @@ class ThreadState {
         void (*destroy)(void*) = nullptr;
     };
     std::array<Holder, static_cast<std::size_t>(StateSlot::count)> states_{};
+    alignas(std::max_align_t) std::byte roomOfOne_[96];
 };
 
 // The calling thread's state, null when it has none.

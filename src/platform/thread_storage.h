@@ -4,11 +4,15 @@
 // `value` when the thread ends, or when the module is unloaded from the thread that unloads it.
 #pragma once
 
+#include <cstddef>
+
 namespace ovno2::platform {
 
 struct ThreadStorage {
     void* value = nullptr;
     void (*release)(void*) = nullptr;
+    // Room for the value, so that there is no thread without one for want of memory.
+    alignas(std::max_align_t) std::byte room[512] = {};
 };
 
 ThreadStorage& threadStorage();

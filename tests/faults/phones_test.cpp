@@ -1,4 +1,5 @@
 #include "common/every_fault.h"
+#include "core/attempt.h"
 
 namespace ovno2 {
 namespace {
@@ -81,6 +82,22 @@ TEST_F(PhoneFaults, AMediumIsSwitchedOrStays) {
             EXPECT_TRUE(active == (allMedia & ~8) || (fault != Fault::none && active == allMedia))
                 << active << " after " << result;
         });
+}
+
+// Where a routine may not throw, there is always a place to keep what went wrong.
+TEST(FirstOnAThread, AFailureNeedsNoMemory) {
+    std::thread([] {
+        FailureNumber failure = noFailure;
+        FailureNumber pending = noFailure;
+        const auto routine = [&]() noexcept {
+            const RoutineLog log(u"Routine");
+            failure = attempt([] { throw std::bad_alloc(); });
+            pending = pendingFailure().number;
+        };
+        failAllocation(/*n=*/0, /*onwards=*/true, routine);
+        EXPECT_EQ(outOfMemory, failure);
+        EXPECT_EQ(outOfMemory, pending);
+    }).join();
 }
 
 }  // namespace

@@ -122,10 +122,10 @@ TEST_F(LogViewer, ALineInTheSharedAreaIsFoundAtItsOffsetUntilTheAreaIsReleased) 
         EXPECT_EQ(u"[ovNo2] " + line + u"\r\n", text);
     }
     EXPECT_EQ(2u, messages.size());
-    DebugLog::releaseSharedArea();
+    DebugLog::releaseWhatIsOpen();
     DebugWrite(u"after");
     EXPECT_EQ("[ovNo2] cMem Class_Terminate\r\n[ovNo2] MemClose\r\n[ovNo2] after\r\n", chunkText());
-    DebugLog::releaseSharedArea();
+    DebugLog::releaseWhatIsOpen();
 }
 
 TEST_F(LogViewer, WithoutASharedAreaLinesGoByMessages) {

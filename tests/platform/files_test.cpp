@@ -67,27 +67,24 @@ TEST_F(FilesSeam, ANumberIsOneOpenFileOfOneThread) {
 }
 
 TEST_F(FilesSeam, LinesThatSeveralAppendAtOnceStayWhole) {
-    constexpr int writers = 4;
-    constexpr int lines = 500;
-    const auto lineOf = [](int writer, int line) {
-        return std::string(static_cast<std::size_t>(10 + line % 50), static_cast<char>('a' + writer)) +
-               std::to_string(line) + "\r\n";
+    const auto lineOf = [](char writer, std::size_t line) {
+        return std::string(10 + line % 50, writer) + std::to_string(line) + "\n";
     };
+    std::multiset<std::string> expected, written;
     std::vector<std::thread> threads;
-    for (int writer = 0; writer < writers; ++writer)
+    for (const char writer : {'a', 'b', 'c', 'd'}) {
+        for (std::size_t line = 0; line < 500; ++line)
+            expected.insert(lineOf(writer, line));
         threads.emplace_back([&, writer] {
-            for (int line = 0; line < lines; ++line)
+            for (std::size_t line = 0; line < 500; ++line)
                 EXPECT_EQ(noFailure, write("log.txt", FileAccess::append, lineOf(writer, line)));
         });
+    }
     for (std::thread& thread : threads)
         thread.join();
     std::istringstream log(readFile("log.txt"));
-    std::multiset<std::string> written, expected;
     for (std::string line; std::getline(log, line);)
         written.insert(line + "\n");
-    for (int writer = 0; writer < writers; ++writer)
-        for (int line = 0; line < lines; ++line)
-            expected.insert(lineOf(writer, line));
     EXPECT_EQ(expected, written);
 }
 

@@ -48,10 +48,5 @@ TEST_F(ScriptsTest, AScriptsProgressControlIsAdvanced) {
     EXPECT_EQ(contacts + 50 + 4, steps);
 }
 
-TEST_F(ScriptsTest, AScriptMayAssignToTheVariablesOfARunningCall) {
-    EXPECT_EQ("10 Variant() Nokia 6230i Empty\n20 Variant() 5 String\n30 Variant() 5 String\n",
-              output(script("assigns.vbs")));
-}
-
 }  // namespace
 }  // namespace ovno2::windows_tests

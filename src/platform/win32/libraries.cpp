@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/win32/module_path.h"
+#include "platform/win32/search_path.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows_platform.h"
 
@@ -45,13 +46,12 @@ namespace {
 class WindowsLibraries : public Libraries {
   public:
     std::unique_ptr<Library> load(TextView name) override {
-        HMODULE module = LoadLibraryW(wide(Text(name)));
+        HMODULE module = nullptr;
+        GetModuleHandleExW(/*dwFlags=*/0, wide(Text(name)), &module);  // one that the process has counts
+        if (!module) module = loadFrom(isBareName(name) ? findNamed(name, L".dll") : Text(name));
         if (!module) {
             const Text folder = connectivityFolder();
-            // Its own folder is searched for what it needs in turn.
-            if (!folder.empty())
-                module = LoadLibraryExW(wide(folder + u"\\" + Text(name) + u".dll"), /*hFile=*/nullptr,
-                                        LOAD_WITH_ALTERED_SEARCH_PATH);
+            if (!folder.empty()) module = loadFrom(folder + u"\\" + Text(name) + u".dll");
         }
         if (!module) return nullptr;
         try {
@@ -74,6 +74,11 @@ class WindowsLibraries : public Libraries {
     }
 
   private:
+    // Its own folder is searched for what it needs in turn.
+    static HMODULE loadFrom(const Text& path) {
+        return path.empty() ? nullptr
+                            : LoadLibraryExW(wide(path), /*hFile=*/nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    }
     // Without a trailing separator; empty when no connectivity software is installed.
     static Text connectivityFolder() {
         std::unique_ptr<RegistryKey> key;

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "base/values.h"
+#include "platform/win32/search_path.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows_platform.h"
 
@@ -67,39 +68,6 @@ FailureNumber startFailure(DWORD error) {
     }
 }
 
-bool isBareName(TextView name) {
-    return !name.empty() && name.find_first_of(u"\\/:") == TextView::npos;
-}
-
-// Where programs named without a path are looked for: the host's folder, the system's, PATH. Not in the
-// current folder, where anybody may have put something.
-Text searchFolders() {
-    std::vector<wchar_t> buffer(longestPath);
-    Text folders = fromWide(buffer.data(), GetModuleFileNameW(nullptr, buffer.data(), longestPath));
-    folders.resize(std::min(folders.rfind(u'\\'), folders.size()));
-    for (const auto folder : {GetSystemDirectoryW, GetWindowsDirectoryW})
-        folders.append(u";").append(fromWide(buffer.data(), folder(buffer.data(), longestPath)));
-    const DWORD length = GetEnvironmentVariableW(L"PATH", buffer.data(), longestPath);
-    for (const Text& folder : split(fromWide(buffer.data(), length < longestPath ? length : 0), u';')) {
-        const bool onDrive = folder.size() > 2 && folder[1] == u':' && folder[2] == u'\\';
-        if (onDrive || folder.starts_with(u"\\\\")) folders.append(u";").append(folder);
-    }
-    return folders;
-}
-
-// The full path of a program named without one; empty when there is none.
-Text findProgram(TextView name, std::initializer_list<const wchar_t*> extensions) {
-    const Text folders = searchFolders();
-    const Text wanted(name);
-    std::vector<wchar_t> path(longestPath);
-    for (const wchar_t* const extension : extensions) {
-        const DWORD length =
-            SearchPathW(wide(folders), wide(wanted), extension, longestPath, path.data(), nullptr);
-        if (length > 0 && length < longestPath) return fromWide(path.data(), length);
-    }
-    return {};
-}
-
 // The command line with its program's full path where it had only a name; empty when there is no such
 // program.
 Text withProgramPath(TextView line) {
@@ -112,7 +80,7 @@ Text withProgramPath(TextView line) {
         end = std::min(line.find_first_of(quoted ? u"\"" : u" \t", end + 1), line.size());
         const TextView name = line.substr(quoted ? 1 : 0, end - (quoted ? 1 : 0));
         if (!isBareName(name)) return first ? Text(line) : Text();
-        if (const Text program = findProgram(name, {L".exe"}); !program.empty())
+        if (const Text program = findNamed(name, L".exe"); !program.empty())
             return (u'"' + program + u'"').append(line.substr(std::min(end + (quoted ? 1 : 0), line.size())));
         if (quoted) break;
     }
@@ -232,7 +200,9 @@ class WindowsProcesses : public Processes {
         const Text verbText(verb);
         Text fileText(file);
         if (const Text name = removeAll(file, u'"'); isBareName(name)) {
-            const Text program = findProgram(name, {L".exe", L".com", L".bat", L".cmd"});
+            Text program;
+            for (const wchar_t* const extension : {L".exe", L".com", L".bat", L".cmd"})
+                if (program.empty()) program = findNamed(name, extension);
             if (program.empty() && !isRegistered(name)) return ERROR_FILE_NOT_FOUND;
             if (!program.empty()) fileText = program;
         }
