@@ -19,9 +19,9 @@ std::vector<std::string> arguments(int argc, char** argv) {
 
 void useLargePages() {
 #ifdef __GLIBC__
-    // The heap reserves at once what a phone book of 100,000 contacts needs, and takes large blocks as well;
+    // The heap reserves at once what a phone book of 10,000 contacts needs, and takes large blocks as well;
     // only what is used of it becomes memory. Where so much cannot be reserved, everything is as usual.
-    constexpr int reserve = 512 << 20, laterStep = 1 << 20, largestBlock = 32 << 20;
+    constexpr int reserve = 64 << 20, laterStep = 1 << 20, largestBlock = 32 << 20;
     mallopt(M_MMAP_THRESHOLD, largestBlock);
     mallopt(M_TRIM_THRESHOLD, 2 * reserve);
     mallopt(M_TOP_PAD, reserve);
