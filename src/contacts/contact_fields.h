@@ -20,6 +20,7 @@ class FieldDefinitions {
     explicit FieldDefinitions(const TextTable& table);
 
     std::size_t rows() const { return codes_.size(); }
+    Long code(std::size_t row) const { return codes_[row]; }
     // The first row with that code, -1 when there is none.
     Long firstRow(Long code) const;
     bool has(Long code) const { return firstRow(code) >= 0; }

@@ -372,6 +372,10 @@ const Text& phoneModel() {
     return stateOf<State>().phoneModel;
 }
 
+const Text& profileSection() {
+    return stateOf<State>().profileSection;
+}
+
 void PhoneModel_(const Text& model) {
     State& state = stateOf<State>();
     attempt([&] { state.phoneModel = model; });
@@ -382,6 +386,7 @@ void PhoneModel_(const Text& model) {
         section = Registry::GetIniValue(section, u"SameAs", profile);
         type = Registry::GetIniValue(section, u"Type", profile);
     }
+    attempt([&] { state.profileSection = section; });
     state.platformType = eNokiaPhoneType;
     if (type.starts_with(u"S40")) state.platformType = eNokiaPhoneS40;
     if (type.starts_with(u"S60")) state.platformType = eNokiaPhoneS60;

@@ -45,6 +45,7 @@ namespace Devices {
 struct State {
     static constexpr StateSlot slot = StateSlot::devices;
     Text phoneModel;                      // as given to PhoneModel_
+    Text profileSection;                  // of the profile, where that model's type stands
     Long platformType = eNokiaPhoneType;  // a tNokiaPhoneType
 };
 
@@ -73,7 +74,8 @@ Long GetPhoneType(const Text& id);
 // Stores the model name and derives the platform type from the profile.
 void PhoneModel_(const Text& model);
 const Text& phoneModel();
-Long platformType();  // a tNokiaPhoneType
+const Text& profileSection();  // the section of the profile that tells about that model
+Long platformType();           // a tNokiaPhoneType
 
 // The platform type for a platform code and level of the properties record; 0 when the code is unknown.
 Long platformTypeOf(std::uint32_t code, std::uint32_t level);

@@ -1,7 +1,9 @@
 #include "driver/cov_no2.h"
 
+#include "contacts/contact_writing.h"
 #include "contacts/contacts.h"
 #include "contacts/contacts_connection.h"
+#include "contacts/write_session.h"
 #include "content/sessions.h"
 #include "core/attempt.h"
 #include "core/current_platform.h"
@@ -199,24 +201,31 @@ Long covNo2::NokiaGetAddressBookItems(Text& model, Text& PhoneId, Text&, HostArr
     });
 }
 
-Long covNo2::DeleteAddressBookItem(Text&, Text&, const Text&) noexcept {
-    return contentNotAvailable(u"DeleteAddressBookItem");
+Long covNo2::DeleteAddressBookItem(Text& model, Text& PhoneId, const Text& Id) noexcept {
+    return loggedMember(u"DeleteAddressBookItem",
+                        [&](Long& result) { result = Contacts::DeleteContact(model, PhoneId, Id); });
 }
 
-Long covNo2::WriteAddressBookItem(Text&, Text&, Text&, Text&, const TextTable&, bool, bool, Long,
-                                  Long) noexcept {
-    return contentNotAvailable(u"WriteAddressBookItem");
+Long covNo2::WriteAddressBookItem(Text& model, Text& PhoneId, Text& Id, Text& elems,
+                                  const TextTable& Mobilefields, bool isnew, bool, Long isrewrite,
+                                  Long pCallBack) noexcept {
+    return loggedMember(u"WriteAddressBookItem", [&](Long& result) {
+        result = Contacts::WriteContact(model, PhoneId, Id, elems, Mobilefields, isnew, isrewrite, pCallBack);
+    });
 }
 
-// Without a write session there is nothing to commit.
-Long covNo2::EndWriteSession(Long, TextArray&, TextArray&, bool) noexcept {
-    return 0;
+constexpr Long contacts = 1;  // `what`
+
+Long covNo2::EndWriteSession(Long what, TextArray& tempids, TextArray& uids, bool writeit) noexcept {
+    return member(Long{0}, [&](Long& result) {
+        if (what == contacts) result = Contacts::ContactsEndWriteSession(tempids, uids, writeit);
+    });
 }
 
 Long covNo2::GetAllUids(Long what, TextArray& uids) noexcept {
-    constexpr Long contactIdentifiers = 1;
-    if (what == contactIdentifiers) uids.clear();
-    return 0;
+    return member(Long{0}, [&](Long&) {
+        if (what == contacts) Contacts::GetAllUids(uids);
+    });
 }
 
 Single covNo2::GetApiVersion() noexcept {

@@ -122,13 +122,27 @@ class covNo2 {
                                   const TextTable& Mobilefields, TextArray& Groups,
                                   const Text& FolderForPics = {}, const ObjectPointer& Progressbar = nullptr,
                                   Long pCallBack = 0) noexcept;
-    // Writing contacts is not there yet: DeleteAddressBookItem and WriteAddressBookItem give -1,
-    // EndWriteSession and GetAllUids 0. Nothing is written but `uids`, which GetAllUids empties for `what` 1.
+    // Writing a phone book. The first contact written or deleted begins a session with the phone; nothing is
+    // changed on it until EndWriteSession commits all at once. `Id` is the contact's UID (or, until the
+    // session ends, the temporary id of one that it has written); `elems` has a value for each row of
+    // `Mobilefields`, divided by tabs, with "\t" for a tab inside a value. `isnew`, an empty `Id` or one the
+    // phone does not know write a new contact, whose temporary id comes back in `Id`. `isrewrite` not 0 keeps
+    // first and last name only; `delete_` has no effect. `pCallBack` is asked about a contact whose notes and
+    // categories an old library cannot write back. `PhoneId` becomes the phone's serial number. 0 written,
+    // deleted, or left out by the answer "no"; -1 library not started, (deleting) no such contact or no
+    // memory for a value, -2 no such phone, -3 not connected, -4 operation not begun, -5 contacts not listed,
+    // -9 given up by the answer "cancel", else the library's status. A contact that is refused leaves the
+    // session and its other contacts as they are.
     Long DeleteAddressBookItem(Text& model, Text& PhoneId, const Text& Id) noexcept;
     Long WriteAddressBookItem(Text& model, Text& PhoneId, Text& Id, Text& elems,
                               const TextTable& Mobilefields, bool isnew = false, bool delete_ = false,
                               Long isrewrite = 0, Long pCallBack = 0) noexcept;
+    // Ends the session of `what` (1 contacts): committed with `writeit`, else dropped. Where contacts are
+    // new, `tempids` and `uids` get the temporary id and the UID of each; otherwise both are left alone. 0,
+    // or the library's status; a failed commit leaves the phone as it was.
     Long EndWriteSession(Long what, TextArray& tempids, TextArray& uids, bool writeit = false) noexcept;
+    // For `what` 1: position, ";" and UID of every contact the phone listed when the session began; no
+    // elements without a session. 0; any other `what` does nothing.
     Long GetAllUids(Long what, TextArray& uids) noexcept;
     // The library's content-access version, such as 50; 0 when it cannot be asked.
     Single GetApiVersion() noexcept;

@@ -33,6 +33,7 @@ enum class StateSlot : std::size_t {
     media,
     content,
     contacts,
+    contactsWriting,
     calendar,
     messages,
     phoneFiles,
