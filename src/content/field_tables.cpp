@@ -61,8 +61,9 @@ void InitFieldTables() {
     const RoutineLog log(u"InitFieldTables");
     FieldTables& tables = state().Fields;
     tables = {};
+    tables.version = deviceManagementVersion();
     setRows(tables, rowsOfAllVersions);
-    if (deviceManagementVersion() < firstVersionWithLongIds) {
+    if (tables.version < firstVersionWithLongIds) {
         tables.FieldGroupBounds = shortIdBounds;
         setRows(tables, rowsOfShortIds);
     } else {

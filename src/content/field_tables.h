@@ -14,6 +14,7 @@ namespace ovno2::Content {
 inline constexpr std::size_t fieldIdCount = 529;
 
 struct FieldTables {
+    Long version = 0;  // of the device-management library they are for; 0 = unknown, or not yet built
     // Phone field id -> host field code, first and second choice; 0 = no mapping.
     std::array<Long, fieldIdCount> FieldCodeTable{};
     std::array<Long, fieldIdCount> AltFieldCodeTable{};
