@@ -199,8 +199,12 @@ Status readItem(Handle operation, const ItemIdRecord* id, void* item) {
         if (size != sizeof(ContactRecord)) return status::wrongRecordSize;
         const std::string uid = uidOf(world, id);
         const Phone& phone = *session.phone;
-        const Contact* const contact = storeOf(session).find(uid, session.nextRead);
-        if (contact == nullptr || phone.vanished.contains(uid)) return status::itemNotFound;
+        const Contact* contact = nullptr;
+        if (const auto queued = session.findNew(id->position); uid.empty() && queued != session.changes.end())
+            contact = queued->contact.get();
+        else if (!phone.vanished.contains(uid))
+            contact = storeOf(session).find(uid, session.nextRead);
+        if (contact == nullptr) return status::itemNotFound;
         ContactRecord record;
         buildItem(world, phone, *contact, record);
         std::memcpy(item, &record, sizeof record);

@@ -10,14 +10,6 @@
 namespace ovno2::simulator::content {
 namespace {
 
-// The queued contact that a caller names by its temporary id, or the end.
-auto findNew(ContentOperation& operation, Word temporaryId) {
-    return std::find_if(operation.changes.begin(), operation.changes.end(), [=](const ContentChange& change) {
-        return change.kind == ContentChange::Kind::write && change.uid.empty() &&
-               change.temporaryId == temporaryId;
-    });
-}
-
 const Contact& requireContact(const ContentOperation& operation, const std::string& uid) {
     const Contact* const contact = operation.phone->contacts->find(uid);
     if (contact == nullptr || operation.phone->vanished.contains(uid)) throw Refused{status::itemNotFound};
@@ -71,7 +63,7 @@ Status writeItem(Handle handle, ItemIdRecord* id, const void* item) {
         const Contact* const previous = change.uid.empty() ? nullptr : &requireContact(operation, change.uid);
         change.contact = contactFromItem(world, *operation.phone, record, previous);
         change.contact->folderId = id->folderId;
-        const auto queued = findNew(operation, id->position);
+        const auto queued = operation.findNew(id->position);
         if (change.uid.empty() && queued != operation.changes.end()) {
             queued->contact = std::move(change.contact);
             return statusOk;
@@ -94,7 +86,7 @@ Status deleteItem(Handle handle, const ItemIdRecord* id) {
         change.kind = ContentChange::Kind::remove;
         change.uid = uidOf(world, id);
         if (change.uid.empty()) {
-            const auto queued = findNew(operation, id->position);
+            const auto queued = operation.findNew(id->position);
             if (queued == operation.changes.end()) return status::itemNotFound;
             operation.changes.erase(queued);
             return statusOk;

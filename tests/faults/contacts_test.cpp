@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <fstream>
 
 #include "common/every_fault.h"
@@ -79,6 +80,81 @@ TEST_F(ContactFaults, AReadKeepsWhatArrivedAndCountsIt) {
                               std::ifstream picture(file.path(), std::ios::binary);
                               EXPECT_EQ("bytes", std::string(std::istreambuf_iterator<char>(picture), {}));
                           }
+                  });
+}
+
+// A phone book of which one contact is changed, one is new and one goes, in one session.
+class ContactWriteFaults : public ContactFaults {
+  protected:
+    std::string book() const {
+        std::ifstream file(image() / "contacts.json");
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    void putBack() {
+        std::ofstream(image() / "picture") << "bytes";
+        std::ofstream(image() / "contacts.json") << before;
+    }
+    void attachPhones() override {
+        putBack();
+        ContactFaults::attachPhones();
+    }
+    const std::string before = book();
+};
+
+TEST_F(ContactWriteFaults, ASessionChangesAllOfThePhoneBookOrNothing) {
+    const TextTable table = tableOf({1, 2, 20, 80, 6, 17});
+    std::string after;
+    Text model, phoneId, changed, added;
+    Text values[2];
+    TextArray tempids, uids;
+    bool allWritten = false;
+    forEveryFault({.prepare =
+                       [&] {
+                           putBack();
+                           model = u"Nokia N95";
+                           phoneId.clear();
+                           changed = u"01";
+                           added.clear();
+                           values[0] = u"Anna with another first name\tKurz\t+49\t\tStreet 2\t1975-04-12";
+                           values[1] = u"Dora with a long first name\tNew\t+41 and more";
+                           tempids.clear();
+                           uids.clear();
+                       },
+                   .run =
+                       [&](covNo2& phone) {
+                           const Long results[] = {
+                               phone.WriteAddressBookItem(model, phoneId, changed, values[0], table),
+                               phone.WriteAddressBookItem(model, phoneId, added, values[1], table),
+                               phone.DeleteAddressBookItem(model, phoneId, u"02")};
+                           allWritten = std::ranges::all_of(results, [](Long result) { return result == 0; });
+                           // As a host does: what could not be written is not committed.
+                           const Long ended = phone.EndWriteSession(1, tempids, uids, allWritten);
+                           for (const Long result : results)
+                               if (result != 0) return result;
+                           return ended;
+                       },
+                   .done = 0,
+                   .otherwise = {-1, -2, -3, -4, -5},
+                   .statusToo = true,
+                   .leavesOpen = true},
+                  [&](Long result, Fault fault) {
+                      const std::string found = book();
+                      if (fault == Fault::none && after.empty()) after = found;
+                      EXPECT_NE(before, after);
+                      const bool untouched = found == before;
+                      // A contact that cannot be read back is written as a new one; the old one stays whole.
+                      using Json = simulator::Control::Json;
+                      const Json old = Json::parse(before)["contacts"][0];
+                      Json kept = Json::parse(found)["contacts"][0];
+                      kept.erase("position");
+                      const bool asNew = fault != Fault::none && kept == old;
+                      EXPECT_TRUE(untouched || found == after || asNew) << found;
+                      if (fault == Fault::none) {
+                          EXPECT_EQ(result == 0, found == after);
+                      }
+                      if (!allWritten) {
+                          EXPECT_TRUE(untouched);
+                      }
                   });
 }
 
