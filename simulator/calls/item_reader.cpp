@@ -10,7 +10,6 @@ namespace ovno2::simulator {
 namespace {
 
 using library::ContactRecord;
-using library::DateRecord;
 using library::ItemPair;
 using library::PictureRecord;
 

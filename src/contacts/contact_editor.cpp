@@ -58,7 +58,8 @@ int partOfAddress(Long code) {
 
 // The text of an item as the host has been told it.
 Text textOf(const DataItem& item) {
-    Text text = library::GetStringFromPointer(item.Value);
+    Text text;
+    readPhoneText(item.Value, text);
     if (item.FieldId == companyId && text.ends_with(u';')) text.pop_back();
     return text;
 }
@@ -149,7 +150,7 @@ void ContactEditor::place(const Text& values, const FieldDefinitions& table, boo
             if (part >= 0)
                 collect(id, static_cast<std::size_t>(part), text);
             else
-                placeValue(id, std::move(text));
+                placeValue(id, code, std::move(text));
         };
         if (id == categoryId)
             for (Text& piece : split(value, u';'))
@@ -158,54 +159,73 @@ void ContactEditor::place(const Text& values, const FieldDefinitions& table, boo
             one(std::move(value));
     }
     for (const auto& [id, addresses] : addresses_)
-        for (const Address_& address : addresses)
+        for (const AddressTexts& address : addresses)
             placeAddress(id, address);
 }
 
-void ContactEditor::placeValue(Word id, Text value) {
+void ContactEditor::placeValue(Word id, Long code, Text value) {
     const auto group = static_cast<std::size_t>(Content::state().Fields.group(id));
     if (group == 0) return;
     DebugWrite(u"!0");
     if (id == birthdayId) return placeDate(group, value);
     if (id == pictureId) return placePicture(group, value);
     if (id == lastNameId) std::ranges::replace(value, u';', u',');
-    placeText(id, group, value);
+    placeText(id, code, group, value);
 }
 
 Word ContactEditor::pairedId(Word id) const {
     return merging_.addresses && isAddressId(id) ? generalAddressId : id;
 }
 
-// The phone's item that goes with the next row of an id; null when it has none left.
-DataItem* ContactEditor::nextExisting(Word id, std::size_t group) {
-    std::size_t before = counted_[id]++;
-    const auto begin = groups_[group - 1].begin();
-    const auto end = begin + static_cast<std::ptrdiff_t>(existing_[group - 1]);
-    const auto found = std::find_if(
-        begin, end, [&](const DataItem& item) { return pairedId(item.FieldId) == id && before-- == 0; });
-    return found == end ? nullptr : &*found;
+// The phone's item that goes with the next row of an id; none when there is none left.
+std::optional<std::size_t> ContactEditor::nextExisting(Word id, std::size_t group) const {
+    const auto known = counted_.find(id);
+    std::size_t before = known == counted_.end() ? 0 : known->second;
+    const std::vector<DataItem>& items = groups_[group - 1];
+    for (std::size_t i = 0; i < existing_[group - 1]; ++i)
+        if (pairedId(items[i].FieldId) == id && before-- == 0) return i;
+    return std::nullopt;
 }
 
-// Whether the phone has the value of a special kind as one of the general kind.
-bool ContactEditor::standsAsGeneral(Word id, std::size_t group, const Text& value) const {
+DataItem& ContactEditor::pairWith(Word id, std::size_t group, std::size_t place) {
+    ++counted_[id];
+    paired_.insert({group, place});
+    return groups_[group - 1][place];
+}
+
+// Whether the phone has the value under another id: of a special kind as one of the general kind, or in an
+// item that no row goes with and that is read into the row of this code. Where a phone has three mobile
+// numbers and the host two rows, the one that has no row would be lost otherwise.
+bool ContactEditor::standsElsewhere(Word id, Long code, std::size_t group, const Text& value) {
     Word general = 0;
     if (isKindOfMail(id)) general = mailId;
     if (merging_.pages && isKindOfPage(id)) general = pageId;
-    if (general == 0) return false;
-    const std::vector<DataItem>& items = groups_[group - 1];
-    return std::ranges::any_of(items, [&](const DataItem& item) {
-        return item.FieldId == general && sameText(textOf(item), value);
-    });
+    const Content::FieldTables& fields = Content::state().Fields;
+    std::vector<DataItem>& items = groups_[group - 1];
+    for (std::size_t i = 0; i < existing_[group - 1]; ++i) {
+        const Word itemId = items[i].FieldId;
+        const bool isGeneral = general != 0 && itemId == general;
+        const bool isOfCode = fields.code(itemId) == code || fields.alternativeCode(itemId) == code;
+        const bool mayStand = isGeneral || (itemId != id && isOfCode && !paired_.contains({group, i}));
+        if (!mayStand || !sameText(textOf(items[i]), value)) continue;
+        paired_.insert({group, i});
+        return true;
+    }
+    return false;
 }
 
-void ContactEditor::placeText(Word id, std::size_t group, const Text& value) {
-    DataItem* const item = nextExisting(id, group);
-    if (item) {
+void ContactEditor::placeText(Word id, Long code, std::size_t group, const Text& value) {
+    const std::optional<std::size_t> place = nextExisting(id, group);
+    if (place && sameText(textOf(groups_[group - 1][*place]), value)) {
         DebugWrite(u"!7");
-        if (sameText(textOf(*item), value)) return;
+        pairWith(id, group, *place);
+        return;
+    }
+    if (!value.empty() && standsElsewhere(id, code, group, value)) return;
+    if (place) {
         const Address text = pieces_.text(encoded(id, group, value));
-        giveTextBack(std::exchange(item->Value, text));
-    } else if (!value.empty() && !standsAsGeneral(id, group, value)) {
+        giveTextBack(std::exchange(pairWith(id, group, *place).Value, text));
+    } else if (!value.empty()) {
         DebugWrite(u"!8");
         add(id, group, pieces_.text(encoded(id, group, value)));
     }
@@ -226,7 +246,8 @@ void ContactEditor::placeDate(std::size_t group, const Text& value) {
 
 void ContactEditor::placePicture(std::size_t group, const Text& path) {
     constexpr const char16_t* format = u"JPEG";
-    DataItem* const item = nextExisting(pictureId, group);
+    const std::optional<std::size_t> place = nextExisting(pictureId, group);
+    DataItem* const item = place ? &pairWith(pictureId, group, *place) : nullptr;
     PictureRecord old{};
     if (item) {
         attempt([&] { library::copyRecord(item->Value, old); });
@@ -235,8 +256,7 @@ void ContactEditor::placePicture(std::size_t group, const Text& path) {
     if (path.empty()) {
         if (!item) return;
         givePictureBack(item->Value);
-        groups_[group - 1].erase(groups_[group - 1].begin() + (item - groups_[group - 1].data()));
-        --existing_[group - 1];
+        item->Value = 0;  // what has no value is not written
         return;
     }
     DebugWrite(u"!10");
@@ -265,16 +285,17 @@ void ContactEditor::placePicture(std::size_t group, const Text& path) {
 void ContactEditor::collect(Word id, std::size_t part, const Text& value) {
     auto known = std::ranges::find_if(addresses_, [&](const auto& one) { return one.first == id; });
     if (known == addresses_.end()) known = addresses_.insert(known, {id, {}});
-    std::vector<Address_>& addresses = known->second;
-    auto free = std::ranges::find_if(addresses, [&](const Address_& one) { return !one[part]; });
-    if (free == addresses.end()) free = addresses.insert(addresses.end(), Address_());
+    std::vector<AddressTexts>& addresses = known->second;
+    auto free = std::ranges::find_if(addresses, [&](const AddressTexts& one) { return !one[part]; });
+    if (free == addresses.end()) free = addresses.insert(addresses.end(), AddressTexts());
     (*free)[part] = value;
 }
 
-void ContactEditor::placeAddress(Word id, const Address_& address) {
+void ContactEditor::placeAddress(Word id, const AddressTexts& address) {
     const auto group = static_cast<std::size_t>(Content::state().Fields.group(id));
     if (group == 0) return;
-    DataItem* const item = nextExisting(id, group);
+    const std::optional<std::size_t> place = nextExisting(id, group);
+    DataItem* const item = place ? &pairWith(id, group, *place) : nullptr;
     std::array<Word, addressWords> old{};
     if (item && attempt([&] { old = addressRecordAt(item->Value); }) == outOfMemory)
         throw RuntimeFailure(outOfMemory);
@@ -282,7 +303,9 @@ void ContactEditor::placeAddress(Word id, const Address_& address) {
     std::array<Text, addressParts> texts;
     bool changed = false, empty = true;
     for (std::size_t part = 0; part < addressParts; ++part) {
-        const Text before = library::GetStringFromPointer(old[firstPart + part]);
+        Text before;
+        readPhoneText(old[firstPart + part], before);
+        if (before.ends_with(u'\r')) before.pop_back();
         texts[part] = address[part].value_or(before);
         if (!sameText(texts[part], before)) changed = true;
         if (!texts[part].empty()) empty = false;
@@ -334,6 +357,8 @@ Text ContactEditor::encoded(Word id, std::size_t group, const Text& value) const
 
 std::array<std::vector<DataItem>, ContactEditor::groupCount> ContactEditor::merged() const {
     std::array<std::vector<DataItem>, groupCount> groups = groups_;
+    std::erase_if(groups[0],
+                  [](const DataItem& item) { return item.FieldId == pictureId && item.Value == 0; });
     for (DataItem& item : groups[2]) {
         item.FieldId = pairedId(item.FieldId);
         if (merging_.mails && isKindOfMail(item.FieldId)) item.FieldId = mailId;

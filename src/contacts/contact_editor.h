@@ -7,6 +7,7 @@
 #include <array>
 #include <map>
 #include <optional>
+#include <set>
 
 #include "contacts/contact_fields.h"
 #include "contacts/library_pieces.h"
@@ -44,18 +45,19 @@ class ContactEditor {
 
   private:
     static constexpr std::size_t addressParts = 5;  // words 2 to 6 of the record
-    using Address_ = std::array<std::optional<Text>, addressParts>;
+    using AddressTexts = std::array<std::optional<Text>, addressParts>;
 
     std::vector<Content::DataItem>& group(std::size_t number) { return groups_[number - 1]; }
     library::Word pairedId(library::Word id) const;
-    Content::DataItem* nextExisting(library::Word id, std::size_t group);
-    bool standsAsGeneral(library::Word id, std::size_t group, const Text& value) const;
-    void placeValue(library::Word id, Text value);
-    void placeText(library::Word id, std::size_t group, const Text& value);
+    std::optional<std::size_t> nextExisting(library::Word id, std::size_t group) const;
+    Content::DataItem& pairWith(library::Word id, std::size_t group, std::size_t place);
+    bool standsElsewhere(library::Word id, Long code, std::size_t group, const Text& value);
+    void placeValue(library::Word id, Long code, Text value);
+    void placeText(library::Word id, Long code, std::size_t group, const Text& value);
     void placeDate(std::size_t group, const Text& value);
     void placePicture(std::size_t group, const Text& path);
     void collect(library::Word id, std::size_t part, const Text& value);
-    void placeAddress(library::Word id, const Address_& address);
+    void placeAddress(library::Word id, const AddressTexts& address);
     void add(library::Word id, std::size_t group, library::Word value);
     Text encoded(library::Word id, std::size_t group, const Text& value) const;
 
@@ -63,9 +65,10 @@ class ContactEditor {
     Long version_;
     LibraryPieces pieces_;
     std::array<std::vector<Content::DataItem>, groupCount> groups_;
-    std::array<std::size_t, groupCount> existing_{};  // how many of the leading items the phone had
-    std::map<library::Word, std::size_t> counted_;    // rows of an id so far
-    std::vector<std::pair<library::Word, std::vector<Address_>>> addresses_;  // by id
+    std::array<std::size_t, groupCount> existing_{};        // how many of the leading items the phone had
+    std::set<std::pair<std::size_t, std::size_t>> paired_;  // group and place of items that a row goes with
+    std::map<library::Word, std::size_t> counted_;          // rows of an id so far
+    std::vector<std::pair<library::Word, std::vector<AddressTexts>>> addresses_;  // by id
 };
 
 }  // namespace ovno2::Contacts

@@ -39,11 +39,6 @@ bool isLongAddressId(Word id) {
     return id >= 256 && id <= 258;
 }
 
-void readPhoneText(Address pointer, Text& text) {
-    library::GetStringFromPointer(pointer, text);
-    if (contains(text, u'=')) text = replaceAll(text, u"=40"sv, u"@"sv);
-}
-
 // Puts the item's value into the empty `value` as text; address records and unknown ids have none.
 void readValue(const AdrItem& record, const Content::DataItem& item, const Text& pictureFolder,
                const Text& uid, Text& value) {
@@ -175,6 +170,11 @@ void addToRow(Text& row, Long code, const Text& value) {
 }
 
 }  // namespace
+
+void readPhoneText(Address pointer, Text& text) {
+    library::GetStringFromPointer(pointer, text);
+    if (contains(text, u'=')) text = replaceAll(text, u"=40"sv, u"@"sv);
+}
 
 FieldDefinitions::FieldDefinitions(const TextTable& table) : codes_(table.rows(), 0) {
     firstRows_.fill(-1);

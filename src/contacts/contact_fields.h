@@ -65,6 +65,9 @@ void SaveContactInfo(AdrItem& record, ContactValues& values, const Content::Data
                      const FieldDefinitions& table, bool nameFallback, const Text& pictureFolder,
                      const Text& uid);
 
+// The text at `pointer` as a contact's value: some phones write "=40" for "@".
+void readPhoneText(Address pointer, Text& text);
+
 // Takes the brackets off a formatted name that stands in for the last name; one that only repeats the first
 // name goes.
 void cleanUpName(ContactValues& values, const FieldDefinitions& table);

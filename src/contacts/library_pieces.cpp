@@ -6,24 +6,22 @@ namespace ovno2::Contacts {
 
 LibraryPieces::~LibraryPieces() {
     for (char16_t* const text : texts_)
-        library::CONAFreeString.tried(text);
+        if (text) library::CONAFreeString.tried(text);
     for (void* const block : blocks_)
-        library::CONAFreeMemory.tried(block);
+        if (block) library::CONAFreeMemory.tried(block);
 }
 
 Address LibraryPieces::text(const Text& text) {
-    texts_.reserve(texts_.size() + 1);
-    char16_t* const made = library::CONAAllocString.tried(text.c_str());
+    char16_t*& made = texts_.emplace_back(nullptr);  // there is a place for what the library gives
+    made = library::CONAAllocString.tried(text.c_str());
     if (!made) throw RuntimeFailure(outOfMemory);
-    texts_.push_back(made);
     return library::addressOf(made);
 }
 
 Address LibraryPieces::block(std::span<const std::uint8_t> bytes) {
-    blocks_.reserve(blocks_.size() + 1);
-    void* const made = library::CONAAllocMemory.tried(static_cast<library::Word>(bytes.size()));
+    void*& made = blocks_.emplace_back(nullptr);
+    made = library::CONAAllocMemory.tried(static_cast<library::Word>(bytes.size()));
     if (!made) throw RuntimeFailure(outOfMemory);
-    blocks_.push_back(made);
     std::memcpy(made, bytes.data(), bytes.size());
     return library::addressOf(made);
 }

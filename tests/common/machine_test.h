@@ -23,6 +23,7 @@
 #include "platform/portable/machine.h"
 #include "platform/portable/processes.h"
 #include "platform/portable/registry.h"
+#include "platform/portable/windows.h"
 #endif
 
 namespace ovno2 {
