@@ -125,8 +125,8 @@ void ContactEditor::takeExisting(const library::ContactRecord& record) {
 Text ContactEditor::name() const {
     Text name;
     for (const DataItem& item : groups_[0]) {
-        if (item.FieldId == firstNameId) name = textOf(item) + u" " + name;
-        if (item.FieldId == lastNameId) name += u" " + textOf(item);
+        if (item.FieldId == firstNameId) name.insert(0, textOf(item).append(u" "));
+        if (item.FieldId == lastNameId) name.append(u" ").append(textOf(item));
         name = replaceAll(name, u"  ", u" ");
     }
     return trimBlanks(name);
@@ -144,7 +144,7 @@ void ContactEditor::place(const Text& values, const FieldDefinitions& table, boo
         if (code != pictureCode) value = replaceAll(value, u"\\t", u"\t");
         if (namesOnly && code != firstNameCode && code != lastNameCode) value.clear();
         const auto one = [&](Text text) {
-            if (text != u" ") text = trimBlanks(text);
+            if (text.size() > 1) text = trimBlanks(text);  // a single blank stays
             DebugLine(u"> ", decimal{static_cast<Long>(row)}, u":", decimal{code}, text);
             const int part = isAddressId(id) ? partOfAddress(code) : -1;
             if (part >= 0)

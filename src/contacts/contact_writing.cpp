@@ -15,7 +15,6 @@ namespace ovno2::Contacts {
 
 namespace {
 
-using Content::DataItem;
 using Content::ItemId;
 using library::ContactRecord;
 using library::ItemIdRecord;

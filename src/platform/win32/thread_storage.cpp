@@ -5,8 +5,10 @@
 // program as in a DLL.
 #include "platform/thread_storage.h"
 
+#include <array>
 #include <atomic>
 #include <new>
+#include <utility>
 #include <windows.h>
 
 namespace ovno2::platform {
@@ -40,6 +42,30 @@ void unlink(const Slot* slot) {
     }
 }
 
+// For threads that first come here when there is no memory: what failed has to be kept somewhere.
+std::array<Slot, 8> spares;
+std::array<bool, 8> spareUsed{};
+
+// Null when there is neither memory nor a spare.
+Slot* makeSlot() {
+    if (auto* slot = new (std::nothrow) Slot()) return slot;
+    const Locked locked;
+    for (std::size_t i = 0; i < spares.size(); ++i)
+        if (!std::exchange(spareUsed[i], true)) return &spares[i];
+    return nullptr;
+}
+
+void giveBack(Slot* slot) {
+    const Locked locked;
+    for (std::size_t i = 0; i < spares.size(); ++i) {
+        if (slot != &spares[i]) continue;
+        spares[i] = {};
+        spareUsed[i] = false;
+        return;
+    }
+    delete slot;
+}
+
 // Runs on the thread that owns the slot, or on the one that unloads the module: what is released finds its
 // own slot as the current one.
 void releaseSlot(Slot* slot) {
@@ -50,7 +76,7 @@ void releaseSlot(Slot* slot) {
         if (slot->storage.value == value) slot->storage.value = nullptr;
     }
     unlink(slot);
-    delete slot;
+    giveBack(slot);
     TlsSetValue(index, nullptr);
 }
 
@@ -91,18 +117,19 @@ ThreadStorage& threadStorage() {
     }
     if (index != TLS_OUT_OF_INDEXES)
         if (auto* slot = static_cast<Slot*>(TlsGetValue(index))) return slot->storage;
-    auto* slot = new Slot();
+    auto* const slot = makeSlot();
+    if (!slot) throw std::bad_alloc();
     {
         const Locked locked;
         if (index == TLS_OUT_OF_INDEXES) index = TlsAlloc();
-        if (index == TLS_OUT_OF_INDEXES || !TlsSetValue(index, slot)) {
-            delete slot;
-            throw std::bad_alloc();
+        if (index != TLS_OUT_OF_INDEXES && TlsSetValue(index, slot)) {
+            slot->next = slots;
+            slots = slot;
+            return slot->storage;
         }
-        slot->next = slots;
-        slots = slot;
     }
-    return slot->storage;
+    giveBack(slot);
+    throw std::bad_alloc();
 }
 
 }  // namespace ovno2::platform
