@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "contacts/reverse_fields.h"
+#include "content/host_fields.h"
 #include "content/item_dates.h"
 #include "content/state.h"
 #include "library/library_texts.h"
@@ -29,12 +30,7 @@ constexpr Word mailId = 259;
 constexpr Word pageId = 272;
 constexpr Word categoryId = 520;
 
-constexpr Long pictureCode = 80;
-constexpr Long firstNameCode = 1;
-constexpr Long lastNameCode = 2;
-
 constexpr std::size_t addressWords = 8;  // the size and seven texts
-constexpr std::size_t firstPart = 2;     // word of the record
 
 constexpr Long firstVersionWithoutPadding = 36;
 
@@ -50,7 +46,12 @@ bool isKindOfPage(Word id) {
 
 // Which part of an address a host field code is, from 0; -1 for none.
 int partOfAddress(Long code) {
-    constexpr Long codes[][3] = {{6, 9, 45}, {7, 10, 46}, {8, 11, 47}, {13, 44, 49}, {12, 43, 48}};
+    using namespace HostField;
+    constexpr Long codes[][3] = {{workStreet, homeStreet, street},
+                                 {workPostcode, homePostcode, postcode},
+                                 {workTown, homeTown, town},
+                                 {workState, homeState, state},
+                                 {workCountry, homeCountry, country}};
     for (int part = 0; part < 5; ++part)
         if (std::ranges::find(codes[part], code) != std::end(codes[part])) return part;
     return -1;
@@ -70,12 +71,8 @@ bool sameText(const Text& a, const Text& b) {
 
 std::array<Word, addressWords> addressRecordAt(Address address) {
     std::array<Word, addressWords> record{};
-    if (!library::isAddress(address)) return record;
-    Word size = 0;
-    library::copyRecord(address, size);
-    const std::size_t words = std::min(size / sizeof(Word), addressWords);
-    const std::vector<Word> copied = library::copyBlock<Word>(address, words);
-    std::ranges::copy(copied, record.begin());
+    if (library::isAddress(address))
+        std::ranges::copy(copyAddressWords(address, addressWords), record.begin());
     return record;
 }
 
@@ -141,8 +138,8 @@ void ContactEditor::place(const Text& values, const FieldDefinitions& table, boo
         if (id == 0) continue;
         if (merging_.addresses && isAddressId(id)) id = generalAddressId;
         Text value = row < entries.size() ? entries[row] : Text();
-        if (code != pictureCode) value = replaceAll(value, u"\\t", u"\t");
-        if (namesOnly && code != firstNameCode && code != lastNameCode) value.clear();
+        if (code != HostField::picture) value = replaceAll(value, u"\\t", u"\t");
+        if (namesOnly && code != HostField::firstName && code != HostField::lastName) value.clear();
         const auto one = [&](Text text) {
             if (text.size() > 1) text = trimBlanks(text);  // a single blank stays
             DebugLine(u"> ", decimal{static_cast<Long>(row)}, u":", decimal{code}, text);
@@ -304,8 +301,7 @@ void ContactEditor::placeAddress(Word id, const AddressTexts& address) {
     bool changed = false, empty = true;
     for (std::size_t part = 0; part < addressParts; ++part) {
         Text before;
-        readPhoneText(old[firstPart + part], before);
-        if (before.ends_with(u'\r')) before.pop_back();
+        readAddressPart(old[firstAddressWord + part], before);
         texts[part] = address[part].value_or(before);
         if (!sameText(texts[part], before)) changed = true;
         if (!texts[part].empty()) empty = false;
@@ -313,7 +309,7 @@ void ContactEditor::placeAddress(Word id, const AddressTexts& address) {
     if (!changed || (!item && empty)) return;
     std::array<Word, addressWords> record{addressWords * sizeof(Word)};
     for (std::size_t part = 0; part < addressParts; ++part)
-        if (!texts[part].empty()) record[firstPart + part] = pieces_.text(texts[part]);
+        if (!texts[part].empty()) record[firstAddressWord + part] = pieces_.text(texts[part]);
     const Address made = pieces_.record(record);
     if (item)
         giveAddressBack(std::exchange(item->Value, made));

@@ -29,7 +29,6 @@ constexpr Word pictureId = 10;
 constexpr Word numberId = 516;
 constexpr Word firstUnknownId = 521;
 
-constexpr Long firstVersionWithLongIds = 30;
 constexpr Long firstS60Platform = eNokiaPhoneS60;
 
 bool isShortAddressId(Word id) {
@@ -51,7 +50,8 @@ void readValue(const AdrItem& record, const Content::DataItem& item, const Text&
     } else if (id == numberId) {
         value = decimalText(static_cast<Long>(item.Value));
     } else if (!isLongAddressId(id) && id < firstUnknownId) {
-        if (isShortAddressId(id) && Content::deviceManagementVersion() < firstVersionWithLongIds) return;
+        if (isShortAddressId(id) && Content::deviceManagementVersion() < Content::firstVersionWithLongIds)
+            return;
         readPhoneText(item.Value, value);
         if (id == noteId && value.ends_with(u';')) value.pop_back();
     }
@@ -63,7 +63,6 @@ struct FieldCodes {
 };
 
 // Host codes of the words 2 to 6 of an address record.
-constexpr std::size_t firstAddressWord = 2;
 constexpr std::size_t lastAddressWord = 6;
 constexpr FieldCodes generalAddress[] = {{HostField::street, HostField::workStreet},
                                          {HostField::postcode, HostField::workPostcode},
@@ -109,15 +108,11 @@ FieldCodes codesOfAddressWord(Word id, std::size_t word, const FieldDefinitions&
 
 void saveAddress(ContactValues& values, const Content::DataItem& item, const FieldDefinitions& table,
                  Text& text) {
-    Word size = 0;  // bytes
-    library::copyRecord(item.Value, size);
-    const std::size_t count = std::min(size / sizeof(Word), lastAddressWord + 1);
-    const std::vector<Word> record = library::copyBlock<Word>(item.Value, count);
-    for (std::size_t k = firstAddressWord; k < count; ++k) {
+    const std::vector<Word> record = copyAddressWords(item.Value, lastAddressWord + 1);
+    for (std::size_t k = firstAddressWord; k < record.size(); ++k) {
         if (record[k] == 0) continue;
         attempt([&] {
-            readPhoneText(record[k], text);
-            if (text.ends_with(u'\r')) text.pop_back();
+            readAddressPart(record[k], text);
             const FieldCodes codes = codesOfAddressWord(item.FieldId, k, table);
             SetField(values.values(), table, codes.code, codes.code2, text);
         });
@@ -174,6 +169,17 @@ void addToRow(Text& row, Long code, const Text& value) {
 void readPhoneText(Address pointer, Text& text) {
     library::GetStringFromPointer(pointer, text);
     if (contains(text, u'=')) text = replaceAll(text, u"=40"sv, u"@"sv);
+}
+
+std::vector<Word> copyAddressWords(Address address, std::size_t most) {
+    Word size = 0;  // bytes
+    library::copyRecord(address, size);
+    return library::copyBlock<Word>(address, std::min(size / sizeof(Word), most));
+}
+
+void readAddressPart(Address pointer, Text& text) {
+    readPhoneText(pointer, text);
+    if (text.ends_with(u'\r')) text.pop_back();
 }
 
 FieldDefinitions::FieldDefinitions(const TextTable& table) : codes_(table.rows(), 0) {

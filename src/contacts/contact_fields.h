@@ -68,6 +68,14 @@ void SaveContactInfo(AdrItem& record, ContactValues& values, const Content::Data
 // The text at `pointer` as a contact's value: some phones write "=40" for "@".
 void readPhoneText(Address pointer, Text& text);
 
+// Word of an address record with which its street begins; the rest follows.
+inline constexpr std::size_t firstAddressWord = 2;
+// The leading words of the address record at `address`, the size included, `most` of them at most. Throws
+// RuntimeFailure 5 when it cannot be read.
+std::vector<library::Word> copyAddressWords(Address address, std::size_t most);
+// The text of one of its words as a contact's value.
+void readAddressPart(Address pointer, Text& text);
+
 // Takes the brackets off a formatted name that stands in for the last name; one that only repeats the first
 // name goes.
 void cleanUpName(ContactValues& values, const FieldDefinitions& table);

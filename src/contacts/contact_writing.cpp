@@ -6,7 +6,9 @@
 #include "contacts/contacts_connection.h"
 #include "contacts/write_session.h"
 #include "contacts/writing_state.h"
+#include "content/host_fields.h"
 #include "content/item_reading.h"
+#include "content/progress.h"
 #include "content/sessions.h"
 #include "devices/devices.h"
 #include "pc/ansi.h"
@@ -25,9 +27,6 @@ constexpr Long givenUp = -9;
 constexpr std::uint32_t reconnectPause = 50;  // milliseconds
 constexpr Long lastOldVersion = 32;
 
-constexpr Long workCityCode = 8;
-constexpr Long homeCityCode = 11;
-
 constexpr std::size_t wordsPerGroup = 100 * sizeof(library::DataItemRecord) / sizeof(Word);
 
 Long beginSession(const Text& model, Text& serial) {
@@ -35,14 +34,14 @@ Long beginSession(const Text& model, Text& serial) {
     const Long begun = ContactsInitWriteSession(model, serial);
     if (begun != notConnected) return begun;
     attempt([] { currentPlatform().clock().sleep(reconnectPause); });
-    attempt([] { currentPlatform().windows().processPendingMessages(); });
+    Content::processPendingMessages();
     CloseContactsConnection();
     Content::PIMApiTerminate();
     return ContactsInitWriteSession(model, serial);
 }
 
 FieldMerging mergingFor(const FieldDefinitions& table, bool oldLibrary) {
-    const bool undivided = !table.has(homeCityCode) || !table.has(workCityCode);
+    const bool undivided = !table.has(HostField::homeTown) || !table.has(HostField::workTown);
     const Long platform = Devices::platformType();
     return {.addresses = oldLibrary || undivided,
             .mails = oldLibrary || undivided,
@@ -96,27 +95,10 @@ class WrittenRecord {
     void* copy_ = nullptr;
 };
 
-// An identifier in the library's form while it is called. Throws RuntimeFailure when there is no memory for
-// the UID: without it the library would take the contact for a new one.
-class LibraryId {
-  public:
-    explicit LibraryId(const ItemId& id) {
-        Content::CopyItemIdToLibrary(id, record_);
-        if (record_.uid == 0 && !id.Uid.empty()) throw RuntimeFailure(outOfMemory);
-    }
-    ~LibraryId() { Content::FreeItemIdBytes(record_); }
-    LibraryId(const LibraryId&) = delete;
-    LibraryId& operator=(const LibraryId&) = delete;
-    ItemIdRecord& get() { return record_; }
-
-  private:
-    ItemIdRecord record_{};
-};
-
 // Reads the contact that is to be changed; false when it cannot be read. Throws RuntimeFailure when it has
 // been read and there is no memory for it.
 bool readExisting(const ItemId& id, Content::ItemData<ContactRecord>& data, ContactEditor& editor) {
-    LibraryId record(id);
+    Content::LibraryItemId record(id);
     const Long status = data.read(connection().writeSession.operation, record.get());
     if (status != 0) {
         DebugLine(u"e0:", hex{status});
@@ -138,7 +120,7 @@ ItemId& addNew(const Text& model) {
 
 Long writeItem(ItemId& id, const ContactEditor& editor, bool oldLibrary) {
     WrittenRecord written(editor, /*withoutLastGroup=*/oldLibrary);
-    LibraryId record(id);
+    Content::LibraryItemId record(id);
     Long status = library::notCalled;
     {
         const RoutineLog log(u"CAWriteItem");

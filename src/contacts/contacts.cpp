@@ -97,14 +97,14 @@ class ContactReader : public Content::FolderReader {
         return operationNotBegun;
     }
     void begun(Word count, std::size_t copied) override {
-        processPendingMessages();
+        Content::processPendingMessages();
         Content::InitFieldTables();
         DebugLine(u"caIDList.iUIDCount:", decimal{static_cast<Long>(count)});
         attempt([&] { items_.elements().reserve(items_.size() + copied + 1); });
         places_.emplace(tableOfHost_);
     }
     void readItem(library::Handle operation, ItemIdRecord& id) override {
-        processPendingMessages();
+        Content::processPendingMessages();
         readContact(operation, id);
     }
     // The highest index of the host's array, 0 for an array without elements.
@@ -125,10 +125,6 @@ class ContactReader : public Content::FolderReader {
               values(table.rows()),
               nameFallback(!table.has(HostField::lastName) && table.has(HostField::formalName)) {}
     };
-
-    static void processPendingMessages() {
-        attempt([] { currentPlatform().windows().processPendingMessages(); });
-    }
 
     Long highestIndex() const { return items_.hasElements() ? items_.upperBound() : 0; }
 

@@ -1,8 +1,7 @@
 #include "contacts/reverse_fields.h"
 
-#include <algorithm>
-
 #include "contacts/writing_state.h"
+#include "content/host_fields.h"
 #include "content/state.h"
 #include "core/settings.h"
 #include "devices/devices.h"
@@ -11,8 +10,6 @@
 namespace ovno2::Contacts {
 
 namespace {
-
-constexpr Long firstVersionWithLongIds = 30;
 
 constexpr Long generalAddress = 256;
 constexpr Long homeAddress = 257;
@@ -69,13 +66,21 @@ void BuildReverseFieldTables(ReverseFields& tables) {
         const Long alternative = forward.alternativeCode(static_cast<std::uint32_t>(id));
         if (alternative > 0) fill(built.AltFieldIdByCode, alternative, id);
     }
-    set(built.FieldIdByCode, {45, 46, 47, 49, 48}, generalAddress);
-    if (version.status >= firstVersionWithLongIds) {
-        set(built.FieldIdByCode, {6, 7, 8, 13, 12}, workAddress);
-        set(built.FieldIdByCode, {9, 10, 11, 44, 43}, homeAddress);
+    set(built.FieldIdByCode,
+        {HostField::street, HostField::postcode, HostField::town, HostField::state, HostField::country},
+        generalAddress);
+    if (version.status >= Content::firstVersionWithLongIds) {
+        set(built.FieldIdByCode,
+            {HostField::workStreet, HostField::workPostcode, HostField::workTown, HostField::workState,
+             HostField::workCountry},
+            workAddress);
+        set(built.FieldIdByCode,
+            {HostField::homeStreet, HostField::homePostcode, HostField::homeTown, HostField::homeState,
+             HostField::homeCountry},
+            homeAddress);
     }
     const Text fax = Registry::GetIniValue(Devices::profileSection(), u"NFax", settings().profilePath);
-    if (numericValue(fax) == 1) set(built.FieldIdByCode, {28, 29}, faxNumber);
+    if (numericValue(fax) == 1) set(built.FieldIdByCode, {HostField::fax, HostField::fax2}, faxNumber);
     tables = std::move(built);
 }
 

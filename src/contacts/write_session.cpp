@@ -4,6 +4,7 @@
 
 #include "contacts/contacts_connection.h"
 #include "contacts/writing_state.h"
+#include "content/progress.h"
 #include "content/sessions.h"
 #include "devices/devices.h"
 #include "library/library_memory.h"
@@ -22,11 +23,6 @@ constexpr Long notConnected = -3;
 constexpr Long operationNotBegun = -4;
 constexpr Long notListed = -5;
 constexpr Long noSuchContact = -1;
-static_assert(noSuchContact == library::notCalled);
-
-void processPendingMessages() {
-    attempt([] { currentPlatform().windows().processPendingMessages(); });
-}
 
 std::vector<ItemIdRecord> copyRecords(const ItemIdListRecord& list) {
     return library::copyBlock<ItemIdRecord>(list.items, list.count);
@@ -146,7 +142,7 @@ Long ContactsEndWriteSession(TextArray& tempids, TextArray& uids, bool writeit) 
     const RoutineLog log(u"ContactsEndWriteSession");
     const library::Handle operation = connection().writeSession.operation;
     Long status = 0;
-    processPendingMessages();
+    Content::processPendingMessages();
     if (writeit) {
         DebugWrite(u"1");
         ItemIdListRecord list{.size = sizeof list, .count = 0, .items = 0};
@@ -187,13 +183,13 @@ Long DeleteContact(const Text& model, Text& serial, const Text& uid) {
         if (const Long begun = ContactsInitWriteSession(model, serial); begun < 0) return begun;
     const ItemId* const id = writingState().ContactsSessionIds.findUid(uid);
     if (!id) return noSuchContact;
-    ItemIdRecord record{};
-    Content::CopyItemIdToLibrary(*id, record);
-    library::Answer deleted;
-    if (record.uid != 0)
-        deleted = library::CADeleteItem.tried(connection().writeSession.operation, &record, /*zero=*/0);
-    Content::FreeItemIdBytes(record);
-    return deleted.status;
+    Long status = library::notCalled;
+    attempt([&] {
+        Content::LibraryItemId record(*id);
+        status = library::CADeleteItem.tried(connection().writeSession.operation, &record.get(), /*zero=*/0)
+                     .status;
+    });
+    return status;
 }
 
 }  // namespace ovno2::Contacts

@@ -8,9 +8,6 @@ namespace ovno2::Content {
 
 namespace {
 
-// From this device-management version on the library numbers contact fields the new way.
-constexpr Long firstVersionWithLongIds = 30;
-
 struct Row {
     std::uint16_t fieldId;
     Long code;

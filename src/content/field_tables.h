@@ -13,6 +13,9 @@ namespace ovno2::Content {
 
 inline constexpr std::size_t fieldIdCount = 529;
 
+// From this device-management version on the library numbers contact fields the new way.
+inline constexpr Long firstVersionWithLongIds = 30;
+
 struct FieldTables {
     Long version = 0;  // of the device-management library they are for; 0 = unknown, or not yet built
     // Phone field id -> host field code, first and second choice; 0 = no mapping.

@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include "base/failure.h"
 #include "library/library_records.h"
 
 namespace ovno2::Content {
@@ -27,6 +28,23 @@ Text GetUIDAsString(const library::ItemIdRecord& record);
 // gives them back.
 void CopyItemIdToLibrary(const ItemId& id, library::ItemIdRecord& record);
 void FreeItemIdBytes(library::ItemIdRecord& record);
+
+// An identifier in the library's form while the library is called. Throws RuntimeFailure 7 when there is no
+// memory for the UID: without it the library would take the item for a new one.
+class LibraryItemId {
+  public:
+    explicit LibraryItemId(const ItemId& id) {
+        CopyItemIdToLibrary(id, record_);
+        if (record_.uid == 0 && !id.Uid.empty()) throw RuntimeFailure(outOfMemory);
+    }
+    ~LibraryItemId() { FreeItemIdBytes(record_); }
+    LibraryItemId(const LibraryItemId&) = delete;
+    LibraryItemId& operator=(const LibraryItemId&) = delete;
+    library::ItemIdRecord& get() { return record_; }
+
+  private:
+    library::ItemIdRecord record_{};
+};
 
 Text BytesToHex(std::span<const std::uint8_t> bytes);
 // One byte for every two characters; what is not a hexadecimal digit counts as 0, an odd last character is

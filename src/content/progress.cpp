@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "core/attempt.h"
+#include "core/current_platform.h"
 
 namespace ovno2::Content {
 
@@ -35,6 +36,10 @@ void Progress::advance(Long by) const {
         return;
     }
     attempt([&] { control_->put(u"value", std::visit(Sum{by}, control_->get(u"value"))); });
+}
+
+void processPendingMessages() {
+    attempt([] { currentPlatform().windows().processPendingMessages(); });
 }
 
 }  // namespace ovno2::Content
