@@ -1,6 +1,8 @@
 // The program as its user starts it, on the bundled phones.
+#include <algorithm>
 #include <sstream>
 
+#include "common/soon.h"
 #include "host/output/display_width.h"
 #include "host/output/text.h"
 #include "host/ovphone_fixture.h"
@@ -119,7 +121,7 @@ TEST_F(Ovphone, NamesPicturesOnlyWhereTheyAre) {
     const auto isHidden = [](const fs::directory_entry& entry) {
         return entry.path().filename().string().starts_with(".");
     };
-    EXPECT_TRUE(soon([&] { return std::none_of(fs::directory_iterator(pictures), {}, isHidden); }));
+    EXPECT_TRUE(soon([&] { return std::ranges::none_of(fs::directory_iterator(pictures), isHidden); }));
 }
 
 // Whatever form dates have here, and whatever daylight time rules today.
