@@ -1,5 +1,5 @@
-// A contact outside a phone: what a file's card or row holds, or what a phone's contact becomes on its way to a
-// file. Readers and writers of all formats and the commands that write to a phone meet here.
+// A contact outside a phone: what a file's card or row holds, or what a phone's contact becomes on its way to
+// a file. Readers and writers of all formats and the commands that write to a phone meet here.
 #pragma once
 
 #include <string>
