@@ -3,6 +3,7 @@
 
 #include "host/driver/com_client.h"
 #include "host/driver/directory.h"
+#include "host/driver/loss_answer.h"
 #include "host/output/console.h"
 
 namespace ovno2::host {
@@ -13,6 +14,14 @@ namespace fs = std::filesystem;
 
 std::string systemMessage(HRESULT result) {
     return std::system_category().message(static_cast<int>(result));
+}
+
+// Whom the module's question goes to while a contact is written.
+thread_local const LossQuestion* asked = nullptr;
+
+LONG CALLBACK answerModule(LONG, LONG, LONG, LONG text) {
+    const auto* const name = reinterpret_cast<const char*>(static_cast<std::uintptr_t>(text));
+    return answerNumber((*asked)(computer::fromCodePage(name)));
 }
 
 class ComDriver : public PhoneDriver {
@@ -69,6 +78,41 @@ class ComDriver : public PhoneDriver {
         for (std::size_t i = 1; i < records.size(); ++i)
             contacts.push_back(
                 {textOf(records[i].Location), textOf(records[i].FieldValues), textOf(records[i].Uid)});
+        return static_cast<Long>(result);
+    }
+
+    Long writeContact(const ListedPhone& phone, const TextTable& fields, const Text& values, Text& id,
+                      const LossQuestion& ask) override {
+        Bstr model(phone.model), serial(phone.serial), contact(id), elems(values);
+        OwnedSafeArray table(newTable(fields));
+        asked = &ask;
+        LONG result = -1;
+        module_->WriteAddressBookItem(model.address(), serial.address(), contact.address(), elems.address(),
+                                      table.address(), id.empty() ? VARIANT_TRUE : VARIANT_FALSE,
+                                      /*delete=*/VARIANT_FALSE, /*isrewrite=*/0,
+                                      static_cast<LONG>(reinterpret_cast<std::uintptr_t>(&answerModule)),
+                                      &result);
+        asked = nullptr;
+        id = contact.text();
+        return static_cast<Long>(result);
+    }
+    Long deleteContact(const ListedPhone& phone, const Text& uid) override {
+        Bstr model(phone.model), serial(phone.serial);
+        const Bstr contact(uid);
+        LONG result = -1;
+        module_->DeleteAddressBookItem(model.address(), serial.address(), contact.get(), &result);
+        return static_cast<Long>(result);
+    }
+    Long endContacts(bool commit, std::vector<AddedContact>& added) override {
+        constexpr LONG contactsKind = 1;
+        OwnedSafeArray temporaryIds, uids;
+        LONG result = -1;
+        module_->EndWriteSession(contactsKind, temporaryIds.address(), uids.address(),
+                                 commit ? VARIANT_TRUE : VARIANT_FALSE, &result);
+        added.clear();
+        const std::span<BSTR> ids = slotsOf<BSTR>(temporaryIds), names = slotsOf<BSTR>(uids);
+        for (std::size_t i = 0; i < std::min(ids.size(), names.size()); ++i)
+            added.push_back({textOf(ids[i]), textOf(names[i])});
         return static_cast<Long>(result);
     }
 

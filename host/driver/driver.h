@@ -57,6 +57,16 @@ struct SoftwareReport {
     Single contentVersion = 0;  // of the library's content access; 0 = it cannot be asked
 };
 
+// What becomes of a contact whose notes and categories the phone's old software cannot write back.
+enum class LossAnswer { write, leaveOut, giveUp };
+using LossQuestion = std::function<LossAnswer(const Text& name)>;
+
+// A contact that has come to the phone, and what the phone calls it now.
+struct AddedContact {
+    Text temporaryId;
+    Text uid;
+};
+
 class PhoneDriver {
   public:
     virtual ~PhoneDriver() = default;
@@ -77,6 +87,19 @@ class PhoneDriver {
     virtual Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
                               const std::function<void(Long value)>& progress,
                               std::vector<Contact>& contacts) = 0;
+
+    // Writing contacts of the phone whose contacts were read last. The first change begins a session; nothing
+    // is changed on the phone until it ends. Each of these is 0 when done, and leaves the session open.
+
+    // `values` has one value a row of `fields`, separated by tabs; rows of one code go with the phone's values
+    // in order, and what a contact has in a field without a row stays. `id` is the contact's uid, or one of
+    // this session's temporary ids; empty = a new contact, whose temporary id it becomes. 0 also for a contact
+    // that `ask` has left out; -9 when it gave up.
+    virtual Long writeContact(const ListedPhone& phone, const TextTable& fields, const Text& values, Text& id,
+                              const LossQuestion& ask) = 0;
+    virtual Long deleteContact(const ListedPhone& phone, const Text& uid) = 0;
+    // Ends the session: all of it is written, or, without `commit` or when that fails, nothing.
+    virtual Long endContacts(bool commit, std::vector<AddedContact>& added) = 0;
 
     // The phone's files. Phone paths are "E:\Images"; an empty one is the phone itself, whose folders are the
     // drives. Listing opens the session with the phone, and the other operations work on the phone that was
@@ -116,6 +139,11 @@ std::filesystem::path pathOfModuleText(TextView text);
 // two digits for the year, the last such year that is no future one is meant; a text that is no date stays as
 // it is.
 Text isoDate(TextView birthday);
+
+// An ISO 8601 date as the module reads it; empty = no date that it can read.
+Text birthdayText(TextView isoDate);
+// The same date as it is after it went to a phone and back: years may lose their century.
+Text birthdayReadBack(TextView isoDate);
 
 // How the driver sends a file to a phone: as it is, or, when it begins like a text in UTF-16 or with a UTF-8
 // mark, as text in the system's code page, which may lack some of its characters.

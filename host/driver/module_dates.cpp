@@ -15,14 +15,18 @@ using namespace std::chrono;
 
 constexpr TextView isoPicture = u"yyyy-MM-dd";
 
-// "1975-04-12", where the user's own form is that of the standard.
-bool isIsoAlready(TextView text) {
+// Like "1975-04-12".
+bool hasIsoForm(TextView text) {
     constexpr TextView form = u"dddd-dd-dd";
     const auto fits = [](char16_t c, char16_t wanted) {
         return wanted == u'd' ? c >= u'0' && c <= u'9' : c == wanted;
     };
-    return std::equal(text.begin(), text.end(), form.begin(), form.end(), fits) &&
-           localeFormats().shortDateText == isoPicture;
+    return std::equal(text.begin(), text.end(), form.begin(), form.end(), fits);
+}
+
+// The user's own form is that of the standard.
+bool isIsoAlready(TextView text) {
+    return hasIsoForm(text) && localeFormats().shortDateText == isoPicture;
 }
 
 bool yearsHaveTwoDigits() {
@@ -42,6 +46,20 @@ DateFields fieldsOfTime(local_seconds time) {
             .hour = static_cast<Long>(clock.hours().count()),
             .minute = static_cast<Long>(clock.minutes().count()),
             .second = static_cast<Long>(clock.seconds().count())};
+}
+
+// None for a text that is no day of the calendar.
+std::optional<DateFields> fieldsOfIsoDate(TextView text) {
+    if (!hasIsoForm(text)) return std::nullopt;
+    const DateFields fields{.year = numericLong(text.substr(0, 4)),
+                            .month = numericLong(text.substr(5, 2)),
+                            .day = numericLong(text.substr(8, 2))};
+    const year_month_day date{year(static_cast<int>(fields.year)),
+                              month(static_cast<unsigned>(fields.month)),
+                              day(static_cast<unsigned>(fields.day))};
+    constexpr Long firstYear = 100;
+    if (!date.ok() || fields.year < firstYear) return std::nullopt;
+    return fields;
 }
 
 }  // namespace
@@ -78,6 +96,17 @@ Text isoDate(TextView birthday) {
         if (fields->year > today.year) fields->year -= century;
     }
     return dateInPicture(dateOf(*fields), datePicture(isoPicture));
+}
+
+// A date whose year comes first is read whatever the user's form is.
+Text birthdayText(TextView isoDate) {
+    const std::optional<DateFields> wanted = fieldsOfIsoDate(isoDate);
+    return wanted && readDateFields(isoDate) == wanted ? Text(isoDate) : Text();
+}
+
+Text birthdayReadBack(TextView date) {
+    const std::optional<DateFields> fields = fieldsOfIsoDate(date);
+    return fields ? isoDate(shortDateText(dateOf(*fields))) : Text(date);
 }
 
 }  // namespace ovno2::host

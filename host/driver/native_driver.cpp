@@ -3,15 +3,40 @@
 #include "driver/cov_no2.h"
 #include "driver/progress_object.h"
 #include "host/driver/directory.h"
+#include "host/driver/loss_answer.h"
 #include "host/output/console.h"
+#include "library/library_memory.h"
 #include "platform/portable/libraries.h"
 #include "platform/portable/paths.h"
+#include "platform/portable/windows.h"
 
 namespace ovno2::host {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr Long contactsKind = 1;
+
+// The host's function that the module calls, for the time of a call.
+class AskedProcedure {
+  public:
+    explicit AskedProcedure(const LossQuestion& ask)
+        : windows_(static_cast<platform::portable::PortableWindows&>(platform::nativePlatform().windows())),
+          number_(windows_.registerProcedure([&ask](Long, Long, Long, Long text) {
+              const auto* const name = static_cast<const char*>(library::pointerTo(static_cast<Address>(text)));
+              return answerNumber(ask(computer::fromCodePage(name)));
+          })) {}
+    ~AskedProcedure() { windows_.unregisterProcedure(number_); }
+    AskedProcedure(const AskedProcedure&) = delete;
+    AskedProcedure& operator=(const AskedProcedure&) = delete;
+
+    Long number() const { return number_; }
+
+  private:
+    platform::portable::PortableWindows& windows_;
+    Long number_;
+};
 
 class NativeDriver : public PhoneDriver {
   public:
@@ -57,6 +82,26 @@ class NativeDriver : public PhoneDriver {
             AdrItem& item = items.at(static_cast<Long>(i));
             contacts.push_back({std::move(item.Location), std::move(item.FieldValues), std::move(item.Uid)});
         }
+        return result;
+    }
+
+    Long writeContact(const ListedPhone& phone, const TextTable& fields, const Text& values, Text& id,
+                      const LossQuestion& ask) override {
+        const AskedProcedure procedure(ask);
+        Text model = phone.model, serial = phone.serial, elems = values;
+        return module_.WriteAddressBookItem(model, serial, id, elems, fields, /*isnew=*/id.empty(),
+                                            /*delete_=*/false, /*isrewrite=*/0, procedure.number());
+    }
+    Long deleteContact(const ListedPhone& phone, const Text& uid) override {
+        Text model = phone.model, serial = phone.serial;
+        return module_.DeleteAddressBookItem(model, serial, uid);
+    }
+    Long endContacts(bool commit, std::vector<AddedContact>& added) override {
+        TextArray temporaryIds, uids;
+        const Long result = module_.EndWriteSession(contactsKind, temporaryIds, uids, commit);
+        added.clear();
+        for (std::size_t i = 0; i < std::min(temporaryIds.size(), uids.size()); ++i)
+            added.push_back({std::move(temporaryIds.elements()[i]), std::move(uids.elements()[i])});
         return result;
     }
 
