@@ -2,6 +2,7 @@
 #include <system_error>
 
 #include "host/driver/com_client.h"
+#include "host/driver/data_items.h"
 #include "host/driver/directory.h"
 #include "host/driver/loss_answer.h"
 #include "host/output/console.h"
@@ -116,6 +117,43 @@ class ComDriver : public PhoneDriver {
         return static_cast<Long>(result);
     }
 
+    Long readData(const ListedPhone& phone, DataStore store, const std::function<void(Long)>& progress,
+                  std::vector<Text>& lines) override {
+        Bstr model(phone.model), serial(phone.serial);
+        LONG what = static_cast<LONG>(store);
+        OwnedSafeArray items;
+        ComPointer<IDispatch> control;
+        *control.out() = new ProgressControl(progress);
+        LONG result = -1;
+        module_->NokiaGetDataItems(model.address(), serial.address(), &what, items.address(), control.out(),
+                                   /*pCallBack=*/nullptr, &result);
+        lines.clear();
+        for (const BSTR item : slotsOf<BSTR>(items))
+            lines.push_back(textOf(item));
+        return static_cast<Long>(result);
+    }
+    Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients,
+                      const Text& text) override {
+        return writeData(phone, newMessage(recipients, text));
+    }
+    Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text) override {
+        return writeData(phone, noteToWrite(uid, text));
+    }
+    Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId,
+                       const Text& uid) override {
+        return deleteData(phone, messageToDelete(store, folderId, uid));
+    }
+    Long deleteNote(const ListedPhone& phone, const Text& uid) override {
+        return deleteData(phone, noteToDelete(uid));
+    }
+    Long endData(bool commit) override {
+        OwnedSafeArray temporaryIds, uids;
+        LONG result = -1;
+        module_->EndWriteSession(messagesAndNotes, temporaryIds.address(), uids.address(),
+                                 commit ? VARIANT_TRUE : VARIANT_FALSE, &result);
+        return static_cast<Long>(result);
+    }
+
     Long listFolder(const ListedPhone& phone, const Text& folder,
                     std::vector<FolderEntry>& entries) override {
         Bstr model(phone.model);
@@ -152,6 +190,17 @@ class ComDriver : public PhoneDriver {
     }
 
   private:
+    Long writeData(const ListedPhone& phone, const Text& item) {
+        return withTexts(&_covNo2::WriteDataItem, phone.model, phone.serial, item);
+    }
+    Long deleteData(const ListedPhone& phone, const Text& item) {
+        Bstr model(phone.model), serial(phone.serial);
+        const Bstr deleted(item);
+        LONG result = -1;
+        module_->DeleteDataItem(model.address(), serial.address(), deleted.get(), &result);
+        return static_cast<Long>(result);
+    }
+
     // Calls a member that takes texts by reference and returns a number.
     template <class Member, class... Texts>
     Long withTexts(Member member, const Texts&... texts) {

@@ -1,6 +1,8 @@
 #include "host/driver/module_dates.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 
 #include "dates/date_parser.h"
 #include "dates/date_text.h"
@@ -36,6 +38,20 @@ bool yearsHaveTwoDigits() {
     });
 }
 
+DateFields fieldsOfTime(local_seconds time);
+
+// What a text in the user's form says; of years with two digits the last that is not to come.
+std::optional<DateFields> fieldsInThePast(TextView text) {
+    std::optional<DateFields> fields = readDateFields(text);
+    if (!fields || *fields == DateFields{}) return std::nullopt;
+    if (yearsHaveTwoDigits()) {
+        const DateFields today = fieldsOfTime(console::localTime(floor<seconds>(system_clock::now())));
+        constexpr Long century = 100;
+        if (fields->year > today.year) fields->year -= century;
+    }
+    return fields;
+}
+
 DateFields fieldsOfTime(local_seconds time) {
     const local_days day = floor<days>(time);
     const year_month_day date(day);
@@ -54,8 +70,7 @@ std::optional<DateFields> fieldsOfIsoDate(TextView text) {
     const DateFields fields{.year = numericLong(text.substr(0, 4)),
                             .month = numericLong(text.substr(5, 2)),
                             .day = numericLong(text.substr(8, 2))};
-    const year_month_day date{year(static_cast<int>(fields.year)),
-                              month(static_cast<unsigned>(fields.month)),
+    const year_month_day date{year(static_cast<int>(fields.year)), month(static_cast<unsigned>(fields.month)),
                               day(static_cast<unsigned>(fields.day))};
     constexpr Long firstYear = 100;
     if (!date.ok() || fields.year < firstYear) return std::nullopt;
@@ -88,14 +103,21 @@ Text localText(sys_seconds time) {
 
 Text isoDate(TextView birthday) {
     if (isIsoAlready(birthday)) return Text(birthday);
-    std::optional<DateFields> fields = readDateFields(birthday);
-    if (!fields || *fields == DateFields{}) return Text(birthday);
-    if (yearsHaveTwoDigits()) {
-        const DateFields today = fieldsOfTime(console::localTime(floor<seconds>(system_clock::now())));
-        constexpr Long century = 100;
-        if (fields->year > today.year) fields->year -= century;
-    }
+    const std::optional<DateFields> fields = fieldsInThePast(birthday);
+    if (!fields) return Text(birthday);
     return dateInPicture(dateOf(*fields), datePicture(isoPicture));
+}
+
+Text isoTime(TextView time) {
+    const std::optional<DateFields> fields = fieldsInThePast(time);
+    constexpr Long firstYear = 1900;
+    if (!fields || fields->year < firstYear) return {};
+    std::array<char, 16> clock{};
+    std::snprintf(clock.data(), clock.size(), "T%02d:%02d:%02d", static_cast<int>(fields->hour),
+                  static_cast<int>(fields->minute), static_cast<int>(fields->second));
+    DateFields day = *fields;
+    day.hour = day.minute = day.second = 0;
+    return dateInPicture(dateOf(day), datePicture(isoPicture)) + fromUtf8(clock.data());
 }
 
 // A date whose year comes first is read whatever the user's form is.

@@ -2,6 +2,7 @@
 #include "core/current_platform.h"
 #include "driver/cov_no2.h"
 #include "driver/progress_object.h"
+#include "host/driver/data_items.h"
 #include "host/driver/directory.h"
 #include "host/driver/loss_answer.h"
 #include "host/output/console.h"
@@ -24,7 +25,8 @@ class AskedProcedure {
     explicit AskedProcedure(const LossQuestion& ask)
         : windows_(static_cast<platform::portable::PortableWindows&>(platform::nativePlatform().windows())),
           number_(windows_.registerProcedure([&ask](Long, Long, Long, Long text) {
-              const auto* const name = static_cast<const char*>(library::pointerTo(static_cast<Address>(text)));
+              const auto* const name =
+                  static_cast<const char*>(library::pointerTo(static_cast<Address>(text)));
               return answerNumber(ask(computer::fromCodePage(name)));
           })) {}
     ~AskedProcedure() { windows_.unregisterProcedure(number_); }
@@ -105,6 +107,35 @@ class NativeDriver : public PhoneDriver {
         return result;
     }
 
+    Long readData(const ListedPhone& phone, DataStore store, const std::function<void(Long)>& progress,
+                  std::vector<Text>& lines) override {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        TextArray items;
+        const Long result = module_.NokiaGetDataItems(model, serial, static_cast<Long>(store), items,
+                                                      std::make_shared<ProgressObject>(progress));
+        lines = std::move(items.elements());
+        return result;
+    }
+    Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients,
+                      const Text& text) override {
+        return writeData(phone, newMessage(recipients, text));
+    }
+    Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text) override {
+        return writeData(phone, noteToWrite(uid, text));
+    }
+    Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId,
+                       const Text& uid) override {
+        return deleteData(phone, messageToDelete(store, folderId, uid));
+    }
+    Long deleteNote(const ListedPhone& phone, const Text& uid) override {
+        return deleteData(phone, noteToDelete(uid));
+    }
+    Long endData(bool commit) override {
+        TextArray temporaryIds, uids;
+        return module_.EndWriteSession(messagesAndNotes, temporaryIds, uids, commit);
+    }
+
     Long listFolder(const ListedPhone& phone, const Text& folder,
                     std::vector<FolderEntry>& entries) override {
         Text model = phone.model;
@@ -148,6 +179,17 @@ class NativeDriver : public PhoneDriver {
     void endFiles() override { module_.EndFS(); }
 
   private:
+    Long writeData(const ListedPhone& phone, Text item) {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        return module_.WriteDataItem(model, serial, item);
+    }
+    Long deleteData(const ListedPhone& phone, const Text& item) {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        return module_.DeleteDataItem(model, serial, item);
+    }
+
     std::string connectivityFolder_;
     covNo2 module_;
 };
