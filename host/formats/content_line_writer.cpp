@@ -24,6 +24,26 @@ bool isPlain(std::string_view text) {
     return true;
 }
 
+// One character. At an edge of a line a blank would be lost or taken for a fold, and readers take a line that
+// begins with "END:" for the component's end.
+std::string quoted(std::string_view character, bool atEdge) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    constexpr std::string_view hiddenAtEdge = " BbEe";
+    std::string text;
+    for (const char c : character) {
+        const bool isHidden = c == '=' || (atEdge && hiddenAtEdge.find(c) != std::string_view::npos);
+        if (c == '\n') {
+            text.append("=0D=0A");
+        } else if (c >= ' ' && c <= '~' && !isHidden) {
+            text.push_back(c);
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            text.append({'=', digits[byte >> 4], digits[byte & 0xF]});
+        }
+    }
+    return text;
+}
+
 }  // namespace
 
 void ContentLineWriter::line(std::string_view head, std::string_view value) {
@@ -52,38 +72,24 @@ void ContentLineWriter::folded(std::string_view line) {
 }
 
 void ContentLineWriter::quotedPrintable(std::string_view head, std::string_view value) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     const std::size_t start = text_.size();
     text_.append(head);
     if (!std::ranges::all_of(value, [](char c) { return static_cast<signed char>(c) >= 0; }))
         text_.append(";CHARSET=UTF-8");
     text_.append(";ENCODING=QUOTED-PRINTABLE:");
     std::size_t used = text_.size() - start;
-    std::string unit;  // what one character becomes
     for (std::size_t place = 0; place < value.size();) {
         const std::size_t length = characterLength(value, place);
-        unit.clear();
-        for (const char c : value.substr(place, length)) {
-            const bool isBlankAtEdge = c == ' ' && (used == 0 || place + length == value.size());
-            if (c > ' ' && c <= '~' && c != '=') {
-                unit.push_back(c);
-            } else if (c == ' ' && !isBlankAtEdge) {
-                unit.push_back(c);
-            } else if (c == '\n') {
-                unit.append("=0D=0A");
-            } else {
-                const auto byte = static_cast<unsigned char>(c);
-                unit.append({'=', digits[byte >> 4], digits[byte & 0xF]});
-            }
-        }
-        place += length;
+        const bool isLast = place + length == value.size();
+        std::string unit = quoted(value.substr(place, length), isLast);
         if (used + unit.size() > longestLine) {
             text_.append("=").append(lineEnd);
             used = 0;
-            if (unit == " ") unit = "=20";
+            unit = quoted(value.substr(place, length), /*atEdge=*/true);
         }
         text_.append(unit);
         used += unit.size();
+        place += length;
     }
     text_.append(lineEnd);
 }
