@@ -58,6 +58,34 @@ constexpr ResultMessage messages[] = {
     {Operation::deleteContact, step(-2),
      "% is no longer attached. Check the cable or the Bluetooth connection and retry."},
     {Operation::deleteContact, step(-3), "% refused the connection to its contacts. Accept it and retry."},
+    {Operation::readMessages, step(-1),
+     "The part of the connectivity software that reads messages could not be started. Is it installed "
+     "completely?"},
+    {Operation::readMessages, step(-2),
+     "% is no longer attached, or let nobody read its messages. Check the cable or the Bluetooth connection "
+     "and retry."},
+    {Operation::readMessages, step(-3),
+     "% has no messages that can be read, or refused the connection to them. Accept the connection on the "
+     "phone, and see that it is switched on, not locked and in reach; then retry."},
+    {Operation::readMessages, step(-4), "% did not tell its folders of messages. Retry."},
+    {Operation::readNotes, step(-1),
+     "The part of the connectivity software that reads notes could not be started. Is it installed "
+     "completely?"},
+    {Operation::readNotes, step(-2),
+     "% is no longer attached, or let nobody read its notes. Check the cable or the Bluetooth connection and "
+     "retry."},
+    {Operation::readNotes, step(-3),
+     "% has no notes that can be read, or refused the connection to them. Accept the connection on the phone, "
+     "and see that it is switched on, not locked and in reach; then retry."},
+    {Operation::readNotes, step(-4), "% did not tell its folders of notes. Retry."},
+    {Operation::writeMessages, step(-1),
+     "% did not take the change, or the part of the connectivity software for it could not be started."},
+    {Operation::writeMessages, step(-2), "% is no longer attached. Attach it again and retry."},
+    {Operation::writeMessages, step(-3),
+     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked and "
+     "in reach; then retry."},
+    {Operation::writeMessages, step(-4), "% did not begin the change. Retry."},
+    {Operation::writeMessages, step(-5), "% did not list what it has. Retry."},
     {Operation::openFiles, step(-1),
      "% did not open its files. It may be locked, busy with another program, attached as a USB drive, or no "
      "longer "

@@ -10,6 +10,9 @@ namespace ovno2::host {
 enum class Operation {
     listPhones,
     readContacts,
+    readMessages,
+    readNotes,
+    writeMessages,
     writeContact,
     deleteContact,
     endContacts,
