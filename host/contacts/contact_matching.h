@@ -11,8 +11,8 @@
 namespace ovno2::host {
 
 struct ContactMatch {
-    std::size_t contact;     // of the phone's
-    bool isByUid = false;    // an earlier export says so, and name or number agree
+    std::size_t contact;   // of the phone's
+    bool isByUid = false;  // an earlier export says so, and name or number agree
 };
 
 // One entry a card: the contact of the phone that it is, none for a new one. A contact is the card's when

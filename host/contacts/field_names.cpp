@@ -12,26 +12,40 @@ constexpr struct {
     std::string_view name;
     Long code;
 } otherNames[] = {
-    {"givenname", HostField::firstName},      {"familyname", HostField::lastName},
-    {"surname", HostField::lastName},         {"name", HostField::formalName},
-    {"mobilephone", HostField::mobile},       {"mobilenumber", HostField::mobile},
-    {"cellphone", HostField::mobile},         {"cell", HostField::mobile},
-    {"businessphone", HostField::workPhone},  {"mail", HostField::email},
-    {"emailaddress", HostField::email},       {"website", HostField::web},
-    {"webpage", HostField::web},              {"url", HostField::web},
-    {"organization", HostField::company},     {"organisation", HostField::company},
-    {"role", HostField::jobTitle},            {"notes", HostField::note},
-    {"birthdate", HostField::birthday},       {"group", HostField::categories},
-    {"groups", HostField::categories},        {"category", HostField::categories},
-    {"homecity", HostField::homeTown},        {"workcity", HostField::workTown},
-    {"city", HostField::town},                {"zip", HostField::postcode},
+    {"givenname", HostField::firstName},
+    {"familyname", HostField::lastName},
+    {"surname", HostField::lastName},
+    {"name", HostField::formalName},
+    {"mobilephone", HostField::mobile},
+    {"mobilenumber", HostField::mobile},
+    {"cellphone", HostField::mobile},
+    {"cell", HostField::mobile},
+    {"businessphone", HostField::workPhone},
+    {"mail", HostField::email},
+    {"emailaddress", HostField::email},
+    {"website", HostField::web},
+    {"webpage", HostField::web},
+    {"url", HostField::web},
+    {"organization", HostField::company},
+    {"organisation", HostField::company},
+    {"role", HostField::jobTitle},
+    {"notes", HostField::note},
+    {"birthdate", HostField::birthday},
+    {"group", HostField::categories},
+    {"groups", HostField::categories},
+    {"category", HostField::categories},
+    {"homecity", HostField::homeTown},
+    {"workcity", HostField::workTown},
+    {"city", HostField::town},
+    {"zip", HostField::postcode},
 };
 
 // Letters and digits, small.
 std::string plain(std::string_view name) {
     std::string text;
     for (const char one : toUtf8(lowerCase(fromUtf8(name))))
-        if (static_cast<unsigned char>(one) >= 0x80 || (one >= 'a' && one <= 'z') || (one >= '0' && one <= '9'))
+        if (static_cast<unsigned char>(one) >= 0x80 || (one >= 'a' && one <= 'z') ||
+            (one >= '0' && one <= '9'))
             text += one;
     return text;
 }

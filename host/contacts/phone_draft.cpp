@@ -37,7 +37,8 @@ Text entryOf(const FieldRow& row, const Text& value) {
 Text categoriesOf(const std::vector<Text>& values, std::size_t count) {
     Text entry;
     for (std::size_t i = 0; i < std::max(values.size(), count); ++i)
-        entry.append(i == 0 ? u"" : u";").append(i < values.size() ? entryOf(fieldRows()[0], values[i]) : Text());
+        entry.append(i == 0 ? u"" : u";")
+            .append(i < values.size() ? entryOf(fieldRows()[0], values[i]) : Text());
     return entry;
 }
 
@@ -70,7 +71,8 @@ std::size_t countTogether(const ContactDraft& contact, std::size_t row) {
 
 // Numbers and the like of which one goes away, and which a phone may hold in several fields.
 bool losesValue(const ContactDraft& before, const ContactDraft& after, std::size_t row) {
-    if (writtenTogether(row).size() == 1 || isAddress(row) || !differTogether(before, after, row)) return false;
+    if (writtenTogether(row).size() == 1 || isAddress(row) || !differTogether(before, after, row))
+        return false;
     std::vector<Text> left;
     for (const std::size_t one : writtenTogether(row))
         std::ranges::copy(after.values[one], std::back_inserter(left));
@@ -128,7 +130,8 @@ ContactDraft draftOf(const Contact& contact, const PictureFolder& pictures) {
     return draft;
 }
 
-DraftWriter::DraftWriter(const std::string& folder) : picture_(console::pathOf(folder) / "picture-for-phone") {}
+DraftWriter::DraftWriter(const std::string& folder)
+    : picture_(console::pathOf(folder) / "picture-for-phone") {}
 
 DraftWriter::~DraftWriter() {
     std::error_code ignored;
@@ -171,7 +174,9 @@ WrittenContact DraftWriter::added(const ContactDraft& contact) {
     for (std::size_t i = 0; i < fieldRows().size(); ++i) {
         const FieldRow& row = fieldRows()[i];
         const std::size_t fewest = isAddress(i) ? addressCount(contact, i) : 0;
-        if (isWritten(row)) addRow(rows, i, contact.values[i], isAlwaysWritten(row) ? std::max<std::size_t>(fewest, 1) : fewest);
+        if (isWritten(row))
+            addRow(rows, i, contact.values[i],
+                   isAlwaysWritten(row) ? std::max<std::size_t>(fewest, 1) : fewest);
     }
     if (!contact.pictures.empty()) rows.emplace_back(HostField::picture, pathOfPicture(contact));
     return finished(rows);
@@ -190,9 +195,10 @@ WrittenContact DraftWriter::changed(const ContactDraft& before, const ContactDra
             fewest = std::max(fewest, before.values[i].size());
         addRow(rows, i, after.values[i], fewest);
     }
-    const bool pictureStays = before.pictures.size() == after.pictures.size() &&
-                              std::ranges::equal(before.pictures, after.pictures, {},
-                                                 &ContactDraft::Picture::bytes, &ContactDraft::Picture::bytes);
+    const bool pictureStays =
+        before.pictures.size() == after.pictures.size() &&
+        std::ranges::equal(before.pictures, after.pictures, {}, &ContactDraft::Picture::bytes,
+                           &ContactDraft::Picture::bytes);
     if (!pictureStays) rows.emplace_back(HostField::picture, pathOfPicture(after));
     return finished(rows);
 }

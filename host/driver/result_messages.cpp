@@ -75,14 +75,16 @@ constexpr ResultMessage messages[] = {
      "% is no longer attached, or let nobody read its notes. Check the cable or the Bluetooth connection and "
      "retry."},
     {Operation::readNotes, step(-3),
-     "% has no notes that can be read, or refused the connection to them. Accept the connection on the phone, "
+     "% has no notes that can be read, or refused the connection to them. Accept the connection on the "
+     "phone, "
      "and see that it is switched on, not locked and in reach; then retry."},
     {Operation::readNotes, step(-4), "% did not tell its folders of notes. Retry."},
     {Operation::writeMessages, step(-1),
      "% did not take the change, or the part of the connectivity software for it could not be started."},
     {Operation::writeMessages, step(-2), "% is no longer attached. Attach it again and retry."},
     {Operation::writeMessages, step(-3),
-     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked and "
+     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked "
+     "and "
      "in reach; then retry."},
     {Operation::writeMessages, step(-4), "% did not begin the change. Retry."},
     {Operation::writeMessages, step(-5), "% did not list what it has. Retry."},
