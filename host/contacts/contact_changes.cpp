@@ -52,7 +52,11 @@ void ContactWriting::carryOut(std::vector<ContactChange>& changes) {
     for (ContactChange& change : changes)
         all.push_back(&change);
     writeAll(all);
-    if (committed_ != 0) check(changes);
+    if (committed_ == 0) return;
+    if (const std::vector<ContactChange*> again = check(all); !again.empty()) {
+        writeAll(again);
+        check(again);
+    }
 }
 
 // In halves as long as a half is refused as a whole.
@@ -172,16 +176,7 @@ Long ContactWriting::writeOne(ContactChange& change) {
             default:
                 break;
         }
-        if (DraftWriter::losesValues(change.before, change.after)) {
-            const Long emptied = write(writer_.emptied(change.before, change.after), change, id);
-            if (emptied != 0 || !change.isDone()) return emptied;
-            const Long result = write(writer_.changed(change.before, change.after), change, id);
-            // Without its second half the first would take values away.
-            if (result != 0)
-                giveUp(resultMessage(Operation::writeContact, result, titleOf(phone_), change.title));
-            return result;
-        }
-        return write(writer_.changed(change.before, change.after), change, id);
+        return write(writer_.changed(change.before, change.after, change.isSecondTry), change, id);
     } catch (const PictureNotWritten& failure) {
         change.failure = failure.why;
         return 0;
@@ -217,14 +212,14 @@ ContactWriting::Now ContactWriting::look() {
         note("ovphone: " + message);
     Now now;
     for (const Contact& contact : book.contacts) {
-        const auto place = now.byUid.emplace(contact.uid, contentOf(draftOf(contact, pictures_))).first;
-        if (!before_.contains(contact.uid)) now.added.emplace(place->second, contact.uid);
+        const auto place = now.byUid.emplace(contact.uid, draftOf(contact, pictures_)).first;
+        if (!before_.contains(contact.uid)) now.added.emplace(contentOf(place->second), contact.uid);
     }
     return now;
 }
 
 // A new contact whose uid was not told is known by what it holds.
-const ContactContent* ContactWriting::find(const ContactChange& change, Now& now) const {
+const ContactDraft* ContactWriting::find(const ContactChange& change, Now& now) const {
     const auto id = ids_.find(&change);
     auto there = now.byUid.find(id == ids_.end() ? change.after.uid : id->second);
     if (there == now.byUid.end() && change.kind == ContactChange::Kind::add) {
@@ -237,18 +232,24 @@ const ContactContent* ContactWriting::find(const ContactChange& change, Now& now
 }
 
 bool ContactWriting::hasArrived(const ContactChange& change, Now& now) const {
-    const ContactContent* const there = find(change, now);
+    const ContactDraft* const there = find(change, now);
     if (change.kind == ContactChange::Kind::remove) return !there;
-    return there && holdsAll(*there, contentOf(change.after));
+    return there && holdsAll(contentOf(*there), contentOf(change.after));
 }
 
-void ContactWriting::check(std::span<ContactChange> changes) {
+// Gives those that are to be tried in another way.
+std::vector<ContactChange*> ContactWriting::check(Changes changes) {
     Now now = look();
-    for (ContactChange& change : changes)
-        if (change.isDone()) checkOne(change, find(change, now));
+    std::vector<ContactChange*> again;
+    for (ContactChange* const change : changes) {
+        const bool wasSecondTry = change->isSecondTry;
+        if (change->isDone()) checkOne(*change, find(*change, now));
+        if (change->isSecondTry && !wasSecondTry) again.push_back(change);
+    }
+    return again;
 }
 
-void ContactWriting::checkOne(ContactChange& change, const ContactContent* now) const {
+void ContactWriting::checkOne(ContactChange& change, const ContactDraft* now) const {
     const std::string title = titleOf(phone_);
     if (change.kind == ContactChange::Kind::remove) {
         if (now) change.failure = title + " still has it.";
@@ -258,8 +259,8 @@ void ContactWriting::checkOne(ContactChange& change, const ContactContent* now) 
         change.failure = "It was written, but " + title + " does not have it.";
         return;
     }
-    const ContactContent wanted = contentOf(change.after);
-    const ContactContent missing = lacking(wanted, *now);
+    const ContactContent wanted = contentOf(change.after), there = contentOf(*now);
+    const ContactContent missing = lacking(wanted, there);
     if (!missing.empty()) {
         change.failure =
             title + " did not keep all of it; missing or different there: " + labelsOf(missing) + ".";
@@ -267,11 +268,16 @@ void ContactWriting::checkOne(ContactChange& change, const ContactContent* now) 
     }
     ContactContent stayed;
     for (const auto& value : gone(change, wanted))
-        if (std::ranges::binary_search(*now, value)) stayed.push_back(value);
-    if (!stayed.empty())
-        change.failure =
-            "The new values were written, but " + title +
-            " also keeps the old ones, in fields that cannot be reached from here: " + labelsOf(stayed) + ".";
+        if (std::ranges::binary_search(there, value)) stayed.push_back(value);
+    if (stayed.empty()) return;
+    if (!change.isSecondTry) {
+        change.before = *now;
+        change.isSecondTry = true;
+        return;
+    }
+    change.failure = "The new values were written, but " + title +
+                     " also keeps old ones, in fields that cannot be changed from here: " + labelsOf(stayed) +
+                     ". To be rid of them, remove the contact and add it again.";
 }
 
 }  // namespace ovno2::host

@@ -25,6 +25,8 @@ struct ContactChange {
     ContactDraft after;   // as it is to be; its uid is the phone's own, empty for a new one
     // What went wrong, for people; empty = done. UTF-8.
     std::string failure = {};
+    // It was written, and values that were to go are still there: tried once more in another way.
+    bool isSecondTry = false;
 
     bool isDone() const { return failure.empty(); }
 };
@@ -57,14 +59,14 @@ class ContactWriting {
     bool isAttached() const;
     // What the phone has now.
     struct Now {
-        std::map<Text, ContactContent> byUid;
+        std::map<Text, ContactDraft> byUid;
         std::multimap<ContactContent, Text> added;  // uids of those that were not there at first
     };
     Now look();
-    const ContactContent* find(const ContactChange& change, Now& now) const;
+    const ContactDraft* find(const ContactChange& change, Now& now) const;
     bool hasArrived(const ContactChange& change, Now& now) const;
-    void check(std::span<ContactChange> changes);
-    void checkOne(ContactChange& change, const ContactContent* now) const;
+    std::vector<ContactChange*> check(Changes changes);
+    void checkOne(ContactChange& change, const ContactDraft* now) const;
     std::string whatIsWritten() const;
 
     const AttachedPhones& phones_;

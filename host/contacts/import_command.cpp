@@ -18,18 +18,12 @@ constexpr std::size_t largestPicture = std::size_t{16} << 20;
 // Takes out of a file's contact what no phone takes.
 std::vector<std::string> takeUnplaced(ContactDraft& card) {
     std::vector<std::string> unplaced = std::move(card.unplaced);
-    const auto drop = [&](std::size_t row, const Text& value, const char* why) {
-        unplaced.push_back(toUtf8(fieldRows()[row].label) + ": " + toUtf8(value) + why);
-    };
     std::vector<Text>& birthdays = card.values[rowOf(HostField::birthday)];
     std::erase_if(birthdays, [&](const Text& value) {
         const bool isNone = birthdayText(value).empty();
-        if (isNone) drop(rowOf(HostField::birthday), value, " (no date)");
+        if (isNone) unplaced.push_back("Birthday: " + toUtf8(value) + " (no date)");
         return isNone;
     });
-    for (const Text& value : card.values[rowOf(HostField::other)])
-        drop(rowOf(HostField::other), value, "");
-    card.values[rowOf(HostField::other)].clear();
     std::erase_if(card.pictures, [&](const ContactDraft::Picture& picture) {
         if (picture.bytes.size() > largestPicture) unplaced.emplace_back("Picture: larger than 16 MB");
         return picture.bytes.empty() || picture.bytes.size() > largestPicture;
@@ -37,6 +31,14 @@ std::vector<std::string> takeUnplaced(ContactDraft& card) {
     for (; card.pictures.size() > 1; card.pictures.pop_back())
         unplaced.emplace_back("Picture: a second one");
     return unplaced;
+}
+
+// Values of the phone's other fields stay where they are and cannot be written elsewhere.
+void nameOther(const ContactDraft& card, const ContactDraft* there, std::vector<std::string>& unplaced) {
+    const std::size_t row = rowOf(HostField::other);
+    for (const Text& value : card.values[row])
+        if (!there || std::ranges::find(there->values[row], value) == there->values[row].end())
+            unplaced.push_back(toUtf8(fieldRows()[row].label) + ": " + toUtf8(value));
 }
 
 void importContacts(const Context& context, const ContactFileOptions& fileOptions,
@@ -66,6 +68,7 @@ void importContacts(const Context& context, const ContactFileOptions& fileOption
     std::vector<ContactChange> changes;
     for (std::size_t i = 0; i < reported.size(); ++i) {
         ContactDraft& card = file.contacts[i];
+        nameOther(card, matches[i] ? &there[matches[i]->contact] : nullptr, reported[i].unplaced);
         ContactChange change;
         change.title = reported[i].title;
         if (matches[i]) {
