@@ -210,7 +210,7 @@ ContactWriting::Now ContactWriting::look() {
     }
     for (const std::string& message : book.missing)
         note("ovphone: " + message);
-    Now now;
+    Now now{.isWhole = book.contacts.size() == book.listed, .byUid = {}, .added = {}};
     for (const Contact& contact : book.contacts) {
         const auto place = now.byUid.emplace(contact.uid, draftOf(contact, pictures_)).first;
         if (!before_.contains(contact.uid)) now.added.emplace(contentOf(place->second), contact.uid);
@@ -243,14 +243,19 @@ std::vector<ContactChange*> ContactWriting::check(Changes changes) {
     std::vector<ContactChange*> again;
     for (ContactChange* const change : changes) {
         const bool wasSecondTry = change->isSecondTry;
-        if (change->isDone()) checkOne(*change, find(*change, now));
+        if (change->isDone()) checkOne(*change, find(*change, now), now.isWhole);
         if (change->isSecondTry && !wasSecondTry) again.push_back(change);
     }
     return again;
 }
 
-void ContactWriting::checkOne(ContactChange& change, const ContactDraft* now) const {
+void ContactWriting::checkOne(ContactChange& change, const ContactDraft* now, bool isWhole) const {
     const std::string title = titleOf(phone_);
+    if (!now && !isWhole) {
+        change.failure = "It was written; whether " + title +
+                         " has it is not known, since not all of its contacts could be read.";
+        return;
+    }
     if (change.kind == ContactChange::Kind::remove) {
         if (now) change.failure = title + " still has it.";
         return;

@@ -59,6 +59,7 @@ class ContactWriting {
     bool isAttached() const;
     // What the phone has now.
     struct Now {
+        bool isWhole = true;
         std::map<Text, ContactDraft> byUid;
         std::multimap<ContactContent, Text> added;  // uids of those that were not there at first
     };
@@ -66,7 +67,7 @@ class ContactWriting {
     const ContactDraft* find(const ContactChange& change, Now& now) const;
     bool hasArrived(const ContactChange& change, Now& now) const;
     std::vector<ContactChange*> check(Changes changes);
-    void checkOne(ContactChange& change, const ContactDraft* now) const;
+    void checkOne(ContactChange& change, const ContactDraft* now, bool isWhole) const;
     std::string whatIsWritten() const;
 
     const AttachedPhones& phones_;

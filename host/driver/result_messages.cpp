@@ -18,6 +18,9 @@ constexpr std::uint32_t step(Long number) {
     return static_cast<std::uint32_t>(number);
 }
 
+constexpr const char* connectionLost =
+    "The connection to % was lost. Check the cable or the reception and retry.";
+
 // Numbers of a step mean what the operation says; library statuses mean the same everywhere.
 constexpr ResultMessage messages[] = {
     {Operation::listPhones, step(-1),
@@ -117,6 +120,9 @@ constexpr ResultMessage messages[] = {
      "does not take."},
     {Operation::deleteFolder, step(-1), "% did not find the folder above $ any more."},
     {Operation::deleteFolder, step(-2), "% did not delete $. It may be read-only or in use."},
+    {Operation::writeContact, 0x80200006, connectionLost},
+    {Operation::deleteContact, 0x80200006, connectionLost},
+    {Operation::endContacts, 0x80200006, connectionLost},
     {{}, 0x80100004, "The connection to % was closed. Attach the phone again and retry."},
     {{},
      0x80100014,
