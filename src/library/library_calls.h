@@ -92,5 +92,6 @@ using CADeleteFolder = Status(Handle operation, void* folderRecord);
 
 // Content kinds, the `target` of DAOpenCA.
 inline constexpr Word targetContacts = 1;
+inline constexpr Word targetCalendar = 2;
 
 }  // namespace ovno2::library::signature
