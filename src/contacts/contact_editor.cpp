@@ -80,16 +80,16 @@ void giveAddressBack(Address address) {
     std::array<Word, addressWords> record{};
     attempt([&] { record = addressRecordAt(address); });
     for (std::size_t word = 1; word < addressWords; ++word)
-        giveTextBack(record[word]);
-    giveBlockBack(address);
+        Content::giveTextBack(record[word]);
+    Content::giveBlockBack(address);
 }
 
 void givePictureBack(Address address) {
     PictureRecord record{};
     attempt([&] { library::copyRecord(address, record); });
-    giveTextBack(record.format);
-    giveBlockBack(record.bytes);
-    giveBlockBack(address);
+    Content::giveTextBack(record.format);
+    Content::giveBlockBack(record.bytes);
+    Content::giveBlockBack(address);
 }
 
 }  // namespace
@@ -106,10 +106,10 @@ void ContactEditor::takeExisting(const library::ContactRecord& record) {
     std::erase_if(groups_[0], [](const DataItem& item) {
         if (item.FieldId == formattedNameId) {
             DebugWrite(u"!r1");
-            giveTextBack(item.Value);
+            Content::giveTextBack(item.Value);
         } else if (item.FieldId == birthdayId) {
             DebugWrite(u"!r2");
-            giveBlockBack(item.Value);
+            Content::giveBlockBack(item.Value);
         } else {
             return false;
         }
@@ -221,7 +221,7 @@ void ContactEditor::placeText(Word id, Long code, std::size_t group, const Text&
     if (!value.empty() && standsElsewhere(id, code, group, value)) return;
     if (place) {
         const Address text = pieces_.text(encoded(id, group, value));
-        giveTextBack(std::exchange(pairWith(id, group, *place).Value, text));
+        Content::giveTextBack(std::exchange(pairWith(id, group, *place).Value, text));
     } else if (!value.empty()) {
         DebugWrite(u"!8");
         add(id, group, pieces_.text(encoded(id, group, value)));

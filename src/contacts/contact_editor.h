@@ -10,8 +10,8 @@
 #include <set>
 
 #include "contacts/contact_fields.h"
-#include "contacts/library_pieces.h"
 #include "content/data_items.h"
+#include "content/library_pieces.h"
 
 namespace ovno2::Contacts {
 
@@ -63,7 +63,7 @@ class ContactEditor {
 
     FieldMerging merging_;
     Long version_;
-    LibraryPieces pieces_;
+    Content::LibraryPieces pieces_;
     std::array<std::vector<Content::DataItem>, groupCount> groups_;
     std::array<std::size_t, groupCount> existing_{};        // how many of the leading items the phone had
     std::set<std::pair<std::size_t, std::size_t>> paired_;  // group and place of items that a row goes with

@@ -155,7 +155,8 @@ Long WriteContact(const Text& model, Text& serial, Text& Id, const Text& elems, 
         Content::ItemData<ContactRecord> data(connection().handle);
         ContactEditor editor(mergingFor(table, oldLibrary), version);
 
-        ItemId* id = isnew ? nullptr : state.ContactsSessionIds.find(Id);
+        ItemId* id = isnew ? nullptr : state.ContactsSessionIds.findUid(Id);
+        if (!isnew && !id) id = state.ContactsSessionIds.findNew(Id);
         if (id && !readExisting(*id, data, editor)) id = nullptr;
         const bool added = id == nullptr;
         if (added) {

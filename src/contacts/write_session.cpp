@@ -7,7 +7,6 @@
 #include "content/progress.h"
 #include "content/sessions.h"
 #include "devices/devices.h"
-#include "library/library_memory.h"
 
 namespace ovno2::Contacts {
 
@@ -15,7 +14,6 @@ namespace {
 
 using Content::ItemId;
 using library::ItemIdListRecord;
-using library::ItemIdRecord;
 
 constexpr Long libraryNotStarted = -1;
 constexpr Long phoneNotFound = -2;
@@ -24,57 +22,11 @@ constexpr Long operationNotBegun = -4;
 constexpr Long notListed = -5;
 constexpr Long noSuchContact = -1;
 
-std::vector<ItemIdRecord> copyRecords(const ItemIdListRecord& list) {
-    return library::copyBlock<ItemIdRecord>(list.items, list.count);
-}
-
-Text positionOf(const ItemIdRecord& record) {
-    return decimalText(static_cast<Long>(record.position));
-}
-
-// A UID that is there and could not be copied: its contact would be written as a new one.
-bool isIncomplete(const ItemIdRecord& record, const Text& uid) {
-    return uid.empty() && record.uidLength != 0 && library::isAddress(record.uid) &&
-           currentPlatform().memory().readable(library::pointerTo(record.uid), record.uidLength);
-}
-
-// False when there was no memory for all of them.
+// False when not all of them could be taken.
 bool takeIds(const ItemIdListRecord& list) {
-    WritingState& state = writingState();
-    state.ContactsSessionIds.clear();
-    state.listed.clear();
-    if (list.count == 0) return true;
-    return noFailure == attempt([&] {
-               const std::vector<ItemIdRecord> records = copyRecords(list);
-               state.ContactsSessionIds.reserve(records.size());
-               state.listed.reserve(records.size());
-               for (const ItemIdRecord& record : records) {
-                   ItemId id;
-                   id.Size = static_cast<Long>(record.size);
-                   id.FolderId = static_cast<Long>(record.folderId);
-                   id.Position = static_cast<Long>(record.position);
-                   id.UidLength = static_cast<Long>(record.uidLength);
-                   id.Uid = Content::GetUIDAsString(record);
-                   if (isIncomplete(record, id.Uid)) throw RuntimeFailure(outOfMemory);
-                   id.Word5 = static_cast<Long>(record.word5);
-                   state.listed.push_back(positionOf(record) + u";" + id.Uid);
-                   state.ContactsSessionIds.add(std::move(id));
-               }
-           });
-}
-
-void tellNewUids(const ItemIdListRecord& list, TextArray& tempids, TextArray& uids) {
-    attempt([&] {
-        const Long last = static_cast<Long>(list.count) - 1;
-        const std::vector<ItemIdRecord> records = copyRecords(list);
-        tempids.resize(last);
-        uids.resize(last);
-        DebugWrite(u"4");
-        for (std::size_t i = 0; i < records.size(); ++i) {
-            attempt([&] { tempids.at(static_cast<Long>(i)) = positionOf(records[i]); });
-            attempt([&] { uids.at(static_cast<Long>(i)) = Content::GetUIDAsString(records[i]); });
-        }
-    });
+    Content::SessionItems& items = writingState().ContactsSessionIds;
+    items.clear();
+    return items.takeListed(list);
 }
 
 // Gives up what has been begun, so that the session can begin anew.
@@ -152,7 +104,8 @@ Long ContactsEndWriteSession(TextArray& tempids, TextArray& uids, bool writeit) 
         DebugLine(u" 2a", decimal{static_cast<Long>(list.count)});
         if (list.count > 0) {
             DebugWrite(u"3");
-            tellNewUids(list, tempids, uids);
+            DebugWrite(u"4");
+            Content::tellWritten(list, /*extra=*/0, tempids, uids);
         }
     }
     DebugWrite(u"5");
@@ -174,7 +127,14 @@ Long ContactsEndWriteSession(TextArray& tempids, TextArray& uids, bool writeit) 
 void GetAllUids(TextArray& uids) {
     uids.clear();
     if (!isWriting()) return;
-    attempt([&] { uids = TextArray(writingState().listed); });
+    attempt([&] {
+        const Content::SessionItems& items = writingState().ContactsSessionIds;
+        std::vector<Text> listed;
+        listed.reserve(items.listed());
+        for (std::size_t i = 0; i < items.listed(); ++i)
+            listed.push_back(decimalText(items.all()[i].Position) + u";" + items.all()[i].Uid);
+        uids = TextArray(std::move(listed));
+    });
 }
 
 Long DeleteContact(const Text& model, Text& serial, const Text& uid) {

@@ -6,7 +6,7 @@
 
 #include "library/library_memory.h"
 
-namespace ovno2::Contacts {
+namespace ovno2::Content {
 
 // What has been made goes back to the library when this ends, after the write.
 class LibraryPieces {
@@ -34,4 +34,4 @@ class LibraryPieces {
 void giveTextBack(Address text);
 void giveBlockBack(Address block);
 
-}  // namespace ovno2::Contacts
+}  // namespace ovno2::Content

@@ -1,8 +1,8 @@
-#include "contacts/library_pieces.h"
+#include "content/library_pieces.h"
 
 #include <cstring>
 
-namespace ovno2::Contacts {
+namespace ovno2::Content {
 
 LibraryPieces::~LibraryPieces() {
     for (char16_t* const text : texts_)
@@ -35,4 +35,4 @@ void giveBlockBack(Address block) {
     if (library::isAddress(block)) library::CONAFreeMemory.tried(library::pointerTo(block));
 }
 
-}  // namespace ovno2::Contacts
+}  // namespace ovno2::Content
