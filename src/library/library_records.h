@@ -229,4 +229,29 @@ inline constexpr Word calendarPriority = 0x303;     // number
 inline constexpr Word calendarStatus = 0x304;       // number
 inline constexpr Word calendarBirthdayMark = 0x306;
 
+// A message; `data` is a text in UTF-16 or a row of bytes.
+struct MessageRecord {
+    Word size;        // 44
+    Word info;        // low four bits: the data format
+    Word dataLength;  // bytes
+    Address data;
+    Word addressCount;  // only the low byte counts
+    Address addresses;  // addressCount MessageAddressRecords
+    DateRecord date;
+};
+static_assert(sizeof(MessageRecord) == 44);
+
+struct MessageAddressRecord {
+    Word size;  // 12
+    Word info;
+    Address text;
+};
+static_assert(sizeof(MessageAddressRecord) == 12);
+
+struct NoteRecord {
+    Word size;  // 8
+    Address text;
+};
+static_assert(sizeof(NoteRecord) == 8);
+
 }  // namespace ovno2::library
