@@ -74,7 +74,8 @@ std::vector<Conversation> conversationsWith(const std::vector<Conversation>& all
 
 bool holds(const Conversation& conversation, const Message& message, TextView wanted) {
     const Text text = folded(wanted);
-    return folded(message.text).find(text) != Text::npos || folded(conversation.title).find(text) != Text::npos ||
+    return folded(message.text).find(text) != Text::npos ||
+           folded(conversation.title).find(text) != Text::npos ||
            std::ranges::any_of(message.addresses, [&](const Text& address) {
                return folded(address).find(text) != Text::npos || sameNumber(address, wanted);
            });

@@ -9,8 +9,8 @@
 namespace ovno2::host {
 
 struct Conversation {
-    std::vector<Text> addresses;  // of the others, as the first message writes them
-    Text title;                   // their names, or the addresses; "(nobody)" without any
+    std::vector<Text> addresses;           // of the others, as the first message writes them
+    Text title;                            // their names, or the addresses; "(nobody)" without any
     std::vector<const Message*> messages;  // the oldest first; those without a time before all others
 };
 
@@ -23,8 +23,8 @@ Text titleOf(TextView address, const NameBook& names);
 // Those with somebody whose name or number is `wanted`, else holds it.
 std::vector<Conversation> conversationsWith(const std::vector<Conversation>& all, TextView wanted);
 
-// True when the message's text, or a name or number of its conversation, holds `wanted`; letter case and accents do
-// not count.
+// True when the message's text, or a name or number of its conversation, holds `wanted`; letter case and
+// accents do not count.
 bool holds(const Conversation& conversation, const Message& message, TextView wanted);
 
 }  // namespace ovno2::host

@@ -46,11 +46,11 @@ MailTime mailTime(const Message& message) {
     const auto offset = static_cast<int>(offsetAt(local).count());
     const int size = std::abs(offset);
     std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%s, %u %s %04d %02d:%02d:%02d %c%02d%02d", weekday, d, months[m - 1],
-                  y, h, min, s, offset < 0 ? '-' : '+', size / 60, size % 60);
+    std::snprintf(text.data(), text.size(), "%s, %u %s %04d %02d:%02d:%02d %c%02d%02d", weekday, d,
+                  months[m - 1], y, h, min, s, offset < 0 ? '-' : '+', size / 60, size % 60);
     time.inHeader = text.data();
-    std::snprintf(text.data(), text.size(), "%s %s %2u %02d:%02d:%02d %04d", weekday, months[m - 1], d, h, min, s,
-                  y);
+    std::snprintf(text.data(), text.size(), "%s %s %2u %02d:%02d:%02d %04d", weekday, months[m - 1], d, h,
+                  min, s, y);
     time.inSeparator = text.data();
     return time;
 }
@@ -80,8 +80,8 @@ std::string mailAddress(const Text& address) {
     std::string utf8 = toUtf8(address);
     const bool isMail = utf8.find('@') != std::string::npos;
     std::erase_if(utf8, [](char unit) {
-        return !(std::isalnum(static_cast<unsigned char>(unit)) || std::string_view("+*#.-_@").find(unit) !=
-                                                                       std::string_view::npos);
+        return !(std::isalnum(static_cast<unsigned char>(unit)) ||
+                 std::string_view("+*#.-_@").find(unit) != std::string_view::npos);
     });
     if (utf8.empty()) utf8 = "unknown";
     return isMail ? utf8 : utf8 + "@phone.invalid";
@@ -125,7 +125,8 @@ std::string asMail(const Message& message, const NameBook& names) {
     if (!message.time.empty()) mail += "Date: " + time.inHeader + "\n";
     mail += "Subject: " + encodedWords(toUtf8(cutToWidth(singleLine(message.text), subjectWidth))) + "\n";
     mail += "X-Phone-Folder: " + encodedWords(toUtf8(singleLine(message.folder))) + "\n";
-    if (*nameOf(message.direction) != 0) mail += std::string("X-Phone-Direction: ") + nameOf(message.direction) + "\n";
+    if (*nameOf(message.direction) != 0)
+        mail += std::string("X-Phone-Direction: ") + nameOf(message.direction) + "\n";
     if (!message.uid.empty()) mail += "Message-ID: <" + toUtf8(message.uid) + "@phone.invalid>\n";
     mail += "MIME-Version: 1.0\nContent-Type: text/plain; charset=UTF-8\nContent-Transfer-Encoding: 8bit\n\n";
     return mail + quotedBody(message.text) + "\n";

@@ -22,13 +22,14 @@ constexpr KnownFolder knownFolders[] = {
 };
 
 bool isNumber(TextView text) {
-    return !text.empty() && std::ranges::all_of(text, [](char16_t unit) { return unit >= u'0' && unit <= u'9'; });
+    return !text.empty() &&
+           std::ranges::all_of(text, [](char16_t unit) { return unit >= u'0' && unit <= u'9'; });
 }
 
 bool isUid(TextView text) {
     return text.size() % 2 == 0 && std::ranges::all_of(text, [](char16_t unit) {
-        return (unit >= u'0' && unit <= u'9') || (unit >= u'A' && unit <= u'F');
-    });
+               return (unit >= u'0' && unit <= u'9') || (unit >= u'A' && unit <= u'F');
+           });
 }
 
 // The name of a folder and its path, which both may hold the separator: a path ends with the name, or is it.
@@ -85,11 +86,16 @@ std::optional<Note> noteOf(TextView line) {
 
 const char* nameOf(Direction direction) {
     switch (direction) {
-        case Direction::received: return "received";
-        case Direction::sent: return "sent";
-        case Direction::waiting: return "waiting";
-        case Direction::draft: return "draft";
-        default: return "";
+        case Direction::received:
+            return "received";
+        case Direction::sent:
+            return "sent";
+        case Direction::waiting:
+            return "waiting";
+        case Direction::draft:
+            return "draft";
+        default:
+            return "";
     }
 }
 

@@ -27,8 +27,8 @@ struct Note {
     Text text;
 };
 
-// None for a line that holds no message. Parts may hold "|": what lies between the folder's id and the UID tells where
-// the others stand.
+// None for a line that holds no message. Parts may hold "|": what lies between the folder's id and the UID
+// tells where the others stand.
 std::optional<Message> messageOf(TextView line, DataStore store);
 std::optional<Note> noteOf(TextView line);
 

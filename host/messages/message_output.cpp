@@ -21,11 +21,16 @@ Text shownTime(const Message& message) {
 
 Text authorOf(const Conversation& conversation, const Message& message) {
     switch (message.direction) {
-        case Message::Direction::received: return conversation.title;
-        case Message::Direction::sent: return u"Me";
-        case Message::Direction::waiting: return u"Me (waiting in the outbox)";
-        case Message::Direction::draft: return u"Me (a draft)";
-        default: return u"In " + message.folder;
+        case Message::Direction::received:
+            return conversation.title;
+        case Message::Direction::sent:
+            return u"Me";
+        case Message::Direction::waiting:
+            return u"Me (waiting in the outbox)";
+        case Message::Direction::draft:
+            return u"Me (a draft)";
+        default:
+            return u"In " + message.folder;
     }
 }
 

@@ -13,8 +13,8 @@ namespace ovno2::host {
 
 namespace {
 
-// What the phone named, from the steps of the progress control: each folder that it lists is announced by a jump, one
-// step says that its items follow, two steps belong to each of them.
+// What the phone named, from the steps of the progress control: each folder that it lists is announced by a
+// jump, one step says that its items follow, two steps belong to each of them.
 class ListedItems {
   public:
     void advanceTo(Long value) {
@@ -51,23 +51,25 @@ constexpr StoreKind noteStore{DataStore::notes, Operation::readNotes, "notes"};
 
 bool isAttached(PhoneDriver& driver, const ListedPhone& phone) {
     std::vector<ListedPhone> attached;
-    return driver.listPhones(attached) >= 0 &&
-           std::ranges::any_of(attached,
-                               [&](const ListedPhone& other) { return other.serial == phone.serial; });
+    return driver.listPhones(attached) >= 0 && std::ranges::any_of(attached, [&](const ListedPhone& other) {
+               return other.serial == phone.serial;
+           });
 }
 
 std::string whatToDo(PhoneDriver& driver, const ListedPhone& phone) {
     if (!isAttached(driver, phone))
         return " The phone is no longer attached: attach it again and give the command again.";
-    return " The phone is attached but did not hand out the others: another program may be working with it, or the "
-           "connection was lost for a while. Close other phone programs, see to the cable or the reception, and give "
+    return " The phone is attached but did not hand out the others: another program may be working with it, "
+           "or the "
+           "connection was lost for a while. Close other phone programs, see to the cable or the reception, "
+           "and give "
            "the command again; \"ovphone log on\" makes the log say what went wrong.";
 }
 
 // Appends what one store holds. The result is the module's.
 template <class Item, class Read>
-Long readStore(const AttachedPhones& phones, const ListedPhone& phone, const StoreKind& kind, ItemList<Item>& list,
-               Read&& itemOf) {
+Long readStore(const AttachedPhones& phones, const ListedPhone& phone, const StoreKind& kind,
+               ItemList<Item>& list, Read&& itemOf) {
     ListedItems listed;
     std::vector<Text> lines;
     Long result = 0;
@@ -98,7 +100,8 @@ Long readStore(const AttachedPhones& phones, const ListedPhone& phone, const Sto
     else if (listed.notOpened() != 0)
         trouble += std::string(trouble.empty() ? "" : " ") + std::to_string(listed.notOpened()) +
                    " folders with " + items + " could not be opened.";
-    if (!trouble.empty()) list.missing.push_back(trouble + whatToDo(phones.driver(), phone));
+    if (!trouble.empty())
+        list.missing.push_back(trouble + whatToDo(phones.driver(), phone));
     else if (!isAttached(phones.driver(), phone))
         list.missing.push_back(titleOf(phone) + " was lost while its " + kind.items +
                                " were read: whether these are all is not known. Attach it again and give the "
@@ -112,11 +115,13 @@ bool areTheSame(const ItemList<Item>& a, const ItemList<Item>& b) {
 }
 
 template <class Item>
-void compare(const ListedPhone& phone, const char* items, ItemList<Item>& first, const ItemList<Item>& second) {
+void compare(const ListedPhone& phone, const char* items, ItemList<Item>& first,
+             const ItemList<Item>& second) {
     if (areTheSame(first, second)) return;
-    first.missing.push_back("The " + std::string(items) + " of " + titleOf(phone) +
-                            " changed between two reads, or one of them did not see them all. Give the command "
-                            "again, with no other program working with the phone.");
+    first.missing.push_back(
+        "The " + std::string(items) + " of " + titleOf(phone) +
+        " changed between two reads, or one of them did not see them all. Give the command "
+        "again, with no other program working with the phone.");
 }
 
 }  // namespace

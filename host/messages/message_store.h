@@ -11,7 +11,8 @@ template <class Item>
 struct ItemList {
     std::vector<Item> items;  // those that could be read, in the phone's order
     std::size_t listed = 0;   // as many as the phone named
-    // What did not arrive, why, and what to do about it; UTF-8. Empty = all is there, as far as the phone tells.
+    // What did not arrive, why, and what to do about it; UTF-8. Empty = all is there, as far as the phone
+    // tells.
     std::vector<std::string> missing;
 };
 
@@ -19,8 +20,8 @@ struct ItemList {
 ItemList<Message> readMessages(const AttachedPhones& phones, const ListedPhone& phone);
 ItemList<Note> readNotes(const AttachedPhones& phones, const ListedPhone& phone);
 
-// Reads a second time and says so among the missing when both reads differ: a folder that the phone does not list
-// is not missed in one read alone.
+// Reads a second time and says so among the missing when both reads differ: a folder that the phone does not
+// list is not missed in one read alone.
 void readAgain(const AttachedPhones& phones, const ListedPhone& phone, ItemList<Message>& first);
 void readAgain(const AttachedPhones& phones, const ListedPhone& phone, ItemList<Note>& first);
 

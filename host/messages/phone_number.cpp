@@ -5,6 +5,7 @@
 
 #include "host/contacts/contact_values.h"
 #include "host/contacts/field_table.h"
+#include "host/output/folding.h"
 
 namespace ovno2::host {
 
@@ -13,7 +14,7 @@ namespace {
 constexpr std::size_t significantDigits = 7;
 
 struct Number {
-    Text digits;         // without what stands for "abroad" or "another place"
+    Text digits;  // without what stands for "abroad" or "another place"
     bool isWorldwide = false;
     bool isNational = false;  // begins with the 0 of another place
 };
@@ -69,9 +70,10 @@ Text numberKey(TextView address) {
 }
 
 NameBook::NameBook(const std::vector<Contact>& contacts) {
-    constexpr Long codes[] = {HostField::mobile,     HostField::mobile2,    HostField::phone,  HostField::phone2,
-                              HostField::homePhone,  HostField::homePhone2, HostField::workPhone,
-                              HostField::workPhone2, HostField::email,      HostField::email2};
+    constexpr Long codes[] = {HostField::mobile,    HostField::mobile2,    HostField::phone,
+                              HostField::phone2,    HostField::homePhone,  HostField::homePhone2,
+                              HostField::workPhone, HostField::workPhone2, HostField::email,
+                              HostField::email2};
     for (const Contact& contact : contacts) {
         const Text name = host::nameOf(contact);
         if (name.empty()) continue;
@@ -80,7 +82,8 @@ NameBook::NameBook(const std::vector<Contact>& contacts) {
             if (std::ranges::find(codes, row.code) == std::end(codes)) return;
             const Text decoded = decodedValue(value);
             forEachPart(row, decoded, [&](TextView part) {
-                entries_[numberKey(part)].push_back({Text(part), name});
+                const bool isMobile = row.code == HostField::mobile || row.code == HostField::mobile2;
+                entries_[numberKey(part)].push_back({Text(part), name, isMobile});
             });
         });
     }
@@ -92,6 +95,15 @@ Text NameBook::nameOf(TextView address) const {
     for (const Entry& entry : found->second)
         if (sameNumber(entry.address, address)) return entry.name;
     return {};
+}
+
+std::vector<Text> NameBook::mobilesOf(TextView name) const {
+    const Text wanted = folded(name);
+    std::vector<Text> numbers;
+    for (const auto& [key, entries] : entries_)
+        for (const Entry& entry : entries)
+            if (entry.isMobile && folded(entry.name) == wanted) numbers.push_back(entry.address);
+    return numbers;
 }
 
 }  // namespace ovno2::host

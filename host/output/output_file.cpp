@@ -22,7 +22,8 @@ OutputFile::OutputFile(const std::string& name, bool overwrites) : name_(name), 
     if (!overwrites && fs::exists(fs::symlink_status(place_, error)))
         fail("it is there already; --force overwrites it.");
     try {
-        incoming_ = std::make_unique<Incoming>(place_.has_parent_path() ? place_.parent_path() : fs::path("."));
+        incoming_ =
+            std::make_unique<Incoming>(place_.has_parent_path() ? place_.parent_path() : fs::path("."));
     } catch (const fs::filesystem_error& failure) {
         fail(failure.code().message() + ".");
     }
@@ -46,7 +47,8 @@ void OutputFile::finish() {
     const fs::path written = incoming_->path() / unfinished;
     try {
         fs::permissions(written, fs::perms::owner_read | fs::perms::owner_write);
-        if (!Incoming::move(written, place_, overwrites_)) fail("it is there already; --force overwrites it.");
+        if (!Incoming::move(written, place_, overwrites_))
+            fail("it is there already; --force overwrites it.");
     } catch (const fs::filesystem_error& failure) {
         fail(failure.code().message() + ".");
     }

@@ -10,8 +10,8 @@ namespace ovno2::host {
 
 class OutputFile {
   public:
-    // "-" is standard output. Throws CommandFailure for a file that is there, unless it `overwrites`, and for a folder
-    // that cannot be written.
+    // "-" is standard output. Throws CommandFailure for a file that is there, unless it `overwrites`, and for
+    // a folder that cannot be written.
     OutputFile(const std::string& name, bool overwrites);
 
     // Throw CommandFailure where the bytes find no room; nothing is left behind then.

@@ -92,6 +92,7 @@ using CADeleteFolder = Status(Handle operation, void* folderRecord);
 
 // Content kinds, the `target` of DAOpenCA.
 inline constexpr Word targetContacts = 1;
+inline constexpr Word targetCalendar = 2;
 inline constexpr Word targetNotes = 3;
 inline constexpr Word targetMessages = 4;
 inline constexpr Word targetOtherMessages = 5;

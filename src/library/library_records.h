@@ -183,6 +183,52 @@ struct DateRecord {
 };
 static_assert(sizeof(DateRecord) == 20);
 
+// A calendar entry. Libraries with a content-access version below 36 end it before the exceptions (104
+// bytes).
+struct CalendarRecord {
+    Word size;         // 112 or 104
+    Word type;         // one of the kinds below
+    DateRecord start;  // of a to-do: its due date
+    DateRecord end;
+    Word alarmState;  // 1 = none, 3 = set
+    DateRecord alarm;
+    Word recurrence;  // byte 0 kind, byte 1 interval, byte 2 weekdays, Monday first
+    DateRecord recurrenceEnd;
+    ItemPair items;  // data items
+    Word exceptionCount;
+    Address exceptions;  // exceptionCount DateRecords
+};
+static_assert(sizeof(CalendarRecord) == 112);
+inline constexpr Word longCalendarRecord = 112;
+inline constexpr Word shortCalendarRecord = 104;
+
+// Kinds of calendar entries.
+inline constexpr Word calendarMeeting = 1;
+inline constexpr Word calendarCall = 2;
+inline constexpr Word calendarBirthday = 3;
+inline constexpr Word calendarNote = 4;
+inline constexpr Word calendarReminder = 5;
+inline constexpr Word calendarUnnamed = 6;
+inline constexpr Word calendarToDo = 7;
+
+inline constexpr Word alarmNone = 1;
+inline constexpr Word alarmSet = 3;
+
+// Kinds of repetition.
+inline constexpr Word repeatsNot = 0;
+inline constexpr Word repeatsDaily = 1;
+inline constexpr Word repeatsWeekly = 2;
+inline constexpr Word repeatsMonthly = 3;
+inline constexpr Word repeatsYearly = 4;
+
+// Field ids of a calendar entry's data items.
+inline constexpr Word calendarSummary = 0x300;      // text
+inline constexpr Word calendarLocation = 0x301;     // text
+inline constexpr Word calendarDescription = 0x302;  // text; of a birthday the birth year, a number
+inline constexpr Word calendarPriority = 0x303;     // number
+inline constexpr Word calendarStatus = 0x304;       // number
+inline constexpr Word calendarBirthdayMark = 0x306;
+
 // A message; `data` is a text in UTF-16 or a row of bytes.
 struct MessageRecord {
     Word size;        // 44
