@@ -1,6 +1,7 @@
 #include "host/contacts/contact_changes.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/driver/result_messages.h"
 #include "host/output/command_output.h"
@@ -17,6 +18,8 @@ constexpr std::size_t mostRefusals = 3;
 constexpr const char* lossMessage =
     "stays as it is: the phone's software is too old to write its notes and categories back, which would be "
     "lost. --accept-losses writes it all the same.";
+
+constexpr const char* unreadMessage = "stays as it is: the phone did not hand it out again. Retry.";
 
 ContactContent gone(const ContactChange& change, const ContactContent& wanted) {
     return lacking(contentOf(change.before), wanted);
@@ -92,11 +95,22 @@ bool ContactWriting::writeSession(Changes changes) {
     std::size_t inARow = 0;
     for (ContactChange* const change : changes) {
         endIfAsked();
+        if (taints_ >= mostRefusals && change->kind == ContactChange::Kind::change) {
+            change->failure = unreadMessage;
+            continue;
+        }
         if (inARow >= mostRefusals) {
             change->failure = last;
             continue;
         }
         const Long result = writeOne(*change);
+        if (std::exchange(isTainted_, false)) {
+            ++taints_;
+            drop();
+            std::vector<ContactChange*> left;
+            std::ranges::copy_if(changes, std::back_inserter(left), [](auto* one) { return one->isDone(); });
+            return left.empty() || writeSession(left);
+        }
         if (result >= 0) {
             inARow = 0;
             if (change->isDone()) written.push_back(change);
@@ -176,7 +190,14 @@ Long ContactWriting::writeOne(ContactChange& change) {
             default:
                 break;
         }
-        return write(writer_.changed(change.before, change.after, change.isSecondTry), change, id);
+        const Long result =
+            write(writer_.changed(change.before, change.after, change.isSecondTry), change, id);
+        // The driver writes a contact that it cannot read as a new one, which would have only what changes.
+        if (result == 0 && id != change.after.uid) {
+            change.failure = unreadMessage;
+            isTainted_ = true;
+        }
+        return result;
     } catch (const PictureNotWritten& failure) {
         change.failure = failure.why;
         return 0;

@@ -79,6 +79,8 @@ class ContactWriting {
     std::map<const ContactChange*, Text> ids_;  // of what this session has added: temporary, later for good
     std::size_t committed_ = 0;                 // changes that the phone has taken
     bool isCommitting_ = false;
+    bool isTainted_ = false;  // the session holds what must not be committed
+    std::size_t taints_ = 0;
     std::string refusal_;       // of the last single contact that could not be committed
     std::size_t refusals_ = 0;  // how often in a row
     Interruption interruption_;

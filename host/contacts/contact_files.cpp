@@ -1,7 +1,6 @@
 #include "host/contacts/contact_files.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -12,7 +11,7 @@
 #include "host/output/command_output.h"
 #include "host/output/console.h"
 #include "host/output/exit_status.h"
-#include "host/output/incoming.h"
+#include "host/output/output_file.h"
 
 namespace ovno2::host {
 
@@ -53,21 +52,6 @@ std::string written(std::span<const ContactDraft> contacts, const ContactFileOpt
     return cards;
 }
 
-void makeAvailable(const fs::path& file, const std::string& bytes, const ContactFileOptions& wanted) {
-    const fs::path folder = fs::absolute(file).parent_path();
-    const Incoming incoming(folder);
-    const fs::path made = incoming.path() / "contacts";
-    {
-        std::ofstream stream(made, std::ios::binary);
-        stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        stream.close();
-        if (!stream) refuse(wanted.file, "cannot be written. Is the disk full?");
-    }
-    fs::permissions(made, fs::perms::owner_read | fs::perms::owner_write);
-    if (!Incoming::move(made, file, wanted.force))
-        refuse(wanted.file, "is there already; --force overwrites it.");
-}
-
 }  // namespace
 
 ContactFile readContactFile(const ContactFileOptions& wanted) {
@@ -104,20 +88,9 @@ void writeContactFile(std::span<const ContactDraft> contacts, const ContactFileO
         throw CommandFailure{
             wrongUsage,
             "\"" + wanted.file + "\" ends neither in .vcf nor in .csv; --as says what it is to be."};
-    const std::string bytes = written(contacts, wanted);
-    if (wanted.file == standardStream) {
-        writeData(bytes);
-        if (std::fflush(stdout) != 0) throw CommandFailure{failed, "Standard output cannot be written."};
-        return;
-    }
-    const fs::path file = console::pathOf(wanted.file);
-    std::error_code error;
-    if (fs::is_directory(file, error)) refuse(wanted.file, "is a folder.");
-    try {
-        makeAvailable(file, bytes, wanted);
-    } catch (const fs::filesystem_error& failure) {
-        refuse(wanted.file, "cannot be written: " + failure.code().message() + ".");
-    }
+    OutputFile file(wanted.file, wanted.force);
+    file.write(written(contacts, wanted));
+    file.finish();
 }
 
 // The phone's serial number does not stand in it: files travel. It is the FNV-1a number of that.

@@ -144,9 +144,8 @@ TEST_F(OvphoneContacts, ContactsAreAddedEditedAndRemoved) {
         const Outcome outcome = run("contacts " + step.arguments);
         EXPECT_EQ(0, outcome.status) << step.arguments << ": " << outcome.errors;
         EXPECT_THAT(book().back(), HasSubstr(step.last)) << step.arguments;
-        EXPECT_EQ(step.arguments.find("Bob") == std::string::npos || step.arguments.starts_with("add"),
-                  store().find("picture") == std::string::npos)
-            << step.arguments;
+        const bool hasPicture = &step != &steps[0] && &step != std::end(steps) - 1;
+        EXPECT_EQ(hasPicture, store().find("\"picture\"") != std::string::npos) << step.arguments;
     }
 }
 
@@ -171,7 +170,7 @@ TEST_F(OvphoneContacts, TellsWhatIsWrong) {
         {"contacts import missing.vcf", 1, "is not there"},
         {"contacts export dir.vcf", 1, "is a folder"},
         {"contacts export book", 2, "--as"},
-        {"contacts export none/book.vcf", 1, "cannot be written"},
+        {"contacts export none/book.vcf", 1, "is not written"},
     };
     for (const Case& c : cases)
         expectOutcome(c);
@@ -189,7 +188,7 @@ TEST_F(OvphoneContacts, FailuresLeaveWhatIsTold) {
                                    "DAOpenCA", "CAEndOperation", "CAReadItem", "DACloseCA"})
         for (const char* const when : {R"("nth": 1)", R"("nth": 2)", R"("nth": 2, "onwards": true)"})
             plans.push_back(fault(call, std::string(R"("status": "0x80100100", )") + when));
-    for (int after = 4; after < 44; after += 2)
+    for (int after = 4; after < 44; after += 4)
         for (const char* const gone : {"true", "false"})
             plans.push_back(R"({"command": "drop", "after": )" + std::to_string(after) + R"(, "gone": )" +
                             gone + "}");
