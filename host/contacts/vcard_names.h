@@ -58,7 +58,7 @@ inline constexpr AddressKind addressKinds[] = {
 // The single value of a row, or the first of several; empty = none.
 TextView firstValue(const ContactDraft& contact, Long code);
 
-// What a card calls a contact without a formal name: first and last name, else anything that it has.
+// What a card calls a contact without a formal name: first and last name, else the first line of anything that it has.
 Text cardName(const ContactDraft& contact);
 
 // Whether a card's formatted name tells more than the contact's other values do.

@@ -141,7 +141,7 @@ class CardWriter {
         std::ranges::transform(kind, std::back_inserter(upper), [](char c) {
             return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
         });
-        lines_.binary(upper.empty() ? "PHOTO" : "PHOTO;TYPE=" + upper, picture.bytes);
+        lines_.binary("PHOTO", upper.empty() ? upper : ";TYPE=" + upper, picture.bytes);
     }
 
     void writeUid() {

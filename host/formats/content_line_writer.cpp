@@ -94,10 +94,10 @@ void ContentLineWriter::quotedPrintable(std::string_view head, std::string_view 
     text_.append(lineEnd);
 }
 
-void ContentLineWriter::binary(std::string_view head, std::string_view bytes) {
-    std::string whole(head);
-    whole.append(form_ == LineForm::old ? ";ENCODING=BASE64:" : ";ENCODING=b:").append(toBase64(bytes));
-    folded(whole);
+void ContentLineWriter::binary(std::string_view name, std::string_view parameters, std::string_view bytes) {
+    std::string whole(name);
+    whole.append(form_ == LineForm::old ? ";ENCODING=BASE64" : ";ENCODING=b").append(parameters);
+    folded(whole.append(":").append(toBase64(bytes)));
     if (form_ == LineForm::old) text_.append(lineEnd);
 }
 
