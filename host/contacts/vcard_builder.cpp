@@ -13,7 +13,8 @@ namespace {
 Text textOf(const ContentLine& line, std::string_view value) {
     // What is text though it came in base64.
     if (line.isBinary) return trimBlanks(fromUnknownCharset(value));
-    return trimBlanks(fromUtf8(unescaped(line, value)));
+    Text text = trimBlanks(fromUtf8(unescaped(line, value)));
+    return line.parameter(breakParameter).empty() ? text : replaceAll(text, u"\n", u"\r\n");
 }
 
 Text textOf(const ContentLine& line) {
@@ -144,8 +145,8 @@ void CardBuilder::add(const ContentLine& line) {
 
 // Those that no row can hold.
 void CardBuilder::sayParameters(const ContentLine& line, bool usesTypes) {
-    constexpr std::string_view used[] = {"VALUE",     "PREF", "PID", "MEDIATYPE", "X-APPLE-OMIT-YEAR",
-                                         rowParameter};
+    constexpr std::string_view used[] = {"VALUE",        "PREF",      "PID", "MEDIATYPE", "X-APPLE-OMIT-YEAR",
+                                         breakParameter, rowParameter};
     for (const LineParameter& parameter : line.parameters) {
         const bool isUsed = parameter.name == "TYPE"
                                 ? usesTypes || saysNothing(uppercased(parameter.value))

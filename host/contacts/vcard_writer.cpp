@@ -45,7 +45,14 @@ class CardWriter {
     const std::vector<Text>& rowValues(Long code) const { return contact_.values[rowOf(code)]; }
 
     void write(const std::string& head, const Text& value, ValueKind kind = ValueKind::text) {
-        lines_.line(head, lines_.escaped(toUtf8(value), kind));
+        lines_.line(head + breakMark(value), lines_.escaped(toUtf8(value), kind));
+    }
+
+    // Says so when all lines of a value end in CR LF.
+    static std::string breakMark(const Text& value) {
+        if (value.find(u'\r') == Text::npos) return {};
+        const bool isMixed = replaceAll(value, u"\r\n", u"").find_first_of(u"\r\n") != Text::npos;
+        return isMixed ? std::string() : ";" + std::string(breakParameter) + "=CRLF";
     }
 
     std::string part(Long code) const {
@@ -108,12 +115,14 @@ class CardWriter {
             count = std::max(count, rowValues(code).size());
         for (std::size_t i = 0; i < count; ++i) {
             std::string value(firstAddressPart, ';');
+            Text all;
             for (const Long& code : kind.rows) {
                 if (&code != kind.rows) value.push_back(';');
-                if (i < rowValues(code).size())
-                    value.append(lines_.escaped(toUtf8(rowValues(code)[i]), ValueKind::part));
+                if (i >= rowValues(code).size()) continue;
+                value.append(lines_.escaped(toUtf8(rowValues(code)[i]), ValueKind::part));
+                all.append(rowValues(code)[i]);
             }
-            lines_.line(typed("ADR", kind.type), value);
+            lines_.line(typed("ADR", kind.type) + breakMark(all), value);
         }
     }
 
