@@ -7,6 +7,7 @@
 #include "host/driver/loss_answer.h"
 #include "host/output/console.h"
 #include "library/library_memory.h"
+#include "platform/portable/code_pages.h"
 #include "platform/portable/libraries.h"
 #include "platform/portable/paths.h"
 #include "platform/portable/windows.h"
@@ -112,6 +113,10 @@ class NativeDriver : public PhoneDriver {
         Text model = phone.model;
         Text serial = phone.serial;
         TextArray items;
+        // The module takes messages through the system's code page, which lacks most of the world's
+        // characters.
+        const platform::portable::PortableCodePages::Utf8 everyCharacter(
+            static_cast<platform::portable::PortableCodePages&>(platform::nativePlatform().codePages()));
         const Long result = module_.NokiaGetDataItems(model, serial, static_cast<Long>(store), items,
                                                       std::make_shared<ProgressObject>(progress));
         lines = std::move(items.elements());

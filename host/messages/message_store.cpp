@@ -137,7 +137,7 @@ ItemList<Message> readMessages(const AttachedPhones& phones, const ListedPhone& 
     constexpr Long noSuchStore = -3;
     const Long others = read(otherMessageStore);
     if (others == noSuchStore)
-        remark("(" + titleOf(phone) + " has no second store of messages, or does not open it.)");
+        list.remark = titleOf(phone) + " has one store of messages, or opens no other.";
     else if (others < 0)
         list.missing.push_back(resultMessage(Operation::readMessages, others, titleOf(phone)));
     return list;

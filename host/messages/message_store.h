@@ -14,6 +14,7 @@ struct ItemList {
     // What did not arrive, why, and what to do about it; UTF-8. Empty = all is there, as far as the phone
     // tells.
     std::vector<std::string> missing;
+    std::string remark = {};  // on the phone, for those who want everything; UTF-8, mostly empty
 };
 
 // Both show how far they have come, and throw CommandFailure when nothing could be read at all.

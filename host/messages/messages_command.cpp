@@ -264,7 +264,7 @@ void exportMessages(const Context& context, const MessagesOptions& wanted) {
     form.write(room, wanted, file);
     file.finish();
     remark(std::to_string(room.list.items.size()) + " of " + counted(room.list.listed) + " of " +
-           titleOf(phone) + " written.");
+           titleOf(phone) + " written. " + room.list.remark);
     requireWhole(room.list.missing);
 }
 
