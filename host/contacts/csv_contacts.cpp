@@ -58,7 +58,7 @@ CsvContacts readCsvContacts(std::string_view bytes, std::string_view file) {
     bool isAnyKnown = false;
     for (const std::string& heading : values) {
         columns.push_back(columnOf(heading));
-        isAnyKnown |= columns.back().row.has_value();
+        isAnyKnown |= columns.back().row.has_value() || columns.back().isUid;
     }
     if (!isAnyKnown) {
         problem("none of the headings is a field's, such as \"firstName\" or \"mobile\".");
