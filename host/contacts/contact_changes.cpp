@@ -5,8 +5,10 @@
 
 #include "host/driver/result_messages.h"
 #include "host/output/command_output.h"
+#include "host/output/console.h"
 #include "host/output/display_width.h"
 #include "host/output/exit_status.h"
+#include "host/output/progress.h"
 
 namespace ovno2::host {
 
@@ -93,8 +95,13 @@ bool ContactWriting::writeSession(Changes changes) {
     std::vector<ContactChange*> written;
     std::string last;
     std::size_t inARow = 0;
+    ProgressBar progress("the contacts of " + titleOf(phone_), console::errorIsTerminal() && !isQuiet(),
+                         "Writing");
+    Long value = ProgressBar::announcement;
+    progress.advanceTo(value);
     for (ContactChange* const change : changes) {
         endIfAsked();
+        progress.advanceTo(++value);
         if (taints_ >= mostRefusals && change->kind == ContactChange::Kind::change) {
             change->failure = unreadMessage;
             continue;
