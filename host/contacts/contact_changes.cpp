@@ -1,6 +1,7 @@
 #include "host/contacts/contact_changes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "host/driver/result_messages.h"
@@ -16,6 +17,9 @@ namespace {
 
 // After so many contacts in a row that the phone refused for one reason it is not asked for more.
 constexpr std::size_t mostRefusals = 3;
+
+// The newest software that knows one kind of address only, and no notes when it writes.
+constexpr long lastOldVersion = 32;
 
 constexpr const char* lossMessage =
     "stays as it is: the phone's software is too old to write its notes and categories back, which would be "
@@ -35,7 +39,7 @@ ContactWriting::ContactWriting(const AttachedPhones& phones, const ListedPhone& 
       phone_(phone),
       pictures_(pictures),
       wanted_(wanted),
-      writer_(pictures.path()),
+      writer_(pictures.path(), std::lround(phones.driver().software().contentVersion) <= lastOldVersion),
       interruption_({.tick = [] {}, .end = [this] { note("ovphone: Interrupted. " + whatIsWritten()); }}) {
     for (const Contact& contact : book.contacts)
         before_.insert(contact.uid);
