@@ -12,8 +12,10 @@ namespace {
 
 Text textOf(const ContentLine& line, std::string_view value) {
     // What is text though it came in base64.
-    if (line.isBinary) return trimBlanks(fromUnknownCharset(value));
-    return trimBlanks(fromUtf8(unescaped(line, value)));
+    if (line.isBinary)
+        return trimBlanks(replaceAll(replaceAll(fromUnknownCharset(value), u"\r\n", u"\n"), u"\r", u"\n"));
+    Text text = trimBlanks(fromUtf8(unescaped(line, value)));
+    return line.parameter(breakParameter).empty() ? text : replaceAll(text, u"\n", u"\r\n");
 }
 
 Text textOf(const ContentLine& line) {
@@ -144,8 +146,8 @@ void CardBuilder::add(const ContentLine& line) {
 
 // Those that no row can hold.
 void CardBuilder::sayParameters(const ContentLine& line, bool usesTypes) {
-    constexpr std::string_view used[] = {"VALUE",     "PREF", "PID", "MEDIATYPE", "X-APPLE-OMIT-YEAR",
-                                         rowParameter};
+    constexpr std::string_view used[] = {"VALUE",        "PREF",      "PID", "MEDIATYPE", "X-APPLE-OMIT-YEAR",
+                                         breakParameter, rowParameter};
     for (const LineParameter& parameter : line.parameters) {
         const bool isUsed = parameter.name == "TYPE"
                                 ? usesTypes || saysNothing(uppercased(parameter.value))
@@ -229,10 +231,11 @@ CardBuilder::Typed CardBuilder::typedOf(const ContentLine& line) const {
         if (parameter.name == "PREF")
             typed.rank = std::clamp(numericLong(fromUtf8(parameter.value)), 0, noRank);
         if (parameter.name == rowParameter) {
-            const auto rows = fieldRows();
-            const auto row = std::ranges::find(rows, std::string_view(parameter.value), &FieldRow::key);
-            if (row != rows.end() && row->code != HostField::picture)
-                typed.row = static_cast<std::size_t>(row - rows.begin());
+            for (const CardKind& kind : cardKinds)
+                for (const Long code : {kind.first, kind.second})
+                    if (kind.property == line.name && code != HostField::none &&
+                        fieldRows()[rowOf(code)].key == parameter.value)
+                        typed.row = code;
         }
     }
     if (typed.types.contains("PREF")) typed.rank = 0;
@@ -241,8 +244,10 @@ CardBuilder::Typed CardBuilder::typedOf(const ContentLine& line) const {
 
 void CardBuilder::addTyped(const ContentLine& line) {
     Text value = textOf(line);
-    if (line.name == "TEL" && containsIgnoringCase(TextView(value).substr(0, 4), u"tel:")) {
-        value.erase(0, 4);
+    constexpr TextView scheme = u"tel:";
+    if (line.name == "TEL" && line.parameter("VALUE") != "text" &&
+        equalsIgnoringCase(TextView(value).substr(0, scheme.size()), scheme)) {
+        value.erase(0, scheme.size());
         if (const std::size_t more = value.find(u';'); more != Text::npos) {
             say(line.name, "no field for " + shown(TextView(value).substr(more + 1)));
             value.resize(more);
@@ -304,7 +309,7 @@ void CardBuilder::addPicture(const ContentLine& line) {
     }
     const std::string value = unescaped(line, line.value);
     const std::size_t mark = value.find(encoding);
-    if (!containsIgnoringCase(fromUtf8(value.substr(0, data.size())), u"data:") || mark == std::string::npos)
+    if (!equalsIgnoringCase(fromUtf8(value.substr(0, data.size())), u"data:") || mark == std::string::npos)
         return say(line.name, "the picture is not in the card: " + shown(fromUtf8(value)));
     bool whole = true;
     std::string bytes = fromBase64(std::string_view(value).substr(mark + encoding.size()), whole);
@@ -384,7 +389,7 @@ void CardBuilder::placeTyped(Typed& typed) {
         if (type != kind && !saysNothing(type)) say(typed.property, "TYPE=" + type + " of " + shown(value));
     Long code = rows->first;
     if (rows->second != HostField::none && !contact_.values[rowOf(code)].empty()) code = rows->second;
-    if (typed.row) code = fieldRows()[*typed.row].code;
+    code = typed.row.value_or(code);
     putOrSay(typed.property, code, value);
 }
 
@@ -425,10 +430,10 @@ std::string CardBuilder::finish() {
     });
     for (Typed& typed : typed_)
         placeTyped(typed);
+    const std::vector<Text>& jobs = contact_.values[rowOf(HostField::jobTitle)];
+    std::set<Text> known(jobs.begin(), jobs.end());
     for (const Text& role : roles_)
-        if (std::ranges::find(contact_.values[rowOf(HostField::jobTitle)], role) ==
-            contact_.values[rowOf(HostField::jobTitle)].end())
-            put(HostField::jobTitle, role);
+        if (known.insert(role).second) put(HostField::jobTitle, role);
     placeFormattedName();
     if (contact_.uid.empty()) contact_.uid = phoneUid_;
     const bool isEmpty =
