@@ -41,7 +41,7 @@ class MessageForm : public ItemForm {
             builder.setText(at, 2, message.addresses[i].text);
         }
         const std::size_t data = builder.addBytes(message.data);
-        builder.addBytes(std::string_view("\0", 2));
+        builder.addText({});  // a terminator that the length does not count
         char* const block = builder.finish(world, BlockKind::item);
         built.data = addressOf(block + data);
         if (built.addressCount != 0) built.addresses = addressOf(block);
