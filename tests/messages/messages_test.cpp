@@ -194,7 +194,7 @@ TEST_F(MessagesTest, ASessionStartsOverOnce) {
     for (const auto& [call, status, lasting, tries, once] :
          {Case{"CABeginOperation", 0x80100014, -4, 2, 0}, Case{"CABeginOperation", 0x80100010, -4, 1, -4},
           Case{"CAGetIDList", 0x80100010, -5, 2, 0}, Case{"DAOpenCA", 0x80100010, -3, 2, 0},
-          Case{"CAGetFolderInfo", 0x80100010, -5, 4, 0}}) {
+          Case{"CAGetFolderInfo", 0x80100010, -5, 6, 0}}) {
         SCOPED_TRACE(call);
         addPhone(Json::array());
         simulator.fail(call, status, 1, /*onwards=*/true);
