@@ -1,5 +1,8 @@
 #include "driver/cov_no2.h"
 
+#include "calendar/calendar_connection.h"
+#include "calendar/calendar_folders.h"
+#include "calendar/calendar_reading.h"
 #include "contacts/contact_writing.h"
 #include "contacts/contacts.h"
 #include "contacts/contacts_connection.h"
@@ -90,6 +93,7 @@ Long covNo2::CleanUp() noexcept {
     return member(Long{0}, [&](Long&) {
         EndFS();
         attempt([] { MediaControl::MediaApiTerminate(); });
+        attempt([] { Calendar::CloseCalendarConnection(); });
         attempt([] { Contacts::CloseContactsConnection(); });
         attempt([] { Session::DMApiTerminate(); });
         attempt([] { Content::forgetDateRecordSize(); });
@@ -235,21 +239,30 @@ Single covNo2::GetApiVersion() noexcept {
     });
 }
 
-Variant covNo2::RenameCalender(Text&, const Text&, const Text&, const Text&) noexcept {
-    return contentNotAvailable(u"RenameCalender");
+Variant covNo2::RenameCalender(Text& model, const Text& PhoneId, const Text& oldname,
+                               const Text& NewName) noexcept {
+    return loggedMember(u"RenameCalender", [&](Long& result) {
+        result = Calendar::RenameCalender(model, PhoneId, oldname, NewName);
+    });
 }
-Variant covNo2::CreateCalender(Text&, const Text&, const Text&) noexcept {
-    return contentNotAvailable(u"CreateCalender");
+Variant covNo2::CreateCalender(Text& model, const Text& PhoneId, const Text& NewName) noexcept {
+    return loggedMember(u"CreateCalender",
+                        [&](Long& result) { result = Calendar::CreateCalender(model, PhoneId, NewName); });
 }
-Variant covNo2::DeleteCalender(Text&, const Text&, const Text&) noexcept {
-    return contentNotAvailable(u"DeleteCalender");
+Variant covNo2::DeleteCalender(Text& model, const Text& PhoneId, const Text& Name) noexcept {
+    return loggedMember(u"DeleteCalender",
+                        [&](Long& result) { result = Calendar::DeleteCalender(model, PhoneId, Name); });
 }
-Long covNo2::GetCalendarFolders(Text&, Text&, TextArray&, TextArray&) noexcept {
-    return contentNotAvailable(u"GetCalendarFolders");
+Long covNo2::GetCalendarFolders(Text& model, Text& PhoneId, TextArray& CalNames, TextArray& CalIds) noexcept {
+    return loggedMember(u"GetCalendarFolders", [&](Long& result) {
+        result = Calendar::GetCalendarFolders(model, PhoneId, CalNames, CalIds);
+    });
 }
-Long covNo2::NokiaGetCalendarItems(Text&, Text&, HostArray<CalItem>&, const TextTable&,
-                                   const ObjectPointer&) noexcept {
-    return contentNotAvailable(u"NokiaGetCalendarItems");
+Long covNo2::NokiaGetCalendarItems(Text& model, Text& PhoneId, HostArray<CalItem>& CalItems, const TextTable&,
+                                   const ObjectPointer& Progressbar) noexcept {
+    return loggedMember(u"NokiaGetCalendarItems", [&](Long& result) {
+        result = Calendar::NokiaGetCalendarItems(model, PhoneId, CalItems, Progressbar);
+    });
 }
 Long covNo2::DeleteCalendarItem(Text&, Text&, const Text&) noexcept {
     return contentNotAvailable(u"DeleteCalendarItem");
