@@ -68,8 +68,11 @@ Text dateText(const DateRecord& record, DateValue date) {
 }
 
 Text alarmText(const Entry& entry) {
-    const DateValue date =
-        Content::GetDateFromStruct(entry.record.alarm, /*withTime=*/true, alarmMode(entry));
+    const auto read = [&](Long mode) {
+        return Content::GetDateFromStruct(entry.record.alarm, /*withTime=*/true, mode);
+    };
+    DateValue date = read(utcMode);
+    if (const Long mode = alarmMode(entry, date); mode != utcMode) date = read(mode);
     if (serialDay(date) == 0) return {};  // a time without a date
     Long year = 0;
     attempt([&] { year = fieldsOf(date).year; });
@@ -79,7 +82,7 @@ Text alarmText(const Entry& entry) {
 Text repeatText(const Entry& entry) {
     Text text;
     const FailureNumber failed = attempt([&] {
-        const DateValue start = Content::GetDateFromStruct(entry.record.start, /*withTime=*/true, utcMode);
+        const DateValue start = startOf(entry, hasTimeOfDay(entry.record.type));
         text = CalSeriesInfo::ruleText(entry.record.recurrence, start);
     });
     if (failed == outOfMemory) throw RuntimeFailure(outOfMemory);
@@ -187,26 +190,6 @@ void putYear(Text& iso, const Text& year) {
     if (iso.size() >= year.size() && !iso.starts_with(year)) iso.replace(0, year.size(), year);
 }
 
-struct Times {
-    Text start, end, alarm;
-};
-
-Times timesOf(const Entry& entry, const Text& birthYear) {
-    const bool withTime = hasTimeOfDay(entry.record.type);
-    Times times;
-    times.start = GetCalInfo(entry, value::start, withTime);
-    times.end = GetCalInfo(entry, value::end, withTime);
-    times.alarm = GetCalInfo(entry, value::alarm, withTime);
-    if (entry.isBirthday() || entry.isNote()) cutToDate(times.start);
-    if (entry.isBirthday()) cutToDate(times.end);
-    if (entry.isNote()) times.end = endOfNote(times.start, times.end);
-    const Long year = entry.isBirthday() && birthYear.size() == 4 ? numericLong(birthYear) : 0;
-    if (year > firstYear && year < lastYearWithoutDaylight)
-        for (Text* const iso : {&times.start, &times.end, &times.alarm})
-            putYear(*iso, birthYear);
-    return times;
-}
-
 }  // namespace
 
 Word calendarRecordSize() {
@@ -220,11 +203,10 @@ bool hasTimeOfDay(Word type) {
     return type != library::calendarBirthday;
 }
 
-Long alarmMode(const Entry& entry) {
+Long alarmMode(const Entry& entry, DateValue alarm) {
     if (entry.phonePlatform < eNokiaPhoneS60 || !(entry.isBirthday() || entry.isNote())) return utcMode;
-    const DateValue date = Content::GetDateFromStruct(entry.record.alarm, /*withTime=*/true, utcMode);
     Long year = 0;
-    attempt([&] { year = fieldsOf(date).year; });
+    attempt([&] { year = fieldsOf(alarm).year; });
     return year <= lastYearWithoutDaylight ? utcModeWithoutDaylight : utcMode;
 }
 
@@ -264,12 +246,30 @@ std::optional<Text> exceptionsText(const library::CalendarRecord& record) {
     return list;
 }
 
+Times shownTimes(const Entry& entry) {
+    const bool withTime = hasTimeOfDay(entry.record.type);
+    Times times;
+    times.start = GetCalInfo(entry, value::start, withTime);
+    times.end = GetCalInfo(entry, value::end, withTime);
+    times.alarm = GetCalInfo(entry, value::alarm, withTime);
+    if (entry.isBirthday() || entry.isNote()) cutToDate(times.start);
+    if (entry.isBirthday()) cutToDate(times.end);
+    if (entry.isNote()) times.end = endOfNote(times.start, times.end);
+    if (entry.isBirthday()) {
+        const Text birthYear = itemText(entry, library::calendarDescription);
+        const Long year = birthYear.size() == 4 ? numericLong(birthYear) : 0;
+        if (year > firstYear && year < lastYearWithoutDaylight)
+            for (Text* const iso : {&times.start, &times.end, &times.alarm})
+                putYear(*iso, birthYear);
+    }
+    return times;
+}
+
 Text entryText(const Entry& entry, const Text& folderName, const Text& uid) {
     Lines lines;
     lines.add(entry.isToDo() ? u"BEGIN:VTODO"sv : u"BEGIN:VEVENT"sv);
     lines.addUnlessEmpty({}, typeLine(entry.record.type));
-    const Text description = GetCalInfo(entry, value::description, /*withTime=*/true);
-    lines.add(u"DESCRIPTION:", description);
+    lines.add(u"DESCRIPTION:", GetCalInfo(entry, value::description, /*withTime=*/true));
     lines.addUnlessEmpty(u"SUMMARY:", GetCalInfo(entry, value::summary, /*withTime=*/true));
     DebugWrite(u"WriteDebugInfo", 3);
     Text alarm;
@@ -281,7 +281,7 @@ Text entryText(const Entry& entry, const Text& folderName, const Text& uid) {
         lines.add(u"STATUS:", GetCalInfo(entry, value::status, /*withTime=*/true));
         alarm = GetCalInfo(entry, value::alarm, /*withTime=*/true);
     } else {
-        Times times = timesOf(entry, description);
+        Times times = shownTimes(entry);
         lines.add(u"DTSTART:", times.start);
         lines.add(u"DTEND:", times.end);
         alarm = std::move(times.alarm);

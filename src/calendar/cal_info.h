@@ -48,8 +48,8 @@ bool hasTimeOfDay(library::Word type);
 inline constexpr Long utcMode = 1;
 inline constexpr Long utcModeWithoutDaylight = -1;
 
-// The mode in which the alarm of an entry is read.
-Long alarmMode(const Entry& entry);
+// The mode in which an alarm on that date is read.
+Long alarmMode(const Entry& entry, DateValue alarm);
 
 // The data items of `entry`'s record; throws RuntimeFailure 7 when there is no memory for them.
 void takeItems(Entry& entry);
@@ -61,6 +61,13 @@ Text GetCalInfo(const Entry& entry, Long code, bool withTime);
 // The days on which the rule does not hold, as ISO basic dates separated by ";", at most the first 50; none
 // for a record without such a list. Throws RuntimeFailure 7 only.
 std::optional<Text> exceptionsText(const library::CalendarRecord& record);
+
+// Start, end and alarm as the entry's text has them: dates without a time for birthdays and notes, the first
+// day after a note as its end, and the year of birth in a birthday's. Throws RuntimeFailure 7 only.
+struct Times {
+    Text start, end, alarm;
+};
+Times shownTimes(const Entry& entry);
 
 // The whole entry as a VEVENT or VTODO block, its lines separated by CR LF. Throws RuntimeFailure 7 only.
 Text entryText(const Entry& entry, const Text& folderName, const Text& uid);

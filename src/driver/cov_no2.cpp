@@ -3,6 +3,8 @@
 #include "calendar/calendar_connection.h"
 #include "calendar/calendar_folders.h"
 #include "calendar/calendar_reading.h"
+#include "calendar/calendar_session.h"
+#include "calendar/calendar_writing.h"
 #include "contacts/contact_writing.h"
 #include "contacts/contacts.h"
 #include "contacts/contacts_connection.h"
@@ -218,11 +220,14 @@ Long covNo2::WriteAddressBookItem(Text& model, Text& PhoneId, Text& Id, Text& el
     });
 }
 
-constexpr Long contacts = 1;  // `what`
+// `what`
+constexpr Long contacts = 1;
+constexpr Long calendar = 2;
 
 Long covNo2::EndWriteSession(Long what, TextArray& tempids, TextArray& uids, bool writeit) noexcept {
     return member(Long{0}, [&](Long& result) {
         if (what == contacts) result = Contacts::ContactsEndWriteSession(tempids, uids, writeit);
+        if (what == calendar) result = Calendar::CalendarEndWriteSession(tempids, uids, writeit);
     });
 }
 
@@ -264,12 +269,15 @@ Long covNo2::NokiaGetCalendarItems(Text& model, Text& PhoneId, HostArray<CalItem
         result = Calendar::NokiaGetCalendarItems(model, PhoneId, CalItems, Progressbar);
     });
 }
-Long covNo2::DeleteCalendarItem(Text&, Text&, const Text&) noexcept {
-    return contentNotAvailable(u"DeleteCalendarItem");
+Long covNo2::DeleteCalendarItem(Text& model, Text& PhoneId, const Text& Id) noexcept {
+    return loggedMember(u"DeleteCalendarItem",
+                        [&](Long& result) { result = Calendar::DeleteCalItem(model, PhoneId, Id); });
 }
-Long covNo2::WriteCalendarItem(Text&, Text&, CalItem&, const ObjectPointer&, Long,
-                               const TextTable&) noexcept {
-    return contentNotAvailable(u"WriteCalendarItem");
+Long covNo2::WriteCalendarItem(Text& model, Text& PhoneId, CalItem& elemcal, const ObjectPointer& CalGrid,
+                               Long indexingrid, const TextTable& MobileCalFields) noexcept {
+    return loggedMember(u"WriteCalendarItem", [&](Long& result) {
+        result = Calendar::WriteCalItem(model, PhoneId, elemcal, CalGrid, indexingrid, MobileCalFields);
+    });
 }
 Long covNo2::NokiaGetDataItems(Text&, Text&, Long, TextArray&, const ObjectPointer&, Long) noexcept {
     return contentNotAvailable(u"NokiaGetDataItems");
