@@ -3,10 +3,10 @@
 
 #include "simulator/calls/content_functions.h"
 #include "simulator/calls/content_operation.h"
-#include "simulator/calls/item_records.h"
+#include "simulator/calls/item_form.h"
 #include "simulator/calls/memory_calls.h"
 #include "simulator/calls/record_builder.h"
-#include "simulator/images/contacts_image.h"
+#include "simulator/images/content_image.h"
 
 namespace ovno2::simulator::content {
 namespace {
@@ -28,8 +28,26 @@ void fillFolder(RecordBuilder& builder, std::size_t record, const ContentFolder&
     }
 }
 
-const ContactStore& storeOf(const Session& session) {
-    return *session.phone->contacts;
+const ContentStore& storeOf(const ContentConnection& connection) {
+    return *connection.phone->content(connection.content).store;
+}
+
+// The lists of an item that goes back; nothing when it is of no known kind. A connection that is gone leaves
+// only the record's size to tell the kind by.
+std::optional<RecordParts> partsToFree(const World& world, Handle connection, const void* item) {
+    RecordSizes sizes;
+    if (const auto* const session = world.sessions.find<ContentConnection>(connection)) {
+        sizes = world.sizesOf(*session->phone);
+        const ItemForm* const form = formOf(session->content);
+        return form == nullptr ? std::nullopt : std::optional(form->parts(item, sizes));
+    }
+    Word size = 0;
+    std::memcpy(&size, item, sizeof size);
+    if (size == shortCalendarRecord) sizes.calendar = size;
+    for (const ItemForm* const form : {&contactForm, &calendarForm, &messageForm, &noteForm}) {
+        if (form->bytes(sizes) == size) return form->parts(item, sizes);
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -69,12 +87,15 @@ Status openConnection(const char16_t* serial, Word* medium, Word target, Handle*
         requireStarted(world, Group::content);
         std::shared_ptr<Phone> phone = reachPhone(world, serial, *medium);
         if (phone->contentRefused != statusOk) return phone->contentRefused;
-        if (target != signature::targetContacts || phone->contacts == nullptr) return status::notSupported;
+        const auto* const kind =
+            std::ranges::find_if(contentKinds, [=](const auto& one) { return one.target == target; });
+        if (kind == contentKinds.end()) return status::notSupported;
         {
             const system::FolderLock lock = lockImage(phone->image);
-            refreshContacts(*phone);
+            refreshContent(*phone, kind->kind);
         }
-        *connection = world.sessions.open(std::make_unique<ContentConnection>(std::move(phone), target));
+        if (phone->content(kind->kind).store == nullptr) return status::notSupported;
+        *connection = world.sessions.open(std::make_unique<ContentConnection>(std::move(phone), kind->kind));
         return statusOk;
     });
 }
@@ -126,29 +147,29 @@ Status itemIds(Handle connection, Word folderId, ItemIdListRecord* list) {
         requireGiven(list);
         requireStarted(world, Group::content);
         if (list->size != sizeof *list) return status::wrongRecordSize;
-        const ContactStore& store = storeOf(session);
+        const ContentStore& store = storeOf(session);
         if (store.root.find(folderId) == nullptr) return status::folderNotFound;
-        std::vector<const Contact*> contacts;
+        std::vector<const ContentItem*> items;
         std::size_t uidBytes = 0;
-        for (const auto& contact : store.contacts) {
-            if (contact->folderId != folderId) continue;
-            contacts.push_back(contact.get());
-            uidBytes += contact->uid.size();
+        for (const auto& item : store.items) {
+            if (item->folderId != folderId) continue;
+            items.push_back(item.get());
+            uidBytes += item->uid.size();
         }
-        ItemIdListRecord answer{sizeof answer, static_cast<Word>(contacts.size()), 0};
-        if (!contacts.empty()) {
+        ItemIdListRecord answer{sizeof answer, static_cast<Word>(items.size()), 0};
+        if (!items.empty()) {
             char* const block =
-                takeMemory(world, contacts.size() * sizeof(ItemIdRecord) + uidBytes, BlockKind::held);
+                takeMemory(world, items.size() * sizeof(ItemIdRecord) + uidBytes, BlockKind::held);
             session.held.push_back(block);
-            char* uid = block + contacts.size() * sizeof(ItemIdRecord);
-            for (std::size_t i = 0; i < contacts.size(); ++i) {
-                const Contact& contact = *contacts[i];
-                const ItemIdRecord id{sizeof id,        folderId,
-                                      contact.position, static_cast<Word>(contact.uid.size()),
-                                      addressOf(uid),   0};
+            char* uid = block + items.size() * sizeof(ItemIdRecord);
+            for (std::size_t i = 0; i < items.size(); ++i) {
+                const ContentItem& item = *items[i];
+                const ItemIdRecord id{sizeof id,      folderId,
+                                      item.position,  static_cast<Word>(item.uid.size()),
+                                      addressOf(uid), 0};
                 std::memcpy(block + i * sizeof id, &id, sizeof id);
-                contact.uid.copy(uid, contact.uid.size());
-                uid += contact.uid.size();
+                item.uid.copy(uid, item.uid.size());
+                uid += item.uid.size();
             }
             answer.items = addressOf(block);
         }
@@ -170,7 +191,7 @@ Status beginOperation(Handle connection, Handle* operation) {
             auto& session = require<ContentConnection>(world, connection);
             requireGiven(operation);
             requireStarted(world, Group::content);
-            *operation = world.sessions.open(std::make_unique<ContentOperation>(session.phone, connection));
+            *operation = world.sessions.open(std::make_unique<ContentOperation>(session, connection));
             return statusOk;
         });
 }
@@ -194,20 +215,23 @@ Status readItem(Handle operation, const ItemIdRecord* id, void* item) {
         auto& session = require<ContentOperation>(world, operation);
         requireGiven(item);
         requireStarted(world, Group::content);
+        const ItemForm& form = formOf(session);
+        const Phone& phone = *session.phone;
+        const RecordSizes sizes = world.sizesOf(phone);
         Word size = 0;
         std::memcpy(&size, item, sizeof size);
-        if (size != sizeof(ContactRecord)) return status::wrongRecordSize;
-        const std::string uid = uidOf(world, id);
-        const Phone& phone = *session.phone;
-        const Contact* contact = nullptr;
+        if (size != form.bytes(sizes)) return status::wrongRecordSize;
+        const std::string uid = uidOf(world, id, form, sizes);
+        const Content& content = phone.content(session.content);
+        const ContentItem* found = nullptr;
         if (const auto queued = session.findNew(id->position); uid.empty() && queued != session.changes.end())
-            contact = queued->contact.get();
-        else if (!phone.vanished.contains(uid))
-            contact = storeOf(session).find(uid, session.nextRead);
-        if (contact == nullptr) return status::itemNotFound;
-        ContactRecord record;
-        buildItem(world, phone, *contact, record);
-        std::memcpy(item, &record, sizeof record);
+            found = queued->item.get();
+        else if (!content.vanished.contains(uid))
+            found = content.store->find(uid, session.nextRead);
+        if (found == nullptr) return status::itemNotFound;
+        alignas(Word) char record[largestItemRecord];
+        handOut(world, phone, form, *found, record);
+        std::memcpy(item, record, size);
         return statusOk;
     });
 }
@@ -216,12 +240,11 @@ Status freeItem(Handle connection, void* item) {
     const auto arguments = [&](ArgumentText& text) { text.number("handle", connection); };
     return serve({"CAFreeItemData", connection, /*releases=*/true}, arguments, [&](World& world) -> Status {
         requireGiven(item);
-        ContactRecord record;
-        std::memcpy(&record, item, sizeof record);
-        const LowMemory::Block block = itemBlock(world, record);
-        const ItemPair pairs[] = {record.a, record.b, record.c, record.d};
-        const bool empty = std::all_of(std::begin(pairs), std::end(pairs),
-                                       [](const ItemPair& pair) { return pair.items == 0; });
+        const std::optional<RecordParts> parts = partsToFree(world, connection, item);
+        if (!parts) return status::invalidHandle;
+        const LowMemory::Block block = itemBlock(world, *parts);
+        const bool empty =
+            std::ranges::all_of(parts->all(), [](const RecordPart& part) { return part.address == 0; });
         if (!block)
             return empty ? statusOk : misused(world, "CAFreeItemData", "no item that is handed out", item);
         releaseBlock(world, block.start);

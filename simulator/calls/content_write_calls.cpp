@@ -2,18 +2,27 @@
 // of them out at once or none.
 #include <algorithm>
 
+#include "simulator/calls/caller_memory.h"
 #include "simulator/calls/content_functions.h"
 #include "simulator/calls/content_operation.h"
-#include "simulator/calls/item_records.h"
-#include "simulator/images/contacts_image.h"
+#include "simulator/images/content_image.h"
 
 namespace ovno2::simulator::content {
 namespace {
 
-const Contact& requireContact(const ContentOperation& operation, const std::string& uid) {
-    const Contact* const contact = operation.phone->contacts->find(uid);
-    if (contact == nullptr || operation.phone->vanished.contains(uid)) throw Refused{status::itemNotFound};
-    return *contact;
+const ContentItem& requireItem(const ContentOperation& operation, const std::string& uid) {
+    const Content& content = operation.phone->content(operation.content);
+    const ContentItem* const item = content.store->find(uid);
+    if (item == nullptr || content.vanished.contains(uid)) throw Refused{status::itemNotFound};
+    return *item;
+}
+
+// What a new item is known by until the commit. Contacts are numbered for themselves; elsewhere no item that
+// the phone lists has the number.
+Word nextTemporaryId(ContentOperation& operation) {
+    const ContentStore& store = *operation.phone->content(operation.content).store;
+    if (operation.lastTemporaryId == 0 && !store.numbered) operation.lastTemporaryId = store.lastPosition();
+    return ++operation.lastTemporaryId;
 }
 
 Status changeFolder(const char* call, ContentChange::Kind kind, Handle handle, const void* folderRecord,
@@ -40,8 +49,8 @@ Status changeFolder(const char* call, ContentChange::Kind kind, Handle handle, c
                 return status::invalidName;
         }
         const bool atRoot = kind == ContentChange::Kind::createFolder && words[1] == 0;
-        if (!atRoot && operation.phone->contacts->root.find(words[1]) == nullptr)
-            return status::folderNotFound;
+        const ContentStore& store = *operation.phone->content(operation.content).store;
+        if (!atRoot && store.root.find(words[1]) == nullptr) return status::folderNotFound;
         operation.changes.push_back(std::move(change));
         return statusOk;
     });
@@ -55,21 +64,24 @@ Status writeItem(Handle handle, ItemIdRecord* id, const void* item) {
         auto& operation = require<ContentOperation>(world, handle);
         requireGiven(item);
         requireStarted(world, Group::content);
-        ContactRecord record;
-        std::memcpy(&record, item, sizeof record);
-        if (record.size != sizeof record) return status::wrongRecordSize;
+        const ItemForm& form = formOf(operation);
+        const RecordSizes sizes = world.sizesOf(*operation.phone);
+        Word size = 0;
+        std::memcpy(&size, item, sizeof size);
+        if (!form.takesRecord(size, sizes)) return status::wrongRecordSize;
         ContentChange change;
-        change.uid = uidOf(world, id);
-        const Contact* const previous = change.uid.empty() ? nullptr : &requireContact(operation, change.uid);
-        change.contact = contactFromItem(world, *operation.phone, record, previous);
-        change.contact->folderId = id->folderId;
+        change.uid = uidOf(world, id, form, sizes);
+        const ContentItem* const previous =
+            change.uid.empty() ? nullptr : &requireItem(operation, change.uid);
+        change.item = form.read(world, *operation.phone, item, previous);
+        change.item->folderId = id->folderId;
         const auto queued = operation.findNew(id->position);
         if (change.uid.empty() && queued != operation.changes.end()) {
-            queued->contact = std::move(change.contact);
+            queued->item = std::move(change.item);
             return statusOk;
         }
         if (change.uid.empty()) {
-            change.temporaryId = ++operation.lastTemporaryId;
+            change.temporaryId = nextTemporaryId(operation);
             id->position = change.temporaryId;
         }
         operation.changes.push_back(std::move(change));
@@ -84,14 +96,14 @@ Status deleteItem(Handle handle, const ItemIdRecord* id) {
         requireStarted(world, Group::content);
         ContentChange change;
         change.kind = ContentChange::Kind::remove;
-        change.uid = uidOf(world, id);
+        change.uid = uidOf(world, id, formOf(operation), world.sizesOf(*operation.phone));
         if (change.uid.empty()) {
             const auto queued = operation.findNew(id->position);
             if (queued == operation.changes.end()) return status::itemNotFound;
             operation.changes.erase(queued);
             return statusOk;
         }
-        requireContact(operation, change.uid);
+        requireItem(operation, change.uid);
         operation.changes.push_back(std::move(change));
         return statusOk;
     });
@@ -105,31 +117,32 @@ Status commitOperations(Handle handle, ItemIdListRecord* written) {
             requireStarted(world, Group::content);
             Phone& phone = *operation.phone;
             const system::FolderLock lock = lockImage(phone.image);
-            refreshContacts(phone);
-            std::vector<CreatedContact> created;
-            std::shared_ptr<ContactStore> next = afterChanges(*phone.contacts, operation.changes, created);
+            refreshContent(phone, operation.content);
+            const ContentStore& before = *phone.content(operation.content).store;
+            std::vector<CreatedItem> created;
+            std::shared_ptr<ContentStore> next = afterChanges(before, operation.changes, created);
             char* block = nullptr;
             if (written != nullptr && !created.empty()) {
                 std::size_t uidBytes = 0;
-                for (const CreatedContact& contact : created)
-                    uidBytes += contact.uid.size();
+                for (const CreatedItem& item : created)
+                    uidBytes += item.uid.size();
                 block = takeMemory(world, created.size() * sizeof(ItemIdRecord) + uidBytes, BlockKind::held);
                 world.sessions.findAny(operation.parent)->held.push_back(block);
             }
-            if (!operation.changes.empty()) replaceContacts(phone, std::move(next));
+            if (!operation.changes.empty()) replaceContent(phone, operation.content, std::move(next));
             operation.changes.clear();
             if (written == nullptr) return statusOk;
             *written = {sizeof *written, static_cast<Word>(block == nullptr ? 0 : created.size()),
                         addressOf(block)};
             char* uid = block + created.size() * sizeof(ItemIdRecord);
             for (std::size_t i = 0; i < created.size(); ++i) {
-                const CreatedContact& contact = created[i];
-                const ItemIdRecord id{sizeof id,           contact.folderId,
-                                      contact.temporaryId, static_cast<Word>(contact.uid.size()),
-                                      addressOf(uid),      0};
+                const CreatedItem& item = created[i];
+                const ItemIdRecord id{sizeof id,        item.folderId,
+                                      item.temporaryId, static_cast<Word>(item.uid.size()),
+                                      addressOf(uid),   0};
                 std::memcpy(block + i * sizeof id, &id, sizeof id);
-                contact.uid.copy(uid, contact.uid.size());
-                uid += contact.uid.size();
+                item.uid.copy(uid, item.uid.size());
+                uid += item.uid.size();
             }
             return statusOk;
         });
@@ -149,3 +162,20 @@ Status deleteFolder(Handle operation, void* folderRecord) {
 }
 
 }  // namespace ovno2::simulator::content
+
+namespace ovno2::simulator {
+
+std::string uidOf(World& world, const library::ItemIdRecord* id, const ItemForm& form,
+                  const RecordSizes& sizes) {
+    constexpr std::size_t mostUidBytes = 2048;
+    requireGiven(id);
+    if (!form.takesId(id->size, sizes)) throw Refused{status::wrongRecordSize};
+    if (id->uidLength > mostUidBytes) throw Refused{status::invalidParameter};
+    std::string uid(id->uidLength, '\0');
+    if (!uid.empty() && !copyFrom(world, id->uid, uid.size(), uid.data())) {
+        throw Refused{status::invalidParameter};
+    }
+    return uid;
+}
+
+}  // namespace ovno2::simulator

@@ -6,7 +6,7 @@
 #include "simulator/base/text.h"
 #include "simulator/commands/balance.h"
 #include "simulator/commands/synthetic.h"
-#include "simulator/images/contacts_image.h"
+#include "simulator/images/content_image.h"
 #include "simulator/images/json_text.h"
 #include "simulator/images/json_writer.h"
 #include "simulator/images/phone_image.h"
@@ -36,6 +36,13 @@ std::string uidOf(const JsonNode& node) {
     return uid;
 }
 
+ContentKind contentKindOf(const JsonNode& node) {
+    const auto* const found =
+        std::ranges::find_if(contentKinds, [&](const ContentKindInfo& one) { return node.is(one.name); });
+    if (found == contentKinds.end()) node.fail("the name of a kind of content, such as \"calendar\"");
+    return found->kind;
+}
+
 Occasion occasionOf(const JsonNode& command, bool onwards) {
     Occasion occasion;
     occasion.call = command.member("call").utf8();
@@ -55,21 +62,44 @@ void load(World& world, const JsonNode& command, JsonWriter& answer) {
 }
 
 void addPhone(World& world, const JsonNode& command, JsonWriter&) {
-    command.expectMembers({"command", "phone", "contacts", "image"});
+    command.forEachMember([](std::string_view name, const JsonNode& node) {
+        const bool known =
+            name == "command" || name == "phone" || name == "image" ||
+            std::ranges::find(contentKinds, name, &ContentKindInfo::name) != contentKinds.end();
+        if (!known) node.fail("no member of this name");
+    });
     std::shared_ptr<Phone> phone = readIdentity(command.member("phone"));
     if (const auto image = command.optionalMember("image")) readStores(*phone, pathOf(*image));
-    if (const auto contacts = command.optionalMember("contacts")) {
-        phone->contacts = readContacts(contacts->asRoot("contacts"), phone->image);
+    for (const ContentKindInfo& one : contentKinds) {
+        if (const auto content = command.optionalMember(one.name))
+            phone->content(one.kind).store = readContent(one.kind, content->asRoot(one.name), phone->image);
     }
     if (!world.add(std::move(phone))) command.fail("a serial number that no other phone has");
 }
 
-void fillContacts(World& world, const JsonNode& command, JsonWriter&) {
-    command.expectMembers({"command", "serial", "contacts", "fields"});
+// A phone that content is made up for, in memory.
+Phone& emptyPhoneOf(World& world, const JsonNode& command) {
     Phone& phone = phoneOf(world, command);
     if (!phone.image.empty()) command.fail("a phone without an image");
-    phone.contacts =
+    return phone;
+}
+
+void fillContacts(World& world, const JsonNode& command, JsonWriter&) {
+    command.expectMembers({"command", "serial", "contacts", "fields"});
+    emptyPhoneOf(world, command).content(ContentKind::contacts).store =
         syntheticContacts(command.member("contacts").word(), command.member("fields").wordBetween(1, 1020));
+}
+
+void fillCalendar(World& world, const JsonNode& command, JsonWriter&) {
+    command.expectMembers({"command", "serial", "entries"});
+    emptyPhoneOf(world, command).content(ContentKind::calendar).store =
+        syntheticCalendar(command.member("entries").word());
+}
+
+void fillMessages(World& world, const JsonNode& command, JsonWriter&) {
+    command.expectMembers({"command", "serial", "messages", "units"});
+    emptyPhoneOf(world, command).content(ContentKind::messages).store =
+        syntheticMessages(command.member("messages").word(), command.member("units").wordBetween(0, 100000));
 }
 
 void listPhones(World& world, const JsonNode&, JsonWriter& answer) {
@@ -78,11 +108,13 @@ void listPhones(World& world, const JsonNode&, JsonWriter& answer) {
     for (const auto& phone : world.phones) {
         answer.StartObject();
         answer.member("serial", phone->serialNumber.value_or(u""));
-        answer.Key("contacts");
-        if (phone->contacts) {
-            answer.value(phone->contacts->contacts.size());
-        } else {
-            answer.Null();
+        for (const ContentKindInfo& one : contentKinds) {
+            answer.Key(one.name);
+            if (const auto& store = phone->content(one.kind).store) {
+                answer.value(store->items.size());
+            } else {
+                answer.Null();
+            }
         }
         answer.member("files", phone->files != nullptr);
         answer.member("gone", phone->gone);
@@ -124,8 +156,10 @@ void planDrop(World& world, const JsonNode& command, JsonWriter&) {
 }
 
 void vanish(World& world, const JsonNode& command, JsonWriter&) {
-    command.expectMembers({"command", "serial", "uid"});
-    phoneOf(world, command).vanished.insert(uidOf(command.member("uid")));
+    command.expectMembers({"command", "serial", "content", "uid"});
+    ContentKind kind = ContentKind::contacts;
+    if (const auto content = command.optionalMember("content")) kind = contentKindOf(*content);
+    phoneOf(world, command).content(kind).vanished.insert(uidOf(command.member("uid")));
 }
 
 std::variant<Word, Poke::Text, Poke::Wild> pokeValue(const JsonNode& node) {
@@ -212,6 +246,8 @@ constexpr Command commands[] = {
     {"load", load},
     {"addPhone", addPhone},
     {"fillContacts", fillContacts},
+    {"fillCalendar", fillCalendar},
+    {"fillMessages", fillMessages},
     {"surroundings", surroundings},
     {"plug", plug},
     {"phones", listPhones},

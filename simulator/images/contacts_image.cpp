@@ -1,30 +1,16 @@
-// contacts.json and the pictures as files of an image.
-#include "simulator/images/contacts_image.h"
-
+// contacts.json's items: contacts with fields of several kinds.
 #include <algorithm>
-#include <set>
-#include <system_error>
+#include <tuple>
 
 #include "simulator/base/text.h"
 #include "simulator/images/date_text.h"
-#include "simulator/images/json_writer.h"
-#include "simulator/system/system.h"
+#include "simulator/images/item_image.h"
+#include "simulator/world/contact.h"
 
 namespace ovno2::simulator {
 namespace {
 
-void writeFolder(JsonWriter& writer, const ContentFolder& folder) {
-    writer.StartObject();
-    writer.member("id", folder.id);
-    writer.member("name", folder.name);
-    writer.member("path", folder.path);
-    writer.Key("subfolders");
-    writer.StartArray();
-    for (const ContentFolder& subfolder : folder.subfolders)
-        writeFolder(writer, subfolder);
-    writer.EndArray();
-    writer.EndObject();
-}
+constexpr std::size_t mostAddressTexts = 15;
 
 void writeText(JsonWriter& writer, const Contact& contact, Contact::TextPlace place) {
     if (place == Contact::none) {
@@ -86,130 +72,179 @@ void writeField(JsonWriter& writer, const Contact& contact, const Contact::Field
     writer.EndObject();
 }
 
-// One line a contact and one a field, so that changes of a phone book show line by line.
-void writeContacts(JsonWriter& writer, const ContactStore& store) {
-    writer.layout("{\n\"format\": 1,\n\"folder\": ");
-    writeFolder(writer, store.root);
-    if (store.capacity != 0) writer.layout(",\n\"capacity\": " + std::to_string(store.capacity));
-    if (store.nextUid != 0) writer.layout(",\n\"nextUid\": " + std::to_string(store.nextUid));
-    writer.layout(",\n\"contacts\": [");
-    const char* separator = "\n";
-    for (const auto& contact : store.contacts) {
-        writer.layout(separator);
-        writer.layout("{\"uid\": \"" + toHex(contact->uid) +
-                      "\", \"position\": " + std::to_string(contact->position));
-        if (contact->folderId != store.root.id)
-            writer.layout(", \"folderId\": " + std::to_string(contact->folderId));
+class ContactsImage : public ItemImage {
+  public:
+    explicit ContactsImage(const std::filesystem::path& imageFolder) : image(imageFolder) {}
+
+    bool isNumbered() const override { return true; }
+
+    std::shared_ptr<ContentItem> read(const JsonNode& node, Word position) override {
+        contact = std::make_shared<Contact>();
+        contact->position = position;
+        fields.clear();
+        textUnits = 0;
+        node.forEachMember([&](std::string_view name, const JsonNode& value) {
+            if (isName(name, "fields")) {
+                value.forEachElement([&](const JsonNode& field, std::size_t) { readField(field); });
+            } else if (!readItemMember(name, value, *contact)) {
+                value.fail("no member of this name");
+            }
+        });
+        if (!contact->arrange(fields)) node.fail("at most 255 fields in a pair");
+        contact->texts.assign(texts.data(), textUnits);
+        return std::move(contact);
+    }
+
+    // One line a field.
+    void write(JsonWriter& writer, const ContentItem& item) const override {
+        const auto& written = static_cast<const Contact&>(item);
         writer.layout(", \"fields\": [");
-        const char* fieldSeparator = "\n  ";
-        for (const Contact::Field& field : contact->fields) {
-            writer.layout(fieldSeparator);
-            writeField(writer, *contact, field);
-            fieldSeparator = ",\n  ";
+        const char* separator = "\n  ";
+        for (const Contact::Field& field : written.fields) {
+            writer.layout(separator);
+            writeField(writer, written, field);
+            separator = ",\n  ";
         }
-        writer.layout("]}");
-        separator = ",\n";
+        writer.layout("]");
     }
-    writer.layout("\n]\n}\n");
-}
 
-using PictureFiles = std::set<std::filesystem::path>;
-
-PictureFiles picturesOf(const ContactStore& store) {
-    PictureFiles files;
-    for (const auto& contact : store.contacts) {
-        for (const Contact::Picture& picture : contact->pictures) {
-            if (!picture.file.empty()) files.insert(picture.file);
+  private:
+    void readField(const JsonNode& node) {
+        Contact::Field field;
+        field.value = Contact::none;
+        bool hasId = false, hasKind = false, hasPair = false, hasGroup = false;
+        std::optional<std::pair<std::int32_t, std::int32_t>> offsets;
+        const auto oneValue = [&](const JsonNode& value, Contact::Kind kind) {
+            if (hasKind) value.fail("one value in a field");
+            hasKind = true;
+            field.kind = kind;
+        };
+        node.forEachMember([&](std::string_view name, const JsonNode& value) {
+            if (isName(name, "id")) {
+                field.id = static_cast<std::uint16_t>(value.wordBetween(0, 0xFFFF));
+                hasId = true;
+            } else if (isName(name, "text")) {
+                oneValue(value, Contact::Kind::text);
+                field.value = addText(value);
+            } else if (isName(name, "number")) {
+                oneValue(value, Contact::Kind::number);
+                field.value = value.word();
+            } else if (isName(name, "date")) {
+                oneValue(value, Contact::Kind::date);
+                field.value = addDate(value);
+            } else if (isName(name, "address")) {
+                oneValue(value, Contact::Kind::address);
+                field.value = addAddress(value);
+            } else if (isName(name, "picture")) {
+                oneValue(value, Contact::Kind::picture);
+                field.value = addPicture(value);
+            } else if (isName(name, "pair")) {
+                field.pair = readPair(value);
+                hasPair = true;
+            } else if (isName(name, "group")) {
+                field.group = value.word();
+                hasGroup = true;
+            } else if (isName(name, "reserved")) {
+                field.reserved = value.word();
+            } else if (isName(name, "offsets")) {
+                offsets = readOffsets(value);
+            } else {
+                value.fail("no member of this name");
+            }
+        });
+        if (!hasId) node.fail("a member \"id\"");
+        if (!hasPair) field.pair = defaultPair(field.id);
+        if (!hasGroup) field.group = field.pair + 1U;
+        if (offsets) {
+            if (field.kind != Contact::Kind::date) node.fail("\"offsets\" only beside a \"date\"");
+            library::DateRecord& date = contact->dates[field.value].record;
+            std::tie(date.firstOffset, date.secondOffset) = *offsets;
         }
+        fields.push_back(field);
     }
-    return files;
-}
 
-// The format as a file's extension: letters and digits alone, "jpg" when there are none.
-std::string extensionOf(const Contact& contact, const Contact::Picture& picture) {
-    std::string extension;
-    if (picture.format != Contact::none) {
-        for (const char letter : toUtf8(contact.textAt(picture.format))) {
-            const bool upper = letter >= 'A' && letter <= 'Z';
-            const bool plain = (letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9');
-            if (upper || plain) extension += upper ? static_cast<char>(letter - 'A' + 'a') : letter;
+    Contact::TextPlace addText(const JsonNode& node) {
+        if (node.isNull()) return Contact::none;
+        if (!node.isText()) node.fail("a text or null");
+        const std::string_view text = node.utf8();
+        if (texts.size() - textUnits <= text.size()) texts.resize(2 * texts.size() + text.size() + 1);
+        const auto place = static_cast<Contact::TextPlace>(textUnits);
+        bool valid = true;
+        char16_t* const end = widenUtf8(text, texts.data() + textUnits, valid);
+        if (!valid) node.fail("UTF-8 text");
+        *end = u'\0';
+        textUnits = static_cast<std::size_t>(end + 1 - texts.data());
+        return place;
+    }
+
+    Word addDate(const JsonNode& node) {
+        library::DateRecord date{};
+        if (!node.isText() || !parseDate(node.utf8(), date)) {
+            node.fail("a day that there is, such as \"1975-04-12\" or \"1975-04-12T08:30:00\"");
         }
+        contact->dates.push_back({date});
+        return static_cast<Word>(contact->dates.size() - 1);
     }
-    return extension.empty() || extension == "jpeg" ? "jpg" : extension;
-}
 
-// Puts the picture's bytes into a file of the image that is not there yet; its name inside the image.
-std::filesystem::path storePicture(const std::filesystem::path& image, const Contact& contact,
-                                   const Contact::Picture& picture) {
-    const std::filesystem::path folder = image / "pictures";
-    std::filesystem::create_directories(folder);
-    std::filesystem::path name;
-    for (int number = 0; name.empty() || std::filesystem::exists(folder / name); ++number) {
-        const std::string suffix = number == 0 ? "" : "-" + std::to_string(number);
-        name = toHex(contact.uid) + suffix + "." + extensionOf(contact, picture);
+    static std::pair<std::int32_t, std::int32_t> readOffsets(const JsonNode& node) {
+        constexpr const char* expected = "a list of two numbers of minutes";
+        std::vector<std::int32_t> minutes;
+        if (!node.isArray() || node.arraySize() != 2) node.fail(expected);
+        node.forEachElement([&](const JsonNode& element, std::size_t) {
+            const std::optional<std::int64_t> number = element.integer();
+            if (!number || *number < -0x7FFFFFFF || *number > 0x7FFFFFFF) element.fail("a number of minutes");
+            minutes.push_back(static_cast<std::int32_t>(*number));
+        });
+        return {minutes[0], minutes[1]};
     }
-    IncomingFile(image, picture.bytes).moveTo(folder / name);
-    return std::filesystem::path("pictures") / name;
-}
 
-// Moves the bytes of pictures that are not in files yet into the image; `written` are the names of all of
-// them.
-void writeNewPictures(const std::filesystem::path& image, ContactStore& store, PictureFiles& written) {
-    for (auto& contact : store.contacts) {
-        const bool inFiles = std::all_of(contact->pictures.begin(), contact->pictures.end(),
-                                         [](const Contact::Picture& one) { return !one.file.empty(); });
-        if (inFiles) continue;
-        auto changed = std::make_shared<Contact>(*contact);
-        for (Contact::Picture& picture : changed->pictures) {
-            if (!picture.file.empty()) continue;
-            picture.file = storePicture(image, *changed, picture);
-            picture.bytes.clear();
-            written.insert(picture.file);
+    Word addAddress(const JsonNode& node) {
+        constexpr const char* expected = "a list of 1 to 15 texts";
+        if (!node.isArray()) node.fail(expected);
+        if (node.arraySize() == 0 || node.arraySize() > mostAddressTexts) node.fail(expected);
+        Contact::AddressWords address;
+        node.forEachElement([&](const JsonNode& text, std::size_t) { address.push_back(addText(text)); });
+        contact->addresses.push_back(std::move(address));
+        return static_cast<Word>(contact->addresses.size() - 1);
+    }
+
+    Word addPicture(const JsonNode& node) {
+        node.expectMembers({"format", "file"});
+        Contact::Picture picture;
+        if (const auto format = node.optionalMember("format")) picture.format = addText(*format);
+        const std::optional<JsonNode> file = node.optionalMember("file");
+        if (!file) node.fail("a picture with a member \"file\"");
+        const std::filesystem::path name(file->text());
+        const bool escapes =
+            name.empty() || name.has_root_path() || std::find(name.begin(), name.end(), "..") != name.end();
+        std::error_code ignored;
+        if (escapes || (!image.empty() && !std::filesystem::is_regular_file(image / name, ignored))) {
+            file->fail("a file of the image");
         }
-        contact = std::move(changed);
+        picture.file = name;
+        contact->pictures.push_back(std::move(picture));
+        return static_cast<Word>(contact->pictures.size() - 1);
     }
-}
 
-void removeFiles(const std::filesystem::path& image, const PictureFiles& files, const PictureFiles& kept) {
-    std::error_code ignored;
-    for (const std::filesystem::path& file : files) {
-        if (!kept.contains(file)) std::filesystem::remove(image / file, ignored);
+    static std::uint8_t readPair(const JsonNode& node) {
+        const std::string_view name = node.isText() ? node.utf8() : std::string_view();
+        if (name.size() != 1 || name[0] < 'a' || name[0] > 'd') node.fail("\"a\", \"b\", \"c\" or \"d\"");
+        return static_cast<std::uint8_t>(name[0] - 'a');
     }
-}
+
+    const std::filesystem::path image;
+
+    // The contact under way. Its fields and texts grow here and are copied when their number is known.
+    std::shared_ptr<Contact> contact;
+    std::vector<Contact::Field> fields;
+    std::vector<char16_t> texts;
+    std::size_t textUnits = 0;
+};
 
 }  // namespace
 
-void readContactsImage(Phone& phone) {
-    const std::filesystem::path file = phone.image / "contacts.json";
-    std::error_code failed;
-    if (!std::filesystem::exists(file, failed)) return;
-    phone.contactsStamp = system::stampOf(file);
-    phone.contacts = readContacts(file, phone.image);
-}
-
-void refreshContacts(Phone& phone) {
-    if (phone.image.empty()) return;
-    const system::FileStamp stamp = system::stampOf(phone.image / "contacts.json");
-    if (stamp != system::FileStamp() && stamp != phone.contactsStamp) readContactsImage(phone);
-}
-
-void replaceContacts(Phone& phone, std::shared_ptr<ContactStore> store) {
-    if (!phone.image.empty()) {
-        const std::filesystem::path file = phone.image / "contacts.json";
-        PictureFiles written;
-        try {
-            writeNewPictures(phone.image, *store, written);
-            JsonWriter writer;
-            writeContacts(writer, *store);
-            IncomingFile(phone.image, writer.text()).moveTo(file);
-        } catch (const std::system_error&) {
-            removeFiles(phone.image, written, {});
-            throw;
-        }
-        removeFiles(phone.image, picturesOf(*phone.contacts), picturesOf(*store));
-        phone.contactsStamp = system::stampOf(file);
-    }
-    phone.contacts = std::move(store);
+std::unique_ptr<ItemImage> contactsForm(const std::filesystem::path& image) {
+    return std::make_unique<ContactsImage>(image);
 }
 
 }  // namespace ovno2::simulator

@@ -1,6 +1,7 @@
 #include "simulator/images/date_text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 
@@ -15,6 +16,17 @@ int digits(std::string_view text, std::size_t at, std::size_t count) {
         number = number * 10 + (text[i] - '0');
     }
     return number;
+}
+
+// A number of minutes with its sign, from the front of `text`; false when there is none.
+bool takeMinutes(std::string_view& text, std::int32_t& minutes) {
+    if (!text.starts_with('+') && !text.starts_with('-')) return false;
+    const char* const first = text.data() + (text[0] == '+' ? 1 : 0);
+    const char* const end = text.data() + text.size();
+    const auto [behind, failed] = std::from_chars(first, end, minutes);
+    if (failed != std::errc() || (text[0] == '+' && minutes < 0)) return false;
+    text.remove_prefix(static_cast<std::size_t>(behind - text.data()));
+    return true;
 }
 
 }  // namespace
@@ -57,6 +69,22 @@ std::string dateText(const library::DateRecord& record) {
         date += text;
     }
     return date;
+}
+
+bool parseDateWithOffsets(std::string_view text, library::DateRecord& record) {
+    const std::size_t date = std::min<std::size_t>(text.find('T') == 10 ? 19 : 10, text.size());
+    if (!parseDate(text.substr(0, date), record)) return false;
+    text.remove_prefix(date);
+    if (text.empty()) return true;
+    return takeMinutes(text, record.firstOffset) && takeMinutes(text, record.secondOffset) && text.empty();
+}
+
+std::string dateTextWithOffsets(const library::DateRecord& record) {
+    std::string text = dateText(record);
+    if (record.firstOffset == 0 && record.secondOffset == 0) return text;
+    for (const std::int32_t offset : {record.firstOffset, record.secondOffset})
+        text += (offset < 0 ? "" : "+") + std::to_string(offset);
+    return text;
 }
 
 }  // namespace ovno2::simulator

@@ -17,4 +17,9 @@ bool isDate(const library::DateRecord& record);
 bool parseDate(std::string_view text, library::DateRecord& record);
 std::string dateText(const library::DateRecord& record);
 
+// The same with both of the record's offsets in minutes behind it unless they are 0:
+// "2008-07-19T14:30:00+60+60".
+bool parseDateWithOffsets(std::string_view text, library::DateRecord& record);
+std::string dateTextWithOffsets(const library::DateRecord& record);
+
 }  // namespace ovno2::simulator

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "simulator/images/contacts_image.h"
+#include "simulator/images/content_image.h"
 #include "simulator/images/files_image.h"
 #include "simulator/images/json_text.h"
 
@@ -115,7 +115,8 @@ void readStores(Phone& phone, const std::filesystem::path& image) {
     const system::FolderLock lock = lockImage(image);
     removeLeftovers(image);
     phone.image = image;
-    readContactsImage(phone);
+    for (const ContentKindInfo& content : contentKinds)
+        readContentImage(phone, content.kind);
     readFilesImage(phone);
 }
 

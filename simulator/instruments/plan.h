@@ -59,7 +59,7 @@ struct Poke {
 
     Occasion occasion;
     std::string record;  // which record of the call: "contact", "item", "value", "id", "device", ...
-    std::optional<std::string> uid;    // only for this contact
+    std::optional<std::string> uid;    // only for this item
     std::optional<std::uint8_t> pair;  // of "item" and "value"
     std::size_t index = 0;             // which one of several
     std::size_t word = 0;

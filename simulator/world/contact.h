@@ -13,16 +13,14 @@
 #include <string_view>
 #include <vector>
 
-#include "library/library_records.h"
+#include "simulator/world/content_item.h"
 
 namespace ovno2::simulator {
-
-using library::Word;
 
 inline constexpr std::size_t pairCount = 4;  // a to d
 inline constexpr std::size_t mostItemsPerPair = 255;
 
-struct Contact {
+struct Contact : ItemBase<Contact> {
     enum class Kind : std::uint8_t { text, number, date, picture, address };
 
     // A text of the pool; `none` for a null pointer.
@@ -47,9 +45,6 @@ struct Contact {
     };
     using AddressWords = std::vector<TextPlace>;  // entry i is word i + 1
 
-    std::string uid;
-    Word position = 0;
-    Word folderId = 0;
     std::vector<Field> fields;                  // sorted by pair, the phone's order within each
     std::array<Word, pairCount> fieldCounts{};  // of each pair
     std::u16string texts;                       // every text with its terminator

@@ -17,12 +17,12 @@ std::string uidOf(std::uint32_t number) {
 }
 
 // The next number whose uid nobody has, so that a uid is never used twice.
-std::string takeUid(ContactStore& store) {
+std::string takeUid(ContentStore& store) {
     if (store.nextUid == 0) {
-        for (const auto& contact : store.contacts) {
-            if (contact->uid.size() > uidBytes) continue;
+        for (const auto& item : store.items) {
+            if (item->uid.size() > uidBytes) continue;
             std::uint32_t number = 0;
-            for (const char byte : contact->uid)
+            for (const char byte : item->uid)
                 number = number << 8 | static_cast<unsigned char>(byte);
             store.nextUid = std::max(store.nextUid, number);
         }
@@ -33,23 +33,16 @@ std::string takeUid(ContactStore& store) {
     return uidOf(store.nextUid++);
 }
 
-Word lastPosition(const ContactStore& store) {
-    Word last = 0;
-    for (const auto& contact : store.contacts)
-        last = std::max(last, contact->position);
-    return last;
-}
-
-void rebuildIndex(ContactStore& store) {
+void rebuildIndex(ContentStore& store) {
     store.byUid.clear();
-    for (std::size_t i = 0; i < store.contacts.size(); ++i)
-        store.byUid.emplace(store.contacts[i]->uid, i);
+    for (std::size_t i = 0; i < store.items.size(); ++i)
+        store.byUid.emplace(store.items[i]->uid, i);
 }
 
-// Removes every contact that `gone` names; the others keep their order.
+// Removes every item that `gone` names; the others keep their order.
 template <typename Predicate>
-void removeContacts(ContactStore& store, Predicate gone) {
-    std::erase_if(store.contacts, [&](const auto& contact) { return gone(*contact); });
+void removeItems(ContentStore& store, Predicate gone) {
+    std::erase_if(store.items, [&](const auto& item) { return gone(*item); });
     rebuildIndex(store);
 }
 
@@ -74,13 +67,17 @@ void requireFreeName(const ContentFolder& parent, const std::u16string& name) {
     if (taken) throw Refused{status::alreadyExists};
 }
 
-void changeFolder(ContactStore& store, const ContentChange& change) {
+std::u16string pathBelow(const ContentFolder& parent, const std::u16string& name) {
+    return (parent.path.ends_with(u'\\') ? parent.path : parent.path + u'\\') + name;
+}
+
+void changeFolder(ContentStore& store, const ContentChange& change) {
     if (change.kind == ContentChange::Kind::createFolder) {
         ContentFolder* const parent = change.folderId == 0 ? &store.root : store.root.find(change.folderId);
         if (parent == nullptr) throw Refused{status::folderNotFound};
         requireFreeName(*parent, change.name);
         parent->subfolders.push_back(
-            {largestFolderId(store.root) + 1, change.name, parent->path + u"\\" + change.name, {}});
+            {largestFolderId(store.root) + 1, change.name, pathBelow(*parent, change.name), {}});
         return;
     }
     ContentFolder* const parent = parentOf(store.root, change.folderId);
@@ -90,33 +87,33 @@ void changeFolder(ContactStore& store, const ContentChange& change) {
     if (change.kind == ContentChange::Kind::renameFolder) {
         if (folder->name != change.name) requireFreeName(*parent, change.name);
         folder->name = change.name;
-        folder->path = parent->path + u"\\" + change.name;
+        folder->path = pathBelow(*parent, change.name);
         return;
     }
     const ContentFolder gone = std::move(*folder);
     parent->subfolders.erase(folder);
-    removeContacts(store, [&](const Contact& contact) { return gone.find(contact.folderId) != nullptr; });
+    removeItems(store, [&](const ContentItem& item) { return gone.find(item.folderId) != nullptr; });
 }
 
-void rewriteContact(ContactStore& store, const ContentChange& change) {
+void rewriteItem(ContentStore& store, const ContentChange& change) {
     const auto found = store.byUid.find(change.uid);
     if (found == store.byUid.end()) throw Refused{status::itemNotFound};
-    auto& place = store.contacts[found->second];
-    auto contact = std::make_shared<Contact>(*change.contact);
-    contact->uid = place->uid;
-    contact->position = place->position;
-    contact->folderId = place->folderId;
-    place = std::move(contact);
+    auto& place = store.items[found->second];
+    const std::shared_ptr<ContentItem> item = change.item->clone();
+    item->uid = place->uid;
+    item->position = place->position;
+    item->folderId = place->folderId;
+    place = item;
 }
 
 }  // namespace
 
-std::shared_ptr<ContactStore> afterChanges(const ContactStore& store,
+std::shared_ptr<ContentStore> afterChanges(const ContentStore& store,
                                            const std::vector<ContentChange>& changes,
-                                           std::vector<CreatedContact>& created) {
-    auto next = std::make_shared<ContactStore>(store);
+                                           std::vector<CreatedItem>& created) {
+    auto next = std::make_shared<ContentStore>(store);
     std::vector<std::string> removed;
-    Word position = lastPosition(store);
+    Word position = store.lastPosition();
     for (const ContentChange& change : changes) {
         switch (change.kind) {
             case ContentChange::Kind::remove:
@@ -125,14 +122,14 @@ std::shared_ptr<ContactStore> afterChanges(const ContactStore& store,
                 break;
             case ContentChange::Kind::write:
                 if (!change.uid.empty()) {
-                    rewriteContact(*next, change);
+                    rewriteItem(*next, change);
                 } else {
-                    auto contact = std::make_shared<Contact>(*change.contact);
-                    contact->uid = takeUid(*next);
-                    contact->position = ++position;
-                    if (next->root.find(contact->folderId) == nullptr) contact->folderId = next->root.id;
-                    created.push_back({change.temporaryId, contact->uid, contact->folderId});
-                    next->add(std::move(contact));
+                    const std::shared_ptr<ContentItem> item = change.item->clone();
+                    item->uid = takeUid(*next);
+                    if (next->numbered) item->position = ++position;
+                    if (next->root.find(item->folderId) == nullptr) item->folderId = next->root.id;
+                    created.push_back({change.temporaryId, item->uid, item->folderId});
+                    next->add(item);
                 }
                 break;
             default:
@@ -142,12 +139,12 @@ std::shared_ptr<ContactStore> afterChanges(const ContactStore& store,
     }
     if (!removed.empty()) {
         std::sort(removed.begin(), removed.end());
-        removeContacts(*next, [&](const Contact& contact) {
-            return std::binary_search(removed.begin(), removed.end(), contact.uid);
+        removeItems(*next, [&](const ContentItem& item) {
+            return std::binary_search(removed.begin(), removed.end(), item.uid);
         });
     }
-    if (next->capacity != 0 && next->contacts.size() > next->capacity &&
-        next->contacts.size() > store.contacts.size()) {
+    if (next->capacity != 0 && next->items.size() > next->capacity &&
+        next->items.size() > store.items.size()) {
         throw Refused{status::storeFull};
     }
     return next;

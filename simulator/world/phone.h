@@ -1,6 +1,7 @@
 // A phone of the world: its identity, its connections, what it holds, and the image folder it came from.
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -9,7 +10,8 @@
 #include <vector>
 
 #include "simulator/system/system.h"
-#include "simulator/world/contact_store.h"
+#include "simulator/world/content_kind.h"
+#include "simulator/world/content_store.h"
 
 namespace ovno2::simulator {
 
@@ -44,6 +46,13 @@ struct Platform {
 
 struct FileSettings;
 
+// A phone's content of one kind.
+struct Content {
+    std::shared_ptr<const ContentStore> store;  // null = the phone has none of this kind
+    system::FileStamp stamp;                    // of its file when it was read
+    std::set<std::string> vanished;             // uids that are listed but can no longer be read
+};
+
 struct Phone {
     std::filesystem::path image;  // empty for a phone that a test built in memory
     long order = 0;
@@ -59,13 +68,14 @@ struct Phone {
     Status contentRefused = library::statusOk;
     Status filesRefused = library::statusOk;
 
-    std::shared_ptr<const ContactStore> contacts;  // null = the phone has no phone book
-    system::FileStamp contactsStamp;               // of contacts.json when it was read
-    std::shared_ptr<FileSettings> files;           // null = the phone has no file system
+    std::array<Content, contentKinds.size()> contents;  // by kind
+    std::shared_ptr<FileSettings> files;                // null = the phone has no file system
 
-    // What tests do to it.
-    bool gone = false;               // unplugged: not listed, cannot be opened
-    std::set<std::string> vanished;  // uids that are listed but can no longer be read
+    Content& content(ContentKind kind) { return contents[indexOf(kind)]; }
+    const Content& content(ContentKind kind) const { return contents[indexOf(kind)]; }
+
+    // What a test does to it.
+    bool gone = false;  // unplugged: not listed, cannot be opened
 };
 
 }  // namespace ovno2::simulator

@@ -49,9 +49,9 @@ struct MediaSession : Session {
 
 struct ContentConnection : Session {
     static constexpr SessionKind ownKind = SessionKind::content;
-    ContentConnection(std::shared_ptr<Phone> ofPhone, Word contentKind)
-        : Session(ownKind, std::move(ofPhone)), target(contentKind) {}
-    const Word target;
+    ContentConnection(std::shared_ptr<Phone> ofPhone, ContentKind toContent)
+        : Session(ownKind, std::move(ofPhone)), content(toContent) {}
+    const ContentKind content;
 };
 
 class Sessions {

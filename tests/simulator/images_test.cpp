@@ -77,7 +77,7 @@ TEST_F(Images, ADamagedImageIsLeftOutWithFilePlaceAndWhatWasExpected) {
         list(std::string(100000, '['), "line 1", "less deep nesting"),
         list("[{}]", "/contacts/0", "a member \"uid\""),
         list(R"([{"uid": "0a"}])", "/contacts/0/uid", "upper-case"),
-        list(R"([{"uid": "0A"}, {"uid": "0A"}])", "/contacts/1/uid", "no other contact"),
+        list(R"([{"uid": "0A"}, {"uid": "0A"}])", "/contacts/1/uid", "no other item"),
         list(R"([{"uid": "0A", "folderId": 7}])", "/contacts/0/folderId", "id of a folder"),
         list(R"([{"uid": "0A", "postion": 7}])", "/contacts/0/postion", "no member"),
         field(R"("text": "y")", "/contacts/0/fields/1", "a member \"id\""),

@@ -24,10 +24,10 @@ std::filesystem::path TemporaryFolder::write(const std::string& name, const std:
     return file;
 }
 
-ContentSession::ContentSession(const std::u16string& serial) {
+ContentSession::ContentSession(const std::u16string& serial, Word target) {
     DAAPI(CAAPI_Initialize)(30, 0);
     Word medium = 1;
-    status = DAAPI(DAOpenCA)(serial.c_str(), &medium, signature::targetContacts, &connection);
+    status = DAAPI(DAOpenCA)(serial.c_str(), &medium, target, &connection);
     if (status == statusOk) status = DAAPI(CABeginOperation)(connection, 0, &operation);
 }
 
@@ -37,9 +37,9 @@ ContentSession::~ContentSession() {
     DAAPI(CAAPI_Terminate)(0);
 }
 
-std::vector<ItemIdRecord> ContentSession::ids() const {
+std::vector<ItemIdRecord> ContentSession::ids(Word folder) const {
     ItemIdListRecord list{sizeof list, 0, 0};
-    EXPECT_EQ(DAAPI(CAGetIDList)(connection, 1, 0, &list), statusOk);
+    EXPECT_EQ(DAAPI(CAGetIDList)(connection, folder, 0, &list), statusOk);
     std::vector<ItemIdRecord> records(list.count);
     for (std::size_t i = 0; i < records.size(); ++i)
         records[i] = recordAt<ItemIdRecord>(static_cast<Word>(list.items + i * sizeof(ItemIdRecord)));

@@ -78,15 +78,16 @@ inline std::string fileContent(const std::filesystem::path& file) {
 
 inline const char* const annasSerial = "356300010000017";
 
-// A contacts connection with one open operation.
+// A connection, to the contacts by default, with one open operation.
 class ContentSession {
   public:
-    explicit ContentSession(const std::u16string& serial = u"356300010000017");
+    explicit ContentSession(const std::u16string& serial = u"356300010000017",
+                            Word target = signature::targetContacts);
     ~ContentSession();
     ContentSession(const ContentSession&) = delete;
     ContentSession& operator=(const ContentSession&) = delete;
 
-    std::vector<ItemIdRecord> ids() const;
+    std::vector<ItemIdRecord> ids(Word folder = 1) const;
     Status read(ItemIdRecord id, ContactRecord& contact) const;
     Status free(ContactRecord& contact) const { return DAAPI(CAFreeItemData)(connection, 1, &contact); }
     Status commit(ItemIdListRecord* written = nullptr) const {

@@ -1,8 +1,7 @@
-#include "simulator/calls/item_records.h"
+#include "simulator/calls/contact_records.h"
 
 #include <algorithm>
-
-#include "simulator/calls/record_builder.h"
+#include <cstring>
 
 namespace ovno2::simulator {
 namespace {
@@ -13,7 +12,6 @@ using library::ItemPair;
 using library::PictureRecord;
 
 constexpr std::size_t smallestAddressWords = 8;  // size and seven texts
-constexpr std::size_t mostUidBytes = 2048;
 
 std::size_t addressWords(const Contact::AddressWords& texts) {
     return std::max(texts.size() + 1, smallestAddressWords);
@@ -151,68 +149,42 @@ class ItemWriter {
     std::vector<std::string> pictures;
 };
 
-// Records that the plan wants wild. Afterwards some address must still lead to the block, or nobody could
-// free it.
-void pokeItem(World& world, const Phone& phone, const Contact& contact, ContactRecord& record) {
-    const LowMemory::Block block = itemBlock(world, record);
-    const std::size_t itemBytes = world.sizesOf(phone).dataItem;
-    const std::size_t itemWords = itemBytes / sizeof(Word);
-    const ContactRecord whole = record;
-    const ItemPair pairs[pairCount] = {whole.a, whole.b, whole.c, whole.d};
-    for (const Poke* const poke : world.plan.pokesOf("CAReadItem", &contact.uid)) {
-        if (poke->record == "contact") world.plan.apply(*poke, &record, sizeof record / sizeof(Word));
-        const ItemPair& pair = pairs[poke->pair.value_or(0)];
-        if (poke->index >= pair.count) continue;
-        char* const item = atAddress<char>(pair.items) + poke->index * itemBytes;
-        if (poke->record == "item") world.plan.apply(*poke, item, itemWords);
-        if (poke->record == "value") {
-            Address value = 0;
-            std::memcpy(&value, item + itemBytes - sizeof value, sizeof value);
-            const LowMemory::Block inside = world.memory.find(atAddress<void>(value));
-            if (inside.start != block.start) continue;
-            const std::size_t room =
-                inside.bytes - static_cast<std::size_t>(atAddress<char>(value) - inside.start);
-            world.plan.apply(*poke, atAddress<void>(value), room / sizeof(Word));
-        }
+class ContactForm : public ItemForm {
+  public:
+    std::string_view name() const override { return "contact"; }
+    std::size_t bytes(const RecordSizes&) const override { return sizeof(ContactRecord); }
+
+    void build(World& world, const Phone& phone, const ContentItem& item, void* record) const override {
+        const auto& contact = static_cast<const Contact&>(item);
+        if (contact.fields.empty()) return;
+        ContactRecord built{};
+        built.size = sizeof built;
+        ItemWriter(world, phone, contact).write(built);
+        std::memcpy(record, &built, sizeof built);
     }
-    if (block && itemBlock(world, record).start != block.start) world.memory.release(block.start);
-}
+
+    std::shared_ptr<ContentItem> read(World& world, const Phone& phone, const void* record,
+                                      const ContentItem* previous) const override {
+        ContactRecord written{};
+        std::memcpy(&written, record, sizeof written);
+        return contactFromItem(world, phone, written, static_cast<const Contact*>(previous));
+    }
+
+    RecordParts parts(const void* record, const RecordSizes& sizes) const override {
+        ContactRecord contact{};
+        std::memcpy(&contact, record, sizeof contact);
+        RecordParts parts;
+        std::size_t number = 0;
+        for (const ItemPair& pair : {contact.a, contact.b, contact.c, contact.d})
+            parts.add({"item", number++, pair.items, pair.count, sizes.dataItem, /*endsInAddress=*/true});
+        return parts;
+    }
+};
+
+const ContactForm theContactForm;
 
 }  // namespace
 
-void buildItem(World& world, const Phone& phone, const Contact& contact, ContactRecord& record) {
-    record = {};
-    record.size = sizeof record;
-    if (!contact.fields.empty()) ItemWriter(world, phone, contact).write(record);
-    if (world.plan.poking()) pokeItem(world, phone, contact, record);
-}
-
-LowMemory::Block itemBlock(const World& world, const ContactRecord& record) {
-    for (const Address items : {record.a.items, record.b.items, record.c.items, record.d.items}) {
-        const LowMemory::Block block = world.memory.find(atAddress<void>(items));
-        if (block && block.kind == BlockKind::item) return block;
-    }
-    return {};
-}
-
-bool copyFrom(const World& world, Address from, std::size_t bytes, void* to) {
-    const auto* const source = atAddress<const char>(from);
-    const LowMemory::Block block = world.memory.find(source);
-    const bool inside = block && source + bytes <= block.start + block.bytes;
-    if (!inside && (block || !system::readable(source, bytes))) return false;
-    std::memcpy(to, source, bytes);
-    return true;
-}
-
-std::string uidOf(World& world, const library::ItemIdRecord* id) {
-    requireGiven(id);
-    if (id->size != sizeof *id) throw Refused{status::wrongRecordSize};
-    if (id->uidLength > mostUidBytes) throw Refused{status::invalidParameter};
-    std::string uid(id->uidLength, '\0');
-    if (!uid.empty() && !copyFrom(world, id->uid, uid.size(), uid.data())) {
-        throw Refused{status::invalidParameter};
-    }
-    return uid;
-}
+const ItemForm& contactForm = theContactForm;
 
 }  // namespace ovno2::simulator
