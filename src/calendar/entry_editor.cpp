@@ -114,6 +114,8 @@ void EntryEditor::place(const GridRow& row) {
 }
 
 void EntryEditor::placeType(const Text& cell) {
+    // An entry of a kind that has no word is shown with none.
+    if (cell.empty() && existing_) return;
     const Word type = typeNamed(cell);
     DebugLine(u"dwInfoField:", decimal{static_cast<Long>(type)});
     set(entry_.record.type, type);
@@ -316,8 +318,15 @@ void EntryEditor::placeRepetition(const Text& rule) {
         CalSeriesInfo::recurrenceWord(series, first, library::recordedContentVersion()));
     std::optional<DateValue> last = readDate(series.Until);
     if (!last) last = readDate(CalSeriesInfo::SeriesEndDate(localDateText(first), series));
-    const bool mayBeEndless = Devices::platformType() < eNokiaPhoneS60;
-    if (last && mayBeEndless && fieldsOf(*last).year - fieldsOf(first).year >= endlessYears) last.reset();
+    if (last && fieldsOf(*last).year - fieldsOf(first).year >= endlessYears) {
+        // Older platforms know a series without end; on newer ones it runs as long as they can, or a birthday
+        // of 1901 would have been over in 2001.
+        DateFields fields = fieldsOf(*last);
+        fields.year = std::max(fields.year, lastSeriesYear);
+        fields.day = std::min(fields.day, daysInMonth(fields.year, fields.month));
+        last = dateOf(fields);
+        if (Devices::platformType() < eNokiaPhoneS60) last.reset();
+    }
     placeLastDate(last, first);
 }
 

@@ -14,6 +14,8 @@
 #include "common/phone_test.h"
 #include "content/sessions.h"
 #include "core/settings.h"
+#include "dates/date_parser.h"
+#include "dates/date_text.h"
 #include "dates/iso_date.h"
 #include "devices/devices.h"
 #include "devices/session.h"
@@ -28,28 +30,28 @@ using Json = Control::Json;
 
 // Minutes west of Greenwich; the rules as the registry has them, no month for a zone without daylight time.
 struct Zone {
-    const char* name;
+    const char* name;  // as the system knows it
     Long bias = 0;
     Long daylightBias = 0;
     platform::SystemTime daylight = {}, standard = {};
 };
 
-constexpr platform::SystemTime rule(std::uint16_t month, std::uint16_t occurrence) {
+constexpr platform::SystemTime sundayIn(std::uint16_t month, std::uint16_t occurrence) {
     return {.month = month, .dayOfWeek = 0, .day = occurrence, .hour = 2};
 }
 
-inline const Zone berlin = {"Berlin", -60, -60, rule(3, 5), rule(10, 5)};
+inline const Zone berlin = {"Europe/Berlin", -60, -60, sundayIn(3, 5), sundayIn(10, 5)};
 inline const Zone zones[] = {
     berlin,
-    {"London", 0, -60, rule(3, 5), rule(10, 5)},
-    {"NewYork", 300, -60, rule(3, 2), rule(11, 1)},
-    {"StJohns", 210, -60, rule(3, 2), rule(11, 1)},
-    {"Honolulu", 600},
-    {"Kolkata", -330},
-    {"Kiritimati", -840},
-    {"Auckland", -720, -60, rule(9, 5), rule(4, 1)},
-    {"Adelaide", -570, -60, rule(10, 1), rule(4, 1)},
-    {"LordHowe", -630, -30, rule(10, 1), rule(4, 1)},
+    {"Europe/London", 0, -60, sundayIn(3, 5), sundayIn(10, 5)},
+    {"America/New_York", 300, -60, sundayIn(3, 2), sundayIn(11, 1)},
+    {"America/St_Johns", 210, -60, sundayIn(3, 2), sundayIn(11, 1)},
+    {"Pacific/Honolulu", 600},
+    {"Asia/Kolkata", -330},
+    {"Pacific/Kiritimati", -840},
+    {"Pacific/Auckland", -720, -60, sundayIn(9, 5), sundayIn(4, 1)},
+    {"Australia/Adelaide", -570, -60, sundayIn(10, 1), sundayIn(4, 1)},
+    {"Australia/Lord_Howe", -630, -30, sundayIn(10, 1), sundayIn(4, 1)},
 };
 
 // A row of a grid: cells by field code.
@@ -74,8 +76,10 @@ class CalendarTest : public PhoneTest {
         setRegistryNumber(localMachine, key, u"Bias", static_cast<std::uint32_t>(zone.bias));
         setRegistryNumber(localMachine, key, u"ActiveTimeBias", static_cast<std::uint32_t>(zone.bias));
         setRegistryNumber(localMachine, key, u"DaylightBias", static_cast<std::uint32_t>(zone.daylightBias));
-        setRegistryBytes(localMachine, key, u"DaylightStart", platform::portable::bytesOfTransition(zone.daylight));
-        setRegistryBytes(localMachine, key, u"StandardStart", platform::portable::bytesOfTransition(zone.standard));
+        setRegistryBytes(localMachine, key, u"DaylightStart",
+                         platform::portable::bytesOfTransition(zone.daylight));
+        setRegistryBytes(localMachine, key, u"StandardStart",
+                         platform::portable::bytesOfTransition(zone.standard));
     }
     void letGo() {
         CloseCalendarConnection();
