@@ -32,13 +32,6 @@ bool isText(Word fieldId) {
     return fieldId != library::calendarPriority && fieldId != library::calendarStatus;
 }
 
-// `date` as ISO text; a failure other than a date that cannot be written means that memory is short.
-Text isoText(DateValue date, bool dateOnly) {
-    Text text = ISODate::FormatISODate(date, dateOnly);
-    if (text.empty() && pendingFailure().number == outOfMemory) throw RuntimeFailure(outOfMemory);
-    return text;
-}
-
 // A phone that keeps a note's day as a time in UTC may give it as the evening before.
 DateValue dayOfNote(DateValue date) {
     attempt([&] {
@@ -64,7 +57,7 @@ DateValue endOf(const Entry& entry, bool withTime) {
 }
 
 Text dateText(const DateRecord& record, DateValue date) {
-    return record.year == 0 ? Text() : isoText(date, /*dateOnly=*/false);
+    return record.year == 0 ? Text() : ISODate::FormatISODate(date, /*dateOnly=*/false);
 }
 
 Text alarmText(const Entry& entry) {
@@ -76,22 +69,21 @@ Text alarmText(const Entry& entry) {
     if (serialDay(date) == 0) return {};  // a time without a date
     Long year = 0;
     attempt([&] { year = fieldsOf(date).year; });
-    return year < firstYear ? Text() : isoText(date, /*dateOnly=*/false);
+    return year < firstYear ? Text() : ISODate::FormatISODate(date, /*dateOnly=*/false);
 }
 
 Text repeatText(const Entry& entry) {
     Text text;
-    const FailureNumber failed = attempt([&] {
+    attempt([&] {
         const DateValue start = startOf(entry, hasTimeOfDay(entry.record.type));
         text = CalSeriesInfo::ruleText(entry.record.recurrence, start);
     });
-    if (failed == outOfMemory) throw RuntimeFailure(outOfMemory);
     if (text.empty()) return text;
     const DateValue last =
         Content::GetDateFromStruct(entry.record.recurrenceEnd, /*withTime=*/false, utcMode);
     Long year = 0;
     attempt([&] { year = fieldsOf(last).year; });
-    if (year >= firstYear) text.append(u" ").append(isoText(last, /*dateOnly=*/true));
+    if (year >= firstYear) text.append(u" ").append(ISODate::FormatISODate(last, /*dateOnly=*/true));
     return text;
 }
 
@@ -214,10 +206,7 @@ void takeItems(Entry& entry) {
     constexpr Word countMask = 0xFF;
     const Word count = entry.record.items.count & countMask;
     entry.items.clear();
-    clearPendingFailure();
     Content::CopyToDataStruct(entry.items, entry.record.items.items, static_cast<Long>(count));
-    if (entry.items.size() != count && pendingFailure().number == outOfMemory)
-        throw RuntimeFailure(outOfMemory);
 }
 
 Text GetCalInfo(const Entry& entry, Long code, bool withTime) {
@@ -235,13 +224,12 @@ std::optional<Text> exceptionsText(const library::CalendarRecord& record) {
     Text list;
     const auto count = std::min<std::size_t>(record.exceptionCount, mostExceptions);
     std::vector<DateRecord> dates;
-    if (attempt([&] { library::copyBlock(record.exceptions, count, dates); }) == outOfMemory)
-        throw RuntimeFailure(outOfMemory);
+    attempt([&] { library::copyBlock(record.exceptions, count, dates); });
     for (const DateRecord& exception : dates) {
         const DateValue date = Content::GetDateFromStruct(exception, /*withTime=*/true, utcMode);
         if (serialDay(date) == 0) continue;
         if (!list.empty()) list.push_back(u';');
-        list.append(isoText(date, /*dateOnly=*/true));
+        list.append(ISODate::FormatISODate(date, /*dateOnly=*/true));
     }
     return list;
 }

@@ -1,7 +1,8 @@
 // One entry of the phone's calendar: its record and data items, and its values as text.
 //
-// No state. Reading writes the texts that the host gets from here, and writing compares the host's cells with
-// what an entry already says.
+// No state. Where memory is short a value may be left out; a MemoryWatch (core/attempt.h) tells. Reading
+// writes the texts that the host gets from here, and writing compares the host's cells with what an entry
+// already says.
 #pragma once
 
 #include <optional>
@@ -51,25 +52,25 @@ inline constexpr Long utcModeWithoutDaylight = -1;
 // The mode in which an alarm on that date is read.
 Long alarmMode(const Entry& entry, DateValue alarm);
 
-// The data items of `entry`'s record; throws RuntimeFailure 7 when there is no memory for them.
+// Takes the data items that `entry`'s record points to.
 void takeItems(Entry& entry);
 
 // One value as text: dates and times as ISO basic text with the time, texts on one line with "\n" for a line
-// end. Empty when the entry has no such value. Throws RuntimeFailure 7 only.
+// end. Empty when the entry has no such value.
 Text GetCalInfo(const Entry& entry, Long code, bool withTime);
 
 // The days on which the rule does not hold, as ISO basic dates separated by ";", at most the first 50; none
-// for a record without such a list. Throws RuntimeFailure 7 only.
+// for a record without such a list.
 std::optional<Text> exceptionsText(const library::CalendarRecord& record);
 
 // Start, end and alarm as the entry's text has them: dates without a time for birthdays and notes, the first
-// day after a note as its end, and the year of birth in a birthday's. Throws RuntimeFailure 7 only.
+// day after a note as its end, and the year of birth in a birthday's.
 struct Times {
     Text start, end, alarm;
 };
 Times shownTimes(const Entry& entry);
 
-// The whole entry as a VEVENT or VTODO block, its lines separated by CR LF. Throws RuntimeFailure 7 only.
+// The whole entry as a VEVENT or VTODO block, its lines separated by CR LF.
 Text entryText(const Entry& entry, const Text& folderName, const Text& uid);
 
 }  // namespace ovno2::Calendar

@@ -52,8 +52,9 @@ bool readRoot(const Text& serial, FolderInfoRecord& root, BeforeRead&& beforeRea
     return false;
 }
 
-// The root and, below it, all other folders.
+// The root and, below it, all other folders. Throws RuntimeFailure 7 when one would be missing.
 std::vector<FolderEntry> foldersFrom(const FolderInfoRecord& root) {
+    const MemoryWatch memory;
     std::vector<FolderEntry> list(1);
     attempt([&] { list[0].Name = library::GetStringFromPointer(root.name); });
     attempt([&] { list[0].Path = library::GetStringFromPointer(root.path); });
@@ -61,6 +62,7 @@ std::vector<FolderEntry> foldersFrom(const FolderInfoRecord& root) {
     if (root.subfolderCount > 0)
         Content::GetSubfolders(root.subfolderCount, root.subfolders, list, state().FolderRecordSize,
                                /*connection=*/0, /*oldName=*/{}, /*newName=*/{});
+    memory.check();
     return list;
 }
 

@@ -91,16 +91,16 @@ class EntryReader : public Content::FolderReader {
     void addEntry(const ItemIdRecord& id, const CalendarRecord& record) {
         DebugWrite(u"WriteDebugInfo", 2);
         entry_.record = record;
+        const MemoryWatch memory;
         takeItems(entry_);
-        clearPendingFailure();
         Text uid = Content::GetUIDAsString(id);
-        if (uid.empty() && pendingFailure().number == outOfMemory) throw RuntimeFailure(outOfMemory);
         CalItem item;
         item.VCalText = entryText(entry_, folder_->Name, uid);
         item.VCalTextRead = item.VCalText;
         logText(item.VCalText);
         item.ItemNumber = static_cast<Long>(id.position + static_cast<Word>(numberOffset_));
         item.ItemKind = entry_.isToDo() ? 2 : 1;
+        memory.check();
         item.ItemUid = uid.empty() ? decimalText(static_cast<Long>(id.position)) : std::move(uid);
         items_.extendTo(items_.hasElements() ? items_.upperBound() + 1 : 0);
         items_.at(items_.upperBound()) = std::move(item);

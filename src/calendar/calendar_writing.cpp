@@ -44,7 +44,6 @@ const FolderEntry* otherFolder(const std::vector<FolderEntry>& folders, const Te
 
 ItemId newIdIn(const std::vector<FolderEntry>& folders, const Text& name) {
     constexpr Long firstVersionWithShortIds = 36;
-    if (folders.empty()) throw RuntimeFailure(invalidProcedureCall);
     const auto named = std::ranges::find(folders, name, &FolderEntry::Name);
     ItemId id;
     id.Size = library::recordedContentVersion() < firstVersionWithShortIds
@@ -125,11 +124,13 @@ void deleteMoved(const ItemId& id) {
 // then.
 class RowWriter {
   public:
-    RowWriter(CalItem& item, const GridRow& row, const std::vector<FolderEntry>& folders, Long platform)
+    RowWriter(CalItem& item, const GridRow& row, const std::vector<FolderEntry>& folders, Long platform,
+              const MemoryWatch& memory)
         : item_(item),
           row_(row),
           folders_(folders),
           platform_(platform),
+          memory_(memory),
           data_(connection().handle, calendarRecordSize()) {}
 
     Long write() {
@@ -147,6 +148,7 @@ class RowWriter {
         const bool isNew = !found || target;
         EntryEditor editor = isNew ? EntryEditor(platform_) : EntryEditor(entry_);
         editor.place(row_);
+        memory_.check();
         DebugWrite(tag, 3);
         if (!editor.changed()) return status;
 
@@ -189,6 +191,7 @@ class RowWriter {
     const GridRow& row_;
     const std::vector<FolderEntry>& folders_;
     Long platform_;
+    const MemoryWatch& memory_;
     Content::ItemData<CalendarRecord> data_;  // holds what the entry's record points to until it is written
     Entry entry_;
 };
@@ -204,11 +207,13 @@ Long WriteCalItem(const Text& model, const Text& phoneId, CalItem& elemcal,
     Long status = library::notCalled;
     attempt([&] {
         DebugWrite(tag, 1);
+        const MemoryWatch memory;
         const Text& serial = connection().serial;
         std::vector<FolderEntry> folders;
         GetCalendarFolder(model, serial, folders);
+        if (folders.empty()) throw RuntimeFailure(invalidProcedureCall);
         const GridRow row(CalGrid, indexingrid, MobileCalFields);
-        status = RowWriter(elemcal, row, folders, phonePlatform(model, serial)).write();
+        status = RowWriter(elemcal, row, folders, phonePlatform(model, serial), memory).write();
     });
     return status;
 }

@@ -113,7 +113,7 @@ Long changeFolders(Handle connection, const Text& newName, TextView tag, Change&
         library::CAEndOperation.tried(operation);
         return status;
     }
-    status = library::CAEndOperation.tried(operation).status;
+    status = library::CAEndOperation.tried(operation).valueOr(status);
     DebugLine(hex{status});
     return status;
 }
