@@ -37,8 +37,8 @@ std::string shown(TextView value) {
 
 // Types that say no more than the property does.
 bool saysNothing(const std::string& type) {
-    constexpr std::string_view names[] = {"PREF",   "VOICE", "INTERNET", "OTHER", "TEXT",    "MSG",
-                                          "POSTAL", "INTL",  "PARCEL",   "DOM",   "HOMEPAGE"};
+    constexpr std::string_view names[] = {"PREF", "VOICE",  "IPHONE", "INTERNET", "OTHER", "TEXT",
+                                          "MSG",  "POSTAL", "INTL",   "PARCEL",   "DOM",   "HOMEPAGE"};
     return std::ranges::find(names, type) != std::end(names);
 }
 
@@ -119,7 +119,8 @@ const std::map<std::string_view, CardBuilder::Handler>& CardBuilder::handlers() 
 }
 
 void CardBuilder::say(std::string_view property, const std::string& what) {
-    std::string message = std::string(property) + ": " + what;
+    std::string message(property);
+    if (!what.empty()) message.append(": ").append(what);
     if (said_.insert(message).second) contact_.unplaced.push_back(std::move(message));
 }
 
@@ -140,7 +141,7 @@ void CardBuilder::add(const ContentLine& line) {
                              handler->second == &CardBuilder::addPicture;
         if (handler->second != &CardBuilder::passOver) sayParameters(line, isTyped);
     } else if (const Text value = line.isBinary ? Text() : textOf(line); line.isBinary || !value.empty()) {
-        say(line.name, "no field for it" + (line.isBinary ? std::string() : ": " + shown(value)));
+        say(line.name, line.isBinary ? std::string() : shown(value));
     }
 }
 
@@ -183,7 +184,7 @@ void CardBuilder::addName(const ContentLine& line) {
     }
     constexpr std::size_t last = 0, first = 1, additional = 2, title = 3, suffix = 4, count = 5;
     for (std::size_t i = count; i < names.size(); ++i)
-        if (!names[i].empty()) say(line.name, "no field for " + shown(names[i]));
+        if (!names[i].empty()) say(line.name, shown(names[i]));
     names.resize(std::max(names.size(), count));
     put(HostField::lastName, names[last]);
     const bool both = !names[first].empty() && !names[additional].empty();
@@ -249,7 +250,7 @@ void CardBuilder::addTyped(const ContentLine& line) {
         equalsIgnoringCase(TextView(value).substr(0, scheme.size()), scheme)) {
         value.erase(0, scheme.size());
         if (const std::size_t more = value.find(u';'); more != Text::npos) {
-            say(line.name, "no field for " + shown(TextView(value).substr(more + 1)));
+            say(line.name, shown(TextView(value).substr(more + 1)));
             value.resize(more);
         }
     }
@@ -267,7 +268,7 @@ void CardBuilder::addAddress(const ContentLine& line) {
     if (parts[street].empty()) parts[street].swap(parts[addition]);
     for (std::size_t i = 0; i < parts.size(); ++i)
         if ((i < firstAddressPart || i >= firstAddressPart + addressParts) && !parts[i].empty())
-            say(line.name, std::string("no field for ") +
+            say(line.name, std::string() +
                                (i == postBox    ? "the post box "
                                 : i == addition ? "the addition "
                                                 : "") +
@@ -417,7 +418,7 @@ void CardBuilder::placeFormattedName() {
             if (!part.empty()) name.append(name.empty() ? u"" : u" ").append(part);
         put(HostField::formalName, name);
     } else if (formal.find(suffix_) == TextView::npos) {
-        say("N", "no field for " + shown(suffix_));
+        say("N", shown(suffix_));
     }
 }
 

@@ -147,8 +147,8 @@ TEST(Card, IsReadAsPhonesAndProgramsWriteIt) {
         {"pictures in addresses, elsewhere and damaged",
          four + "PHOTO:data:image/png;base64,iVBORw==\nPHOTO:http://x/"
                 "y.jpg\nLOGO;ENCODING=b:AAAA\nPHOTO;ENCODING=b:!!\nFN:A\n",
-         "formalName=A\npng:\x89PNG\n- PHOTO: the picture is not in the card: \"http://x/y.jpg\"\n- LOGO: no "
-         "field for it\n- PHOTO: its base64 is damaged\n"},
+         "formalName=A\npng:\x89PNG\n- PHOTO: the picture is not in the card: \"http://x/y.jpg\"\n- LOGO\n- "
+         "PHOTO: its base64 is damaged\n"},
         {"character sets",
          old + "N;CHARSET=ISO-8859-2:\xA3\xF3"
                "d\xBC;\nNOTE;CHARSET=windows-1251;ENCODING=QUOTED-PRINTABLE:=CF\nTITLE:\xE4\nORG;CHARSET=x-"
@@ -174,7 +174,7 @@ TEST(Card, IsReadAsPhonesAndProgramsWriteIt) {
          three +
              "ADR;TYPE=home:7;;Way 1\\, 2;Town;;1;DE\nADR:;Flat;Road;;;;\nADR;TYPE=WORK,X-A:;Court;;;;;\n",
          "homeStreet=Way 1, 2\nhomePostcode=1\nhomeTown=Town\nhomeCountry=DE\nworkStreet=Court\nstreet=Road\n"
-         "- ADR: no field for the post box \"7\"\n- ADR: no field for the addition \"Flat\"\n- ADR: "
+         "- ADR: the post box \"7\"\n- ADR: the addition \"Flat\"\n- ADR: "
          "TYPE=X-A\n"},
         {"groups, labels, parameters in quotation marks",
          three + "item1.TEL;TYPE=\"cell,voice\":1\nitem2.TEL:2\nitem2.X-ABLabel:_$!<Work>!$_\nitem3.URL;X-P="
@@ -182,14 +182,14 @@ TEST(Card, IsReadAsPhonesAndProgramsWriteIt) {
          "mobile=1\nworkPhone=2\nweb=http://x\n- URL: X-P=a;b:c\n- X-ABLABEL: \"Blog\"\n"},
         {"caret escapes and numbers as addresses",
          four + "TEL;VALUE=uri;PREF=2:tel:+1;ext=5\nTEL;PREF=1:+2\nEMAIL;LANGUAGE=^'de^':a@b\n",
-         "phone=+2\nemail=a@b\nphone2=+1\n- TEL: no field for \"ext=5\"\n- EMAIL: LANGUAGE=\"de\"\n"},
+         "phone=+2\nemail=a@b\nphone2=+1\n- TEL: \"ext=5\"\n- EMAIL: LANGUAGE=\"de\"\n"},
         {"lists", three + "CATEGORIES:a,b\\,c\nCATEGORIES:d;e\nNICKNAME:x,y\nNOTE:1\nNOTE:2\nNOTE:3\nUID:u\n",
          "categories=a\ncategories=b,c\ncategories=d\ncategories=e\nnickname=x, "
          "y\nnote=1\nnote2=2\nnote2=3\nuid=u\n"},
         {"what has no row",
          three + "TEL;TYPE=FAX,WORK:1\nEMAIL;TYPE=work:w\nEMAIL;TYPE=HOME:h\nX-JABBER:j\nGEO:\nREV:"
                  "2007\nnonsense\nX-JABBER:j\n",
-         "email=h\nfax=1\nemail2=w\n- X-JABBER: no field for it: \"j\"\n- line 9: no property: "
+         "email=h\nfax=1\nemail2=w\n- X-JABBER: \"j\"\n- line 9: no property: "
          "\"nonsense\"\n- EMAIL: TYPE=HOME of \"h\"\n- TEL: TYPE=WORK of \"1\"\n- EMAIL: TYPE=WORK of "
          "\"w\"\n"},
         {"a card in the card", old + "TEL:1\nAGENT:\nBEGIN:VCARD\nVERSION:2.1\nTEL:2\nEND:VCARD\nTEL:3\n",
@@ -227,7 +227,7 @@ TEST(CardFile, SaysWhereWhatCouldNotBeRead) {
          "lastName=Ä\n--\nlastName=Ä\n! f:1: what stands here is in no card\n! f:7: \"VCALENDAR\" is no "
          "card\n"},
         {"BEGIN:VCARD\nX-A:1\nEND:VCARD\n",
-         "! f:1: the card holds nothing that a phone can hold (X-A: no field for it: \"1\")\n"},
+         "! f:1: the card holds nothing that a phone can hold (X-A: \"1\")\n"},
         {"BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:Us\nEND:VCARD\n",
          "! f:1: a list of contacts (\"Us\"), and no contact\n"},
     };
