@@ -1,6 +1,7 @@
 #include "host/contacts/contact_changes.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/driver/result_messages.h"
 #include "host/output/command_output.h"
@@ -17,6 +18,8 @@ constexpr std::size_t mostRefusals = 3;
 constexpr const char* lossMessage =
     "stays as it is: the phone's software is too old to write its notes and categories back, which would be "
     "lost. --accept-losses writes it all the same.";
+
+constexpr const char* unreadMessage = "stays as it is: the phone did not hand it out again. Retry.";
 
 ContactContent gone(const ContactChange& change, const ContactContent& wanted) {
     return lacking(contentOf(change.before), wanted);
@@ -52,7 +55,11 @@ void ContactWriting::carryOut(std::vector<ContactChange>& changes) {
     for (ContactChange& change : changes)
         all.push_back(&change);
     writeAll(all);
-    if (committed_ != 0) check(changes);
+    if (committed_ == 0) return;
+    if (const std::vector<ContactChange*> again = check(all); !again.empty()) {
+        writeAll(again);
+        check(again);
+    }
 }
 
 // In halves as long as a half is refused as a whole.
@@ -88,21 +95,33 @@ bool ContactWriting::writeSession(Changes changes) {
     std::size_t inARow = 0;
     for (ContactChange* const change : changes) {
         endIfAsked();
+        if (taints_ >= mostRefusals && change->kind == ContactChange::Kind::change) {
+            change->failure = unreadMessage;
+            continue;
+        }
         if (inARow >= mostRefusals) {
             change->failure = last;
             continue;
         }
         const Long result = writeOne(*change);
+        if (std::exchange(isTainted_, false)) {
+            ++taints_;
+            drop();
+            std::vector<ContactChange*> left;
+            std::ranges::copy_if(changes, std::back_inserter(left), [](auto* one) { return one->isDone(); });
+            return left.empty() || writeSession(left);
+        }
         if (result >= 0) {
             inARow = 0;
             if (change->isDone()) written.push_back(change);
             continue;
         }
-        const Operation operation = change->kind == ContactChange::Kind::remove ? Operation::deleteContact
-                                                                                : Operation::writeContact;
+        const Operation operation =
+            change->kind == ContactChange::Kind::remove ? Operation::deleteContact : Operation::writeContact;
         change->failure = resultMessage(operation, result, titleOf(phone_), change->title);
         if (!isAttached())
-            giveUp("The connection to " + titleOf(phone_) + " was lost. Attach it again and repeat the command.");
+            giveUp("The connection to " + titleOf(phone_) +
+                   " was lost. Attach it again and repeat the command.");
         inARow = change->failure == last ? inARow + 1 : 1;
         last = change->failure;
     }
@@ -171,16 +190,14 @@ Long ContactWriting::writeOne(ContactChange& change) {
             default:
                 break;
         }
-        if (DraftWriter::losesValues(change.before, change.after)) {
-            const Long emptied = write(writer_.emptied(change.before, change.after), change, id);
-            if (emptied != 0 || !change.isDone()) return emptied;
-            const Long result = write(writer_.changed(change.before, change.after), change, id);
-            // Without its second half the first would take values away.
-            if (result != 0)
-                giveUp(resultMessage(Operation::writeContact, result, titleOf(phone_), change.title));
-            return result;
+        const Long result =
+            write(writer_.changed(change.before, change.after, change.isSecondTry), change, id);
+        // The driver writes a contact that it cannot read as a new one, which would have only what changes.
+        if (result == 0 && id != change.after.uid) {
+            change.failure = unreadMessage;
+            isTainted_ = true;
         }
-        return write(writer_.changed(change.before, change.after), change, id);
+        return result;
     } catch (const PictureNotWritten& failure) {
         change.failure = failure.why;
         return 0;
@@ -190,7 +207,8 @@ Long ContactWriting::writeOne(ContactChange& change) {
 bool ContactWriting::isAttached() const {
     std::vector<ListedPhone> attached;
     return phones_.driver().listPhones(attached) >= 0 &&
-           std::ranges::any_of(attached, [&](const ListedPhone& other) { return other.serial == phone_.serial; });
+           std::ranges::any_of(attached,
+                               [&](const ListedPhone& other) { return other.serial == phone_.serial; });
 }
 
 void ContactWriting::giveUp(const std::string& why) {
@@ -213,16 +231,16 @@ ContactWriting::Now ContactWriting::look() {
     }
     for (const std::string& message : book.missing)
         note("ovphone: " + message);
-    Now now{.isWhole = book.missing.empty(), .byUid = {}, .added = {}};
+    Now now{.isWhole = book.contacts.size() == book.listed, .byUid = {}, .added = {}};
     for (const Contact& contact : book.contacts) {
-        const auto place = now.byUid.emplace(contact.uid, contentOf(draftOf(contact, pictures_))).first;
-        if (!before_.contains(contact.uid)) now.added.emplace(place->second, contact.uid);
+        const auto place = now.byUid.emplace(contact.uid, draftOf(contact, pictures_)).first;
+        if (!before_.contains(contact.uid)) now.added.emplace(contentOf(place->second), contact.uid);
     }
     return now;
 }
 
 // A new contact whose uid was not told is known by what it holds.
-const ContactContent* ContactWriting::find(const ContactChange& change, Now& now) const {
+const ContactDraft* ContactWriting::find(const ContactChange& change, Now& now) const {
     const auto id = ids_.find(&change);
     auto there = now.byUid.find(id == ids_.end() ? change.after.uid : id->second);
     if (there == now.byUid.end() && change.kind == ContactChange::Kind::add) {
@@ -235,20 +253,30 @@ const ContactContent* ContactWriting::find(const ContactChange& change, Now& now
 }
 
 bool ContactWriting::hasArrived(const ContactChange& change, Now& now) const {
-    const ContactContent* const there = find(change, now);
+    const ContactDraft* const there = find(change, now);
     if (change.kind == ContactChange::Kind::remove) return !there;
-    return there && holdsAll(*there, contentOf(change.after));
+    return there && holdsAll(contentOf(*there), contentOf(change.after));
 }
 
-void ContactWriting::check(std::span<ContactChange> changes) {
+// Gives those that are to be tried in another way.
+std::vector<ContactChange*> ContactWriting::check(Changes changes) {
     Now now = look();
-    for (ContactChange& change : changes)
-        if (change.isDone()) checkOne(change, find(change, now));
-    if (!now.isWhole) throw CommandFailure{failed, whatIsWritten()};
+    std::vector<ContactChange*> again;
+    for (ContactChange* const change : changes) {
+        const bool wasSecondTry = change->isSecondTry;
+        if (change->isDone()) checkOne(*change, find(*change, now), now.isWhole);
+        if (change->isSecondTry && !wasSecondTry) again.push_back(change);
+    }
+    return again;
 }
 
-void ContactWriting::checkOne(ContactChange& change, const ContactContent* now) const {
+void ContactWriting::checkOne(ContactChange& change, const ContactDraft* now, bool isWhole) const {
     const std::string title = titleOf(phone_);
+    if (!now && !isWhole) {
+        change.failure = "It was written; whether " + title +
+                         " has it is not known, since not all of its contacts could be read.";
+        return;
+    }
     if (change.kind == ContactChange::Kind::remove) {
         if (now) change.failure = title + " still has it.";
         return;
@@ -257,19 +285,25 @@ void ContactWriting::checkOne(ContactChange& change, const ContactContent* now) 
         change.failure = "It was written, but " + title + " does not have it.";
         return;
     }
-    const ContactContent wanted = contentOf(change.after);
-    const ContactContent missing = lacking(wanted, *now);
+    const ContactContent wanted = contentOf(change.after), there = contentOf(*now);
+    const ContactContent missing = lacking(wanted, there);
     if (!missing.empty()) {
-        change.failure = title + " did not keep all of it; missing or different there: " + labelsOf(missing) + ".";
+        change.failure =
+            title + " did not keep all of it; missing or different there: " + labelsOf(missing) + ".";
         return;
     }
     ContactContent stayed;
     for (const auto& value : gone(change, wanted))
-        if (std::ranges::binary_search(*now, value)) stayed.push_back(value);
-    if (!stayed.empty())
-        change.failure = "The new values were written, but " + title +
-                         " also keeps the old ones, in fields that cannot be reached from here: " +
-                         labelsOf(stayed) + ".";
+        if (std::ranges::binary_search(there, value)) stayed.push_back(value);
+    if (stayed.empty()) return;
+    if (!change.isSecondTry) {
+        change.before = *now;
+        change.isSecondTry = true;
+        return;
+    }
+    change.failure = "The new values were written, but " + title +
+                     " also keeps old ones, in fields that cannot be changed from here: " + labelsOf(stayed) +
+                     ". To be rid of them, remove the contact and add it again.";
 }
 
 }  // namespace ovno2::host

@@ -2,8 +2,8 @@
 // then looked at on the phone.
 //
 // Nothing is called done that was not found on the phone afterwards. A phone that does not take a session as
-// a whole, because it runs full in the middle or refuses one of many, gets it in halves, so that all that fits
-// arrives and the rest is named.
+// a whole, because it runs full in the middle or refuses one of many, gets it in halves, so that all that
+// fits arrives and the rest is named.
 #pragma once
 
 #include <map>
@@ -25,6 +25,8 @@ struct ContactChange {
     ContactDraft after;   // as it is to be; its uid is the phone's own, empty for a new one
     // What went wrong, for people; empty = done. UTF-8.
     std::string failure = {};
+    // It was written, and values that were to go are still there: tried once more in another way.
+    bool isSecondTry = false;
 
     bool isDone() const { return failure.empty(); }
 };
@@ -58,14 +60,14 @@ class ContactWriting {
     // What the phone has now.
     struct Now {
         bool isWhole = true;
-        std::map<Text, ContactContent> byUid;
+        std::map<Text, ContactDraft> byUid;
         std::multimap<ContactContent, Text> added;  // uids of those that were not there at first
     };
     Now look();
-    const ContactContent* find(const ContactChange& change, Now& now) const;
+    const ContactDraft* find(const ContactChange& change, Now& now) const;
     bool hasArrived(const ContactChange& change, Now& now) const;
-    void check(std::span<ContactChange> changes);
-    void checkOne(ContactChange& change, const ContactContent* now) const;
+    std::vector<ContactChange*> check(Changes changes);
+    void checkOne(ContactChange& change, const ContactDraft* now, bool isWhole) const;
     std::string whatIsWritten() const;
 
     const AttachedPhones& phones_;
@@ -77,8 +79,10 @@ class ContactWriting {
     std::map<const ContactChange*, Text> ids_;  // of what this session has added: temporary, later for good
     std::size_t committed_ = 0;                 // changes that the phone has taken
     bool isCommitting_ = false;
-    std::string refusal_;        // of the last single contact that could not be committed
-    std::size_t refusals_ = 0;   // how often in a row
+    bool isTainted_ = false;  // the session holds what must not be committed
+    std::size_t taints_ = 0;
+    std::string refusal_;       // of the last single contact that could not be committed
+    std::size_t refusals_ = 0;  // how often in a row
     Interruption interruption_;
 };
 

@@ -13,8 +13,8 @@ namespace ovno2::host {
 
 namespace {
 
-constexpr Long numbers[] = {HostField::mobile,    HostField::phone, HostField::homePhone,
-                            HostField::workPhone, HostField::email};
+constexpr Long numbers[] = {HostField::mobile, HostField::phone, HostField::homePhone, HostField::workPhone,
+                            HostField::email};
 
 // A family's values come back from one row of several values when any of its rows holds several.
 const FieldRow& splittingRow(std::size_t row) {
@@ -44,7 +44,8 @@ ContactContent contentOf(const ContactDraft& contact) {
     const std::size_t rows = std::min(contact.values.size(), fieldRows().size());
     for (std::size_t i = 0; i < rows; ++i) {
         const FieldRow& row = fieldRows()[i];
-        if (row.code == HostField::other || row.code == HostField::picture || contact.values[i].empty()) continue;
+        if (row.code == HostField::other || row.code == HostField::picture || contact.values[i].empty())
+            continue;
         const FieldRow& splitting = splittingRow(i);
         for (const Text& value : contact.values[i])
             forEachPart(splitting, value, [&](TextView part) {
@@ -74,7 +75,8 @@ bool contradict(const ContactContent& a, const ContactContent& b) {
     for (const auto& [family, value] : a) {
         if (!isSingle(family) || family == rowOf(HostField::formalName)) continue;
         const auto other = std::ranges::lower_bound(b, family, {}, &ContactContent::value_type::first);
-        if (other != b.end() && other->first == family && !std::ranges::binary_search(b, std::pair(family, value)))
+        if (other != b.end() && other->first == family &&
+            !std::ranges::binary_search(b, std::pair(family, value)))
             return true;
     }
     return false;

@@ -38,7 +38,8 @@ class Matching {
         eachUnmatched([&](std::size_t card) { return withUid(card); });
         eachUnmatched([&](std::size_t card) { return equal(card); });
         eachUnmatched([&](std::size_t card) { return holding(card); });
-        eachUnmatched([&](std::size_t card) { return agreeing(card); });
+        eachUnmatched([&](std::size_t card) { return agreeing(card, /*byNumber=*/true); });
+        eachUnmatched([&](std::size_t card) { return agreeing(card, /*byNumber=*/false); });
         return std::move(matches_);
     }
 
@@ -80,10 +81,11 @@ class Matching {
         return match;
     }
     // A number without a name says nothing about who it is.
-    std::optional<ContactMatch> agreeing(std::size_t card) const {
+    std::optional<ContactMatch> agreeing(std::size_t card, bool byNumber) const {
         if (nameOf(cards_[card]).empty()) return std::nullopt;
         for (const std::size_t contact : named(card))
-            if (!taken_[contact] && !contradict(cardContents_[card], contents_[contact]))
+            if (!taken_[contact] && !contradict(cardContents_[card], contents_[contact]) &&
+                (!byNumber || shareNumber(cardContents_[card], contents_[contact])))
                 return ContactMatch{contact};
         return std::nullopt;
     }
@@ -131,9 +133,9 @@ class Merger {
         for (const std::size_t row : kind)
             count = std::max(count, result_.values[row].size());
         const bool completes = count == 1 && std::ranges::all_of(kind, [&](std::size_t row) {
-            const Text own = partOf(result_, row, 0), wanted = partOf(card_, row, n);
-            return own.empty() || wanted.empty() || own == wanted;
-        });
+                                   const Text own = partOf(result_, row, 0), wanted = partOf(card_, row, n);
+                                   return own.empty() || wanted.empty() || own == wanted;
+                               });
         for (const std::size_t row : kind) {
             std::vector<Text>& own = result_.values[row];
             const Text wanted = partOf(card_, row, n);

@@ -11,13 +11,14 @@
 namespace ovno2::host {
 
 struct ContactMatch {
-    std::size_t contact;     // of the phone's
-    bool isByUid = false;    // an earlier export says so, and name or number agree
+    std::size_t contact;   // of the phone's
+    bool isByUid = false;  // an earlier export says so, and name or number agree
 };
 
 // One entry a card: the contact of the phone that it is, none for a new one. A contact is the card's when
 // their uids are equal and a name or number agrees; else when it holds all that the card says under the same
-// name; else when it has the same name and nothing that contradicts. Two cards get one contact only when it
+// name; else when it has the same name and nothing that contradicts, a common number
+// first. Two cards get one contact only when it
 // holds all that both say.
 std::vector<std::optional<ContactMatch>> matchContacts(std::span<const ContactDraft> cards,
                                                        std::span<const ContactDraft> contacts);

@@ -27,7 +27,8 @@ Column columnOf(const std::string& heading) {
     if (const std::size_t place = name.rfind(countMark); place != std::string::npos) {
         int number = 0;
         const char* const end = name.data() + name.size();
-        if (std::from_chars(name.data() + place + 1, end, number).ptr == end && number > 0) name.resize(place);
+        if (std::from_chars(name.data() + place + 1, end, number).ptr == end && number > 0)
+            name.resize(place);
     }
     Column column{heading, rowNamed(name), heading == uidHeading};
     if (column.row && fieldRows()[*column.row].code == HostField::picture) column.row.reset();
@@ -57,7 +58,7 @@ CsvContacts readCsvContacts(std::string_view bytes, std::string_view file) {
     bool isAnyKnown = false;
     for (const std::string& heading : values) {
         columns.push_back(columnOf(heading));
-        isAnyKnown |= columns.back().row.has_value();
+        isAnyKnown |= columns.back().row.has_value() || columns.back().isUid;
     }
     if (!isAnyKnown) {
         problem("none of the headings is a field's, such as \"firstName\" or \"mobile\".");
@@ -110,7 +111,8 @@ std::string writeCsvContacts(std::span<const ContactDraft> contacts) {
         values.clear();
         for (std::size_t row = 0; row < counts.size(); ++row)
             for (std::size_t n = 0; n < counts[row]; ++n)
-                values.push_back(n < contact.values[row].size() ? toUtf8(contact.values[row][n]) : std::string());
+                values.push_back(n < contact.values[row].size() ? toUtf8(contact.values[row][n])
+                                                                : std::string());
         values.push_back(toUtf8(contact.uid));
         addCsvRecord(text, values);
     }

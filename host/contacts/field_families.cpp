@@ -9,13 +9,17 @@ namespace {
 
 using namespace HostField;
 
-constexpr Long pairs[][2] = {{mobile, mobile2}, {phone, phone2}, {homePhone, homePhone2},
-                             {workPhone, workPhone2}, {fax, fax2}, {email, email2},
-                             {web, web2}, {note, note2}};
-constexpr Long addresses[][addressParts] = {
-    {homeStreet, homePostcode, homeTown, homeState, homeCountry},
-    {workStreet, workPostcode, workTown, workState, workCountry},
-    {street, postcode, town, state, country}};
+constexpr Long pairs[][2] = {{mobile, mobile2},
+                             {phone, phone2},
+                             {homePhone, homePhone2},
+                             {workPhone, workPhone2},
+                             {fax, fax2},
+                             {email, email2},
+                             {web, web2},
+                             {note, note2}};
+constexpr Long addresses[][addressParts] = {{homeStreet, homePostcode, homeTown, homeState, homeCountry},
+                                            {workStreet, workPostcode, workTown, workState, workCountry},
+                                            {street, postcode, town, state, country}};
 constexpr Long singles[] = {firstName, lastName, formalName, nickname, title, company, jobTitle, birthday};
 
 struct Families {

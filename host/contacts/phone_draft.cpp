@@ -37,7 +37,8 @@ Text entryOf(const FieldRow& row, const Text& value) {
 Text categoriesOf(const std::vector<Text>& values, std::size_t count) {
     Text entry;
     for (std::size_t i = 0; i < std::max(values.size(), count); ++i)
-        entry.append(i == 0 ? u"" : u";").append(i < values.size() ? entryOf(fieldRows()[0], values[i]) : Text());
+        entry.append(i == 0 ? u"" : u";")
+            .append(i < values.size() ? entryOf(fieldRows()[0], values[i]) : Text());
     return entry;
 }
 
@@ -61,26 +62,11 @@ bool differTogether(const ContactDraft& before, const ContactDraft& after, std::
                                [&](std::size_t one) { return before.values[one] != after.values[one]; });
 }
 
-std::size_t countTogether(const ContactDraft& contact, std::size_t row) {
-    std::size_t count = 0;
+std::vector<Text> valuesTogether(const ContactDraft& contact, std::size_t row) {
+    std::vector<Text> values;
     for (const std::size_t one : writtenTogether(row))
-        count += contact.values[one].size();
-    return count;
-}
-
-// Numbers and the like of which one goes away, and which a phone may hold in several fields.
-bool losesValue(const ContactDraft& before, const ContactDraft& after, std::size_t row) {
-    if (writtenTogether(row).size() == 1 || isAddress(row) || !differTogether(before, after, row)) return false;
-    std::vector<Text> left;
-    for (const std::size_t one : writtenTogether(row))
-        std::ranges::copy(after.values[one], std::back_inserter(left));
-    for (const std::size_t one : writtenTogether(row))
-        for (const Text& value : before.values[one]) {
-            const auto still = std::ranges::find(left, value);
-            if (still == left.end()) return true;
-            left.erase(still);
-        }
-    return false;
+        std::ranges::copy(contact.values[one], std::back_inserter(values));
+    return values;
 }
 
 // The values of a row, `count` of them at least: empty ones empty what the phone has there.
@@ -128,7 +114,8 @@ ContactDraft draftOf(const Contact& contact, const PictureFolder& pictures) {
     return draft;
 }
 
-DraftWriter::DraftWriter(const std::string& folder) : picture_(console::pathOf(folder) / "picture-for-phone") {}
+DraftWriter::DraftWriter(const std::string& folder)
+    : picture_(console::pathOf(folder) / "picture-for-phone") {}
 
 DraftWriter::~DraftWriter() {
     std::error_code ignored;
@@ -171,48 +158,33 @@ WrittenContact DraftWriter::added(const ContactDraft& contact) {
     for (std::size_t i = 0; i < fieldRows().size(); ++i) {
         const FieldRow& row = fieldRows()[i];
         const std::size_t fewest = isAddress(i) ? addressCount(contact, i) : 0;
-        if (isWritten(row)) addRow(rows, i, contact.values[i], isAlwaysWritten(row) ? std::max<std::size_t>(fewest, 1) : fewest);
+        if (isWritten(row))
+            addRow(rows, i, contact.values[i],
+                   isAlwaysWritten(row) ? std::max<std::size_t>(fewest, 1) : fewest);
     }
     if (!contact.pictures.empty()) rows.emplace_back(HostField::picture, pathOfPicture(contact));
     return finished(rows);
 }
 
-WrittenContact DraftWriter::changed(const ContactDraft& before, const ContactDraft& after) {
+WrittenContact DraftWriter::changed(const ContactDraft& before, const ContactDraft& after, bool gathers) {
     Rows rows;
     for (std::size_t i = 0; i < fieldRows().size(); ++i) {
         const FieldRow& row = fieldRows()[i];
         const bool differs = differTogether(before, after, i);
         if (!isWritten(row) || (!differs && !isAlwaysWritten(row))) continue;
-        std::size_t fewest = isAlwaysWritten(row) ? 1 : 0;
-        if (differs && isAddress(i))
+        std::size_t fewest = std::max<std::size_t>(before.values[i].size(), isAlwaysWritten(row) ? 1 : 0);
+        std::vector<Text> values = after.values[i];
+        if (differs && isAddress(i)) {
             fewest = std::max(addressCount(before, i), addressCount(after, i));
-        else if (writtenTogether(i).size() == 1)
-            fewest = std::max(fewest, before.values[i].size());
-        addRow(rows, i, after.values[i], fewest);
+        } else if (differs && gathers && writtenTogether(i).size() > 1) {
+            fewest = valuesTogether(before, i).size();
+            values = i == writtenTogether(i).front() ? valuesTogether(after, i) : std::vector<Text>();
+        }
+        addRow(rows, i, values, fewest);
     }
-    const bool pictureStays = before.pictures.size() == after.pictures.size() &&
-                              std::ranges::equal(before.pictures, after.pictures, {},
-                                                 &ContactDraft::Picture::bytes, &ContactDraft::Picture::bytes);
+    const bool pictureStays = std::ranges::equal(
+        before.pictures, after.pictures, {}, &ContactDraft::Picture::bytes, &ContactDraft::Picture::bytes);
     if (!pictureStays) rows.emplace_back(HostField::picture, pathOfPicture(after));
-    return finished(rows);
-}
-
-bool DraftWriter::losesValues(const ContactDraft& before, const ContactDraft& after) {
-    for (std::size_t i = 0; i < fieldRows().size(); ++i)
-        if (isWritten(fieldRows()[i]) && losesValue(before, after, i)) return true;
-    return false;
-}
-
-WrittenContact DraftWriter::emptied(const ContactDraft& before, const ContactDraft& after) {
-    Rows rows;
-    for (std::size_t i = 0; i < fieldRows().size(); ++i) {
-        const FieldRow& row = fieldRows()[i];
-        if (!isWritten(row)) continue;
-        if (losesValue(before, after, i))
-            addRow(rows, i, {}, countTogether(before, i));
-        else if (isAlwaysWritten(row))
-            addRow(rows, i, before.values[i], 1);
-    }
     return finished(rows);
 }
 

@@ -36,12 +36,9 @@ class DraftWriter {
 
     // Each of these throws PictureNotWritten.
     WrittenContact added(const ContactDraft& contact);
-    WrittenContact changed(const ContactDraft& before, const ContactDraft& after);
-    // Empties the rows that lose a value, to be written before the change itself: the phone's fields stand in
-    // an order of their own, and a value that is gone could not be told from its neighbour.
-    WrittenContact emptied(const ContactDraft& before, const ContactDraft& after);
-    // Whether a change needs that.
-    static bool losesValues(const ContactDraft& before, const ContactDraft& after);
+    // `gathers`: values of rows that share the phone's fields (mobile, mobile 2) all go into the first of
+    // these. A phone may hold a value in a field that the other row does not reach.
+    WrittenContact changed(const ContactDraft& before, const ContactDraft& after, bool gathers = false);
 
   private:
     using Rows = std::vector<std::pair<Long, Text>>;  // code and value

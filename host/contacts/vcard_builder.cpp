@@ -12,8 +12,10 @@ namespace {
 
 Text textOf(const ContentLine& line, std::string_view value) {
     // What is text though it came in base64.
-    if (line.isBinary) return trimBlanks(fromUnknownCharset(value));
-    return trimBlanks(fromUtf8(unescaped(line, value)));
+    if (line.isBinary)
+        return trimBlanks(replaceAll(replaceAll(fromUnknownCharset(value), u"\r\n", u"\n"), u"\r", u"\n"));
+    Text text = trimBlanks(fromUtf8(unescaped(line, value)));
+    return line.parameter(breakParameter).empty() ? text : replaceAll(text, u"\n", u"\r\n");
 }
 
 Text textOf(const ContentLine& line) {
@@ -35,8 +37,8 @@ std::string shown(TextView value) {
 
 // Types that say no more than the property does.
 bool saysNothing(const std::string& type) {
-    constexpr std::string_view names[] = {"PREF",   "VOICE", "INTERNET", "OTHER", "TEXT",    "MSG",
-                                          "POSTAL", "INTL",  "PARCEL",   "DOM",   "HOMEPAGE"};
+    constexpr std::string_view names[] = {"PREF", "VOICE",  "IPHONE", "INTERNET", "OTHER", "TEXT",
+                                          "MSG",  "POSTAL", "INTL",   "PARCEL",   "DOM",   "HOMEPAGE"};
     return std::ranges::find(names, type) != std::end(names);
 }
 
@@ -117,7 +119,8 @@ const std::map<std::string_view, CardBuilder::Handler>& CardBuilder::handlers() 
 }
 
 void CardBuilder::say(std::string_view property, const std::string& what) {
-    std::string message = std::string(property) + ": " + what;
+    std::string message(property);
+    if (!what.empty()) message.append(": ").append(what);
     if (said_.insert(message).second) contact_.unplaced.push_back(std::move(message));
 }
 
@@ -138,14 +141,14 @@ void CardBuilder::add(const ContentLine& line) {
                              handler->second == &CardBuilder::addPicture;
         if (handler->second != &CardBuilder::passOver) sayParameters(line, isTyped);
     } else if (const Text value = line.isBinary ? Text() : textOf(line); line.isBinary || !value.empty()) {
-        say(line.name, "no field for it" + (line.isBinary ? std::string() : ": " + shown(value)));
+        say(line.name, line.isBinary ? std::string() : shown(value));
     }
 }
 
 // Those that no row can hold.
 void CardBuilder::sayParameters(const ContentLine& line, bool usesTypes) {
-    constexpr std::string_view used[] = {"VALUE",     "PREF", "PID", "MEDIATYPE", "X-APPLE-OMIT-YEAR",
-                                         rowParameter};
+    constexpr std::string_view used[] = {"VALUE",        "PREF",      "PID", "MEDIATYPE", "X-APPLE-OMIT-YEAR",
+                                         breakParameter, rowParameter};
     for (const LineParameter& parameter : line.parameters) {
         const bool isUsed = parameter.name == "TYPE"
                                 ? usesTypes || saysNothing(uppercased(parameter.value))
@@ -181,7 +184,7 @@ void CardBuilder::addName(const ContentLine& line) {
     }
     constexpr std::size_t last = 0, first = 1, additional = 2, title = 3, suffix = 4, count = 5;
     for (std::size_t i = count; i < names.size(); ++i)
-        if (!names[i].empty()) say(line.name, "no field for " + shown(names[i]));
+        if (!names[i].empty()) say(line.name, shown(names[i]));
     names.resize(std::max(names.size(), count));
     put(HostField::lastName, names[last]);
     const bool both = !names[first].empty() && !names[additional].empty();
@@ -229,10 +232,11 @@ CardBuilder::Typed CardBuilder::typedOf(const ContentLine& line) const {
         if (parameter.name == "PREF")
             typed.rank = std::clamp(numericLong(fromUtf8(parameter.value)), 0, noRank);
         if (parameter.name == rowParameter) {
-            const auto rows = fieldRows();
-            const auto row = std::ranges::find(rows, std::string_view(parameter.value), &FieldRow::key);
-            if (row != rows.end() && row->code != HostField::picture)
-                typed.row = static_cast<std::size_t>(row - rows.begin());
+            for (const CardKind& kind : cardKinds)
+                for (const Long code : {kind.first, kind.second})
+                    if (kind.property == line.name && code != HostField::none &&
+                        fieldRows()[rowOf(code)].key == parameter.value)
+                        typed.row = code;
         }
     }
     if (typed.types.contains("PREF")) typed.rank = 0;
@@ -241,10 +245,12 @@ CardBuilder::Typed CardBuilder::typedOf(const ContentLine& line) const {
 
 void CardBuilder::addTyped(const ContentLine& line) {
     Text value = textOf(line);
-    if (line.name == "TEL" && containsIgnoringCase(TextView(value).substr(0, 4), u"tel:")) {
-        value.erase(0, 4);
+    constexpr TextView scheme = u"tel:";
+    if (line.name == "TEL" && line.parameter("VALUE") != "text" &&
+        equalsIgnoringCase(TextView(value).substr(0, scheme.size()), scheme)) {
+        value.erase(0, scheme.size());
         if (const std::size_t more = value.find(u';'); more != Text::npos) {
-            say(line.name, "no field for " + shown(TextView(value).substr(more + 1)));
+            say(line.name, shown(TextView(value).substr(more + 1)));
             value.resize(more);
         }
     }
@@ -262,7 +268,7 @@ void CardBuilder::addAddress(const ContentLine& line) {
     if (parts[street].empty()) parts[street].swap(parts[addition]);
     for (std::size_t i = 0; i < parts.size(); ++i)
         if ((i < firstAddressPart || i >= firstAddressPart + addressParts) && !parts[i].empty())
-            say(line.name, std::string("no field for ") +
+            say(line.name, std::string() +
                                (i == postBox    ? "the post box "
                                 : i == addition ? "the addition "
                                                 : "") +
@@ -304,7 +310,7 @@ void CardBuilder::addPicture(const ContentLine& line) {
     }
     const std::string value = unescaped(line, line.value);
     const std::size_t mark = value.find(encoding);
-    if (!containsIgnoringCase(fromUtf8(value.substr(0, data.size())), u"data:") || mark == std::string::npos)
+    if (!equalsIgnoringCase(fromUtf8(value.substr(0, data.size())), u"data:") || mark == std::string::npos)
         return say(line.name, "the picture is not in the card: " + shown(fromUtf8(value)));
     bool whole = true;
     std::string bytes = fromBase64(std::string_view(value).substr(mark + encoding.size()), whole);
@@ -384,7 +390,7 @@ void CardBuilder::placeTyped(Typed& typed) {
         if (type != kind && !saysNothing(type)) say(typed.property, "TYPE=" + type + " of " + shown(value));
     Long code = rows->first;
     if (rows->second != HostField::none && !contact_.values[rowOf(code)].empty()) code = rows->second;
-    if (typed.row) code = fieldRows()[*typed.row].code;
+    code = typed.row.value_or(code);
     putOrSay(typed.property, code, value);
 }
 
@@ -412,7 +418,7 @@ void CardBuilder::placeFormattedName() {
             if (!part.empty()) name.append(name.empty() ? u"" : u" ").append(part);
         put(HostField::formalName, name);
     } else if (formal.find(suffix_) == TextView::npos) {
-        say("N", "no field for " + shown(suffix_));
+        say("N", shown(suffix_));
     }
 }
 
@@ -425,10 +431,10 @@ std::string CardBuilder::finish() {
     });
     for (Typed& typed : typed_)
         placeTyped(typed);
+    const std::vector<Text>& jobs = contact_.values[rowOf(HostField::jobTitle)];
+    std::set<Text> known(jobs.begin(), jobs.end());
     for (const Text& role : roles_)
-        if (std::ranges::find(contact_.values[rowOf(HostField::jobTitle)], role) ==
-            contact_.values[rowOf(HostField::jobTitle)].end())
-            put(HostField::jobTitle, role);
+        if (known.insert(role).second) put(HostField::jobTitle, role);
     placeFormattedName();
     if (contact_.uid.empty()) contact_.uid = phoneUid_;
     const bool isEmpty =

@@ -33,8 +33,8 @@ class CardBuilder {
         std::string property, group;
         std::vector<Text> parts;  // one; of an address five
         std::set<std::string> types;
-        int rank = 0;  // the preferred ones come first
-        std::optional<std::size_t> row;
+        int rank = 0;             // the preferred ones come first
+        std::optional<Long> row;  // the host code of the row that the card names
         bool isWork() const { return types.contains("WORK"); }
     };
 

@@ -34,7 +34,8 @@ Text cardName(const ContactDraft& contact) {
         if (const TextView name = firstValue(contact, code); !name.empty()) return Text(name);
     for (std::size_t row = 0; row < contact.values.size(); ++row)
         if (!contact.values[row].empty() && fieldRows()[row].code != HostField::formalName)
-            return contact.values[row].front();
+            return trimBlanks(TextView(contact.values[row].front())
+                                  .substr(0, contact.values[row].front().find_first_of(u"\r\n")));
     return {};
 }
 

@@ -10,6 +10,8 @@ namespace ovno2::host {
 
 // A parameter that names the row of a value which its property alone would bring to another row.
 inline constexpr std::string_view rowParameter = "X-OVPHONE-ROW";
+// "CRLF" where the lines of a value end in CR LF, as some phones have it; without it they end in LF.
+inline constexpr std::string_view breakParameter = "X-OVPHONE-BREAK";
 // Rows without a property of their own, and birthdays that are no single date.
 inline constexpr std::string_view otherProperty = "X-OVPHONE-OTHER";
 inline constexpr std::string_view birthdayProperty = "X-OVPHONE-BIRTHDAY";
@@ -58,7 +60,8 @@ inline constexpr AddressKind addressKinds[] = {
 // The single value of a row, or the first of several; empty = none.
 TextView firstValue(const ContactDraft& contact, Long code);
 
-// What a card calls a contact without a formal name: first and last name, else anything that it has.
+// What a card calls a contact without a formal name: first and last name, else the first line of anything
+// that it has.
 Text cardName(const ContactDraft& contact);
 
 // Whether a card's formatted name tells more than the contact's other values do.

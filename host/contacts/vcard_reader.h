@@ -1,8 +1,8 @@
 // Address cards (vCard 2.1, 3.0 and 4.0) as contacts.
 //
 // docs/contacts.md, "Cards", says which property goes to which row. A card is read as far as it goes: what it
-// has and no row can hold is named in the contact's `unplaced`, as "NAME: why". Nothing throws, whatever the
-// bytes are.
+// has and no row can hold is named in the contact's `unplaced`: the property's name, with its value,
+// parameter or what is wrong behind ": ". Nothing throws, whatever the bytes are.
 #pragma once
 
 #include <string>

@@ -45,7 +45,14 @@ class CardWriter {
     const std::vector<Text>& rowValues(Long code) const { return contact_.values[rowOf(code)]; }
 
     void write(const std::string& head, const Text& value, ValueKind kind = ValueKind::text) {
-        lines_.line(head, lines_.escaped(toUtf8(value), kind));
+        lines_.line(head + breakMark(value), lines_.escaped(toUtf8(value), kind));
+    }
+
+    // Says so when all lines of a value end in CR LF.
+    static std::string breakMark(const Text& value) {
+        if (value.find(u'\r') == Text::npos) return {};
+        const bool isMixed = replaceAll(value, u"\r\n", u"").find_first_of(u"\r\n") != Text::npos;
+        return isMixed ? std::string() : ";" + std::string(breakParameter) + "=CRLF";
     }
 
     std::string part(Long code) const {
@@ -54,9 +61,12 @@ class CardWriter {
 
     void writeList(std::string_view head, Long code, std::string_view separator, ValueKind kind) {
         std::string list;
-        for (const Text& value : rowValues(code))
+        Text all;
+        for (const Text& value : rowValues(code)) {
             list.append(list.empty() ? "" : separator).append(lines_.escaped(toUtf8(value), kind));
-        if (!list.empty()) lines_.line(head, list);
+            all.append(value);
+        }
+        if (!list.empty()) lines_.line(std::string(head) + breakMark(all), list);
     }
 
     static std::string rowMark(Long code) {
@@ -77,8 +87,11 @@ class CardWriter {
     }
 
     void writeNames() {
-        lines_.line("N", part(HostField::lastName) + ";" + part(HostField::firstName) + ";;" +
-                             part(HostField::title) + ";");
+        Text all;
+        for (const Long code : {HostField::lastName, HostField::firstName, HostField::title})
+            all.append(firstValue(contact_, code));
+        lines_.line("N" + breakMark(all), part(HostField::lastName) + ";" + part(HostField::firstName) +
+                                              ";;" + part(HostField::title) + ";");
         const Text formal(firstValue(contact_, HostField::formalName));
         const bool isMarked = !formal.empty() && !saysMoreThanName(formal, contact_);
         write(isMarked ? "FN" + rowMark(HostField::formalName) : "FN",
@@ -92,14 +105,18 @@ class CardWriter {
     void writeKind(const CardKind& kind) {
         const bool hasUsualType = kind.type.empty() && version_ != CardVersion::v40;
         const std::string head = typed(kind.property, hasUsualType ? kind.usualType : kind.type);
-        const ValueKind value = kind.property == "URL" ? ValueKind::uri : ValueKind::text;
+        const ValueKind valueKind = kind.property == "URL" ? ValueKind::uri : ValueKind::text;
+        const auto writeOne = [&](const Text& value, std::string mark) {
+            // A number that looks like an address, and is none.
+            if (kind.property == "TEL" && value.find(u':') != Text::npos) mark += ";VALUE=text";
+            write(head + mark, value, valueKind);
+        };
         const std::vector<Text>& first = rowValues(kind.first);
         for (std::size_t i = 0; i < first.size(); ++i)
-            write(i == 0 || kind.second == HostField::none ? head : head + rowMark(kind.first), first[i],
-                  value);
+            writeOne(first[i], i == 0 || kind.second == HostField::none ? "" : rowMark(kind.first));
         if (kind.second == HostField::none) return;
         for (const Text& further : rowValues(kind.second))
-            write(first.empty() ? head + rowMark(kind.second) : head, further, value);
+            writeOne(further, first.empty() ? rowMark(kind.second) : "");
     }
 
     void writeAddresses(const AddressKind& kind) {
@@ -108,12 +125,14 @@ class CardWriter {
             count = std::max(count, rowValues(code).size());
         for (std::size_t i = 0; i < count; ++i) {
             std::string value(firstAddressPart, ';');
+            Text all;
             for (const Long& code : kind.rows) {
                 if (&code != kind.rows) value.push_back(';');
-                if (i < rowValues(code).size())
-                    value.append(lines_.escaped(toUtf8(rowValues(code)[i]), ValueKind::part));
+                if (i >= rowValues(code).size()) continue;
+                value.append(lines_.escaped(toUtf8(rowValues(code)[i]), ValueKind::part));
+                all.append(rowValues(code)[i]);
             }
-            lines_.line(typed("ADR", kind.type), value);
+            lines_.line(typed("ADR", kind.type) + breakMark(all), value);
         }
     }
 
@@ -141,7 +160,7 @@ class CardWriter {
         std::ranges::transform(kind, std::back_inserter(upper), [](char c) {
             return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
         });
-        lines_.binary(upper.empty() ? "PHOTO" : "PHOTO;TYPE=" + upper, picture.bytes);
+        lines_.binary("PHOTO", upper.empty() ? upper : ";TYPE=" + upper, picture.bytes);
     }
 
     void writeUid() {

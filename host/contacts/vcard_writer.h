@@ -1,5 +1,5 @@
 // Contacts as address cards. What is written reads back as the same contact (vcard_reader.h), apart from
-// `unplaced` and from which characters end a line inside a value.
+// `unplaced` and from lines inside a value that end in several ways.
 #pragma once
 
 #include <optional>

@@ -18,6 +18,9 @@ constexpr std::uint32_t step(Long number) {
     return static_cast<std::uint32_t>(number);
 }
 
+constexpr const char* connectionLost =
+    "The connection to % was lost. Check the cable or the reception and retry.";
+
 // Numbers of a step mean what the operation says; library statuses mean the same everywhere.
 constexpr ResultMessage messages[] = {
     {Operation::listPhones, step(-1),
@@ -75,14 +78,16 @@ constexpr ResultMessage messages[] = {
      "% is no longer attached, or let nobody read its notes. Check the cable or the Bluetooth connection and "
      "retry."},
     {Operation::readNotes, step(-3),
-     "% has no notes that can be read, or refused the connection to them. Accept the connection on the phone, "
+     "% has no notes that can be read, or refused the connection to them. Accept the connection on the "
+     "phone, "
      "and see that it is switched on, not locked and in reach; then retry."},
     {Operation::readNotes, step(-4), "% did not tell its folders of notes. Retry."},
     {Operation::writeMessages, step(-1),
      "% did not take the change, or the part of the connectivity software for it could not be started."},
     {Operation::writeMessages, step(-2), "% is no longer attached. Attach it again and retry."},
     {Operation::writeMessages, step(-3),
-     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked and "
+     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked "
+     "and "
      "in reach; then retry."},
     {Operation::writeMessages, step(-4), "% did not begin the change. Retry."},
     {Operation::writeMessages, step(-5), "% did not list what it has. Retry."},
@@ -115,6 +120,9 @@ constexpr ResultMessage messages[] = {
      "does not take."},
     {Operation::deleteFolder, step(-1), "% did not find the folder above $ any more."},
     {Operation::deleteFolder, step(-2), "% did not delete $. It may be read-only or in use."},
+    {Operation::writeContact, 0x80200006, connectionLost},
+    {Operation::deleteContact, 0x80200006, connectionLost},
+    {Operation::endContacts, 0x80200006, connectionLost},
     {{}, 0x80100004, "The connection to % was closed. Attach the phone again and retry."},
     {{},
      0x80100014,

@@ -24,17 +24,14 @@ bool isPlain(std::string_view text) {
     return true;
 }
 
-// One character. At an edge of a line a blank would be lost or taken for a fold, and readers take a line that
-// begins with "END:" for the component's end.
-std::string quoted(std::string_view character, bool atEdge) {
+// One character; those in `hidden` are harmless elsewhere.
+std::string quoted(std::string_view character, std::string_view hidden) {
     constexpr std::string_view digits = "0123456789ABCDEF";
-    constexpr std::string_view hiddenAtEdge = " BbEe";
     std::string text;
     for (const char c : character) {
-        const bool isHidden = c == '=' || (atEdge && hiddenAtEdge.find(c) != std::string_view::npos);
         if (c == '\n') {
             text.append("=0D=0A");
-        } else if (c >= ' ' && c <= '~' && !isHidden) {
+        } else if (c >= ' ' && c <= '~' && c != '=' && hidden.find(c) == std::string_view::npos) {
             text.push_back(c);
         } else {
             const auto byte = static_cast<unsigned char>(c);
@@ -78,26 +75,28 @@ void ContentLineWriter::quotedPrintable(std::string_view head, std::string_view 
         text_.append(";CHARSET=UTF-8");
     text_.append(";ENCODING=QUOTED-PRINTABLE:");
     std::size_t used = text_.size() - start;
+    // A blank at a line's end would be lost, one at its start taken for a fold; readers take a line that
+    // begins with "BEGIN:" or "END:" for the edge of a component.
+    constexpr std::string_view hiddenAtEnd = " ", hiddenAtStart = " BbEe";
     for (std::size_t place = 0; place < value.size();) {
-        const std::size_t length = characterLength(value, place);
-        const bool isLast = place + length == value.size();
-        std::string unit = quoted(value.substr(place, length), isLast);
-        if (used + unit.size() > longestLine) {
+        const std::string_view character = value.substr(place, characterLength(value, place));
+        place += character.size();
+        std::string unit = quoted(character, place == value.size() ? hiddenAtEnd : "");
+        if (used + unit.size() >= longestLine) {
             text_.append("=").append(lineEnd);
             used = 0;
-            unit = quoted(value.substr(place, length), /*atEdge=*/true);
+            unit = quoted(character, hiddenAtStart);
         }
         text_.append(unit);
         used += unit.size();
-        place += length;
     }
     text_.append(lineEnd);
 }
 
-void ContentLineWriter::binary(std::string_view head, std::string_view bytes) {
-    std::string whole(head);
-    whole.append(form_ == LineForm::old ? ";ENCODING=BASE64:" : ";ENCODING=b:").append(toBase64(bytes));
-    folded(whole);
+void ContentLineWriter::binary(std::string_view name, std::string_view parameters, std::string_view bytes) {
+    std::string whole(name);
+    whole.append(form_ == LineForm::old ? ";ENCODING=BASE64" : ";ENCODING=b").append(parameters);
+    folded(whole.append(":").append(toBase64(bytes)));
     if (form_ == LineForm::old) text_.append(lineEnd);
 }
 

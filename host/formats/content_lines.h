@@ -98,8 +98,9 @@ class ContentLineWriter {
 
     // `head` is the name with its parameters ("TEL;TYPE=CELL"), `value` is escaped already; UTF-8.
     void line(std::string_view head, std::string_view value);
-    // In base64: in the old form over several lines with an empty one behind them.
-    void binary(std::string_view head, std::string_view bytes);
+    // In base64: in the old form over several lines with an empty one behind them. `parameters` begins with
+    // ";" or is empty.
+    void binary(std::string_view name, std::string_view parameters, std::string_view bytes);
 
     // Every sort of line end becomes the form's one.
     std::string escaped(std::string_view value, ValueKind kind) const;

@@ -23,7 +23,9 @@ class CsvReader {
     bool isUnclosed() const { return isUnclosed_; }
 
   private:
-    bool atLineEnd() const { return place_ == file_.size() || file_[place_] == '\n' || file_[place_] == '\r'; }
+    bool atLineEnd() const {
+        return place_ == file_.size() || file_[place_] == '\n' || file_[place_] == '\r';
+    }
     void passLineEnd();
     std::string value();
 

@@ -82,8 +82,10 @@ Level copyLevel(Address pointer, std::size_t count, Long recordSize) {
     return level;
 }
 
-// Renames the folder, or deletes it when `newName` is empty.
-Long changeFolder(Handle connection, RecordBytes record, const Text& newName) {
+// One change to the folders in an operation of its own, committed. `change` gets the operation and `newName`
+// in the library's memory, null when that is empty; `tag` goes before its marker in the log.
+template <class Change>
+Long changeFolders(Handle connection, const Text& newName, TextView tag, Change&& change) {
     DebugWrite(u"GetSubfolders", 10);
     Handle operation = 0;
     Long status = library::CABeginOperation.tried(connection, /*zero=*/0, &operation).status;
@@ -98,9 +100,8 @@ Long changeFolder(Handle connection, RecordBytes record, const Text& newName) {
                 return noMemoryForName;
             }
         }
-        DebugWrite(u"GetSubfolders", 11);
-        status = name ? library::CARenameFolder.tried(operation, record.bytes.data(), name->get()).status
-                      : library::CADeleteFolder.tried(operation, record.bytes.data()).status;
+        DebugWrite(tag, 11);
+        status = change(operation, name ? name->get() : nullptr).status;
     }
     DebugLine(u"CARenameFolder:", hex{status});
     if (status == 0) {
@@ -112,9 +113,17 @@ Long changeFolder(Handle connection, RecordBytes record, const Text& newName) {
         library::CAEndOperation.tried(operation);
         return status;
     }
-    status = library::CAEndOperation.tried(operation).status;
+    status = library::CAEndOperation.tried(operation).valueOr(status);
     DebugLine(hex{status});
     return status;
+}
+
+// Renames the folder, or deletes it when `newName` is empty.
+Long changeFolder(Handle connection, RecordBytes record, const Text& newName) {
+    return changeFolders(connection, newName, u"GetSubfolders", [&](Handle operation, const char16_t* name) {
+        return name ? library::CARenameFolder.tried(operation, record.bytes.data(), name)
+                    : library::CADeleteFolder.tried(operation, record.bytes.data());
+    });
 }
 
 Long walk(Word count, Address pointer, std::vector<FolderEntry>& list, Long recordSize, Handle connection,
@@ -169,6 +178,14 @@ Long GetNokiaFolder(Handle connection, FolderInfoRecord& record) {
 Long GetSubfolders(Word count, Address pointer, std::vector<FolderEntry>& list, Long recordSize,
                    Handle connection, const Text& oldName, const Text& newName) {
     return walk(count, pointer, list, recordSize, connection, oldName, newName, /*depth=*/1);
+}
+
+Long CreateSubfolder(Handle connection, const Text& newName, TextView tag) {
+    FolderInfoRecord record{};
+    record.size = shortSize;
+    return changeFolders(connection, newName, tag, [&](Handle operation, const char16_t* name) {
+        return library::CACreateFolder.tried(operation, &record, name);
+    });
 }
 
 }  // namespace ovno2::Content

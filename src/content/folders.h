@@ -30,4 +30,8 @@ Long GetNokiaFolder(library::Handle connection, library::FolderInfoRecord& recor
 Long GetSubfolders(library::Word count, Address pointer, std::vector<FolderEntry>& list, Long recordSize,
                    library::Handle connection, const Text& oldName, const Text& newName);
 
+// Makes a folder below the root. The last library status, 0 when it is there; -7 when the library has no
+// memory for its name. `tag` names the caller in the log.
+Long CreateSubfolder(library::Handle connection, const Text& newName, TextView tag);
+
 }  // namespace ovno2::Content

@@ -15,6 +15,7 @@
 namespace ovno2 {
 
 inline FailureNumber raisePending(FailureNumber number, Text description) noexcept {
+    if (number == outOfMemory) ++stateOf<LogFront>().memoryFailures;
     PendingFailure& pending = pendingFailure();
     pending.number = number;
     pending.description = std::move(description);
@@ -49,6 +50,20 @@ FailureNumber attempt(Step&& step) noexcept {
         return raisePending(internalError);
     }
 }
+
+// Whether any step on this thread has found no memory since this was made, log lines or not: for routines
+// that must not pass on what such steps have left incomplete.
+class MemoryWatch {
+  public:
+    bool ranShort() const { return stateOf<LogFront>().memoryFailures != before_; }
+    // Throws RuntimeFailure 7 when it has.
+    void check() const {
+        if (ranShort()) throw RuntimeFailure(outOfMemory);
+    }
+
+  private:
+    std::uint32_t before_ = stateOf<LogFront>().memoryFailures;
+};
 
 // Turns a failure number of the seam into a failure of the step.
 inline void require(FailureNumber number) {

@@ -33,9 +33,10 @@ struct LogFront {
     static constexpr StateSlot slot = StateSlot::logFront;
     static constexpr bool isAlwaysThere = true;  // where failures are kept, nothing may fail
     bool enabled = false;
-    Long level = 0;                 // configured detail level, 0 to 15 (-1 writes nothing to the file)
-    std::uint32_t callCounter = 0;  // calls while the log is off
-    LogWriter* writer = nullptr;    // not owned
+    Long level = 0;                    // configured detail level, 0 to 15 (-1 writes nothing to the file)
+    std::uint32_t callCounter = 0;     // calls while the log is off
+    LogWriter* writer = nullptr;       // not owned
+    std::uint32_t memoryFailures = 0;  // how often a step found no memory
     PendingFailure pending;
 };
 

@@ -1,5 +1,10 @@
 #include "driver/cov_no2.h"
 
+#include "calendar/calendar_connection.h"
+#include "calendar/calendar_folders.h"
+#include "calendar/calendar_reading.h"
+#include "calendar/calendar_session.h"
+#include "calendar/calendar_writing.h"
 #include "contacts/contact_writing.h"
 #include "contacts/contacts.h"
 #include "contacts/contacts_connection.h"
@@ -46,10 +51,6 @@ Long loggedMember(TextView name, Body&& body) noexcept {
     });
 }
 
-Long contentNotAvailable(TextView name) noexcept {
-    return loggedMember(name, [](Long&) {});
-}
-
 }  // namespace
 
 covNo2::covNo2() noexcept {
@@ -93,6 +94,7 @@ Long covNo2::CleanUp() noexcept {
     return member(Long{0}, [&](Long&) {
         EndFS();
         attempt([] { MediaControl::MediaApiTerminate(); });
+        attempt([] { Calendar::CloseCalendarConnection(); });
         attempt([] { Contacts::CloseContactsConnection(); });
         attempt([] { Data::CloseDatasConnection(); });
         attempt([] { Session::DMApiTerminate(); });
@@ -220,12 +222,14 @@ Long covNo2::WriteAddressBookItem(Text& model, Text& PhoneId, Text& Id, Text& el
 
 // `what`
 constexpr Long contacts = 1;
+constexpr Long calendar = 2;
 constexpr Long messages = 3;
 constexpr Long messagesAndNotes = 4;
 
 Long covNo2::EndWriteSession(Long what, TextArray& tempids, TextArray& uids, bool writeit) noexcept {
     return member(Long{0}, [&](Long& result) {
         if (what == contacts) result = Contacts::ContactsEndWriteSession(tempids, uids, writeit);
+        if (what == calendar) result = Calendar::CalendarEndWriteSession(tempids, uids, writeit);
         if (what == messages || what == messagesAndNotes)
             result = Data::DataEndWriteSession(tempids, uids, writeit);
     });
@@ -244,28 +248,40 @@ Single covNo2::GetApiVersion() noexcept {
     });
 }
 
-Variant covNo2::RenameCalender(Text&, const Text&, const Text&, const Text&) noexcept {
-    return contentNotAvailable(u"RenameCalender");
+Variant covNo2::RenameCalender(Text& model, const Text& PhoneId, const Text& oldname,
+                               const Text& NewName) noexcept {
+    return loggedMember(u"RenameCalender", [&](Long& result) {
+        result = Calendar::RenameCalender(model, PhoneId, oldname, NewName);
+    });
 }
-Variant covNo2::CreateCalender(Text&, const Text&, const Text&) noexcept {
-    return contentNotAvailable(u"CreateCalender");
+Variant covNo2::CreateCalender(Text& model, const Text& PhoneId, const Text& NewName) noexcept {
+    return loggedMember(u"CreateCalender",
+                        [&](Long& result) { result = Calendar::CreateCalender(model, PhoneId, NewName); });
 }
-Variant covNo2::DeleteCalender(Text&, const Text&, const Text&) noexcept {
-    return contentNotAvailable(u"DeleteCalender");
+Variant covNo2::DeleteCalender(Text& model, const Text& PhoneId, const Text& Name) noexcept {
+    return loggedMember(u"DeleteCalender",
+                        [&](Long& result) { result = Calendar::DeleteCalender(model, PhoneId, Name); });
 }
-Long covNo2::GetCalendarFolders(Text&, Text&, TextArray&, TextArray&) noexcept {
-    return contentNotAvailable(u"GetCalendarFolders");
+Long covNo2::GetCalendarFolders(Text& model, Text& PhoneId, TextArray& CalNames, TextArray& CalIds) noexcept {
+    return loggedMember(u"GetCalendarFolders", [&](Long& result) {
+        result = Calendar::GetCalendarFolders(model, PhoneId, CalNames, CalIds);
+    });
 }
-Long covNo2::NokiaGetCalendarItems(Text&, Text&, HostArray<CalItem>&, const TextTable&,
-                                   const ObjectPointer&) noexcept {
-    return contentNotAvailable(u"NokiaGetCalendarItems");
+Long covNo2::NokiaGetCalendarItems(Text& model, Text& PhoneId, HostArray<CalItem>& CalItems, const TextTable&,
+                                   const ObjectPointer& Progressbar) noexcept {
+    return loggedMember(u"NokiaGetCalendarItems", [&](Long& result) {
+        result = Calendar::NokiaGetCalendarItems(model, PhoneId, CalItems, Progressbar);
+    });
 }
-Long covNo2::DeleteCalendarItem(Text&, Text&, const Text&) noexcept {
-    return contentNotAvailable(u"DeleteCalendarItem");
+Long covNo2::DeleteCalendarItem(Text& model, Text& PhoneId, const Text& Id) noexcept {
+    return loggedMember(u"DeleteCalendarItem",
+                        [&](Long& result) { result = Calendar::DeleteCalItem(model, PhoneId, Id); });
 }
-Long covNo2::WriteCalendarItem(Text&, Text&, CalItem&, const ObjectPointer&, Long,
-                               const TextTable&) noexcept {
-    return contentNotAvailable(u"WriteCalendarItem");
+Long covNo2::WriteCalendarItem(Text& model, Text& PhoneId, CalItem& elemcal, const ObjectPointer& CalGrid,
+                               Long indexingrid, const TextTable& MobileCalFields) noexcept {
+    return loggedMember(u"WriteCalendarItem", [&](Long& result) {
+        result = Calendar::WriteCalItem(model, PhoneId, elemcal, CalGrid, indexingrid, MobileCalFields);
+    });
 }
 Long covNo2::NokiaGetDataItems(Text& model, Text& PhoneId, Long what, TextArray& DataItems,
                                const ObjectPointer& Progressbar, Long) noexcept {

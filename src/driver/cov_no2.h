@@ -22,6 +22,7 @@
 #pragma once
 
 #include "base/host_array.h"
+#include "calendar/cal_item.h"
 #include "contacts/adr_item.h"
 #include "devices/devices.h"
 #include "phonefs/dir_item.h"
@@ -31,15 +32,6 @@ namespace ovno2 {
 
 using platform::ObjectPointer;
 using platform::Variant;
-
-// The host record of a calendar entry; the members the module touches.
-struct CalItem {
-    Long ItemNumber = 0;  // the phone's number of the entry
-    Text VCalText;
-    Text VCalTextRead;
-    Long ItemKind = 0;  // 1 = event, 2 = to-do
-    Text ItemUid;
-};
 
 class covNo2 {
   public:

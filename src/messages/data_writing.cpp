@@ -220,8 +220,8 @@ ItemId newItem(const Text& model, Long kind, Long folderId) {
     const Long root = GetDataFolders(model, /*serial=*/{}, kind, folders);
     ItemId id;
     id.Size = sizeof(library::ItemIdRecord);
+    if (root < 0 && (!areMessages(kind) || folderId == 0)) throw RuntimeFailure(invalidProcedureCall);
     id.FolderId = !areMessages(kind) ? root : folderId == 0 ? outboxOf(folders) : folderId;
-    if (id.FolderId < 0) throw RuntimeFailure(invalidProcedureCall);
     return id;
 }
 
@@ -317,7 +317,7 @@ Long DataEndWriteSession(TextArray& tempids, TextArray& uids, bool commit) {
     }
     Content::processPendingMessages();
     if (status != 0) return status;
-    status = library::CAEndOperation.tried(operation).status;
+    status = library::CAEndOperation.tried(operation).valueOr(status);
     if (status != 0) DebugLine(u" e1:", hex{status});
     if (const Long closed = CloseDatasConnection(); closed != 0) DebugLine(u" e2:", hex{closed});
     return status;
