@@ -2,6 +2,7 @@
 #include "host/contacts/commands.h"
 #include "host/files/commands.h"
 #include "host/log/commands.h"
+#include "host/messages/commands.h"
 #include "host/output/console.h"
 #include "host/overview.h"
 #include "host/phones/commands.h"
@@ -9,7 +10,8 @@
 int main(int argc, char** argv) {
     using namespace ovno2::host;
     console::useLargePages();
-    constexpr RegisterCommand* commands[] = {registerOverview, registerList,   registerContacts,
-                                             registerFiles,    registerDoctor, registerLog};
+    constexpr RegisterCommand* commands[] = {registerOverview, registerList,  registerContacts,
+                                             registerMessages, registerNotes, registerFiles,
+                                             registerDoctor,   registerLog};
     return runCommandLine(console::arguments(argc, argv), commands);
 }

@@ -5,28 +5,13 @@
 #include "host/contacts/field_table.h"
 #include "host/output/display_width.h"
 #include "host/output/text.h"
+#include "host/output/wrapping.h"
 
 namespace ovno2::host {
 
 namespace {
 
 constexpr TextView indent = u"  ";
-
-// A text in lines of at most `width` cells, parted at blanks where it has some.
-std::vector<Text> wrapped(TextView text, std::size_t width) {
-    std::vector<Text> lines;
-    for (const Text& paragraph : split(text, u'\n')) {
-        lines.emplace_back();
-        for (const Text& word : split(singleLine(paragraph), u' ')) {
-            Text& line = lines.back();
-            if (!line.empty() && displayWidth(line) + 1 + displayWidth(word) > width)
-                lines.push_back(word);
-            else
-                line.append(line.empty() ? u"" : u" ").append(word);
-        }
-    }
-    return lines;
-}
 
 class Card {
   public:

@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "host/contacts/change_commands.h"
 #include "host/contacts/commands.h"
 #include "host/contacts/contact_output.h"
 #include "host/contacts/contact_search.h"
@@ -125,8 +126,9 @@ void registerContacts(CLI::App& app, Context& context) {
         command.add_flag("-v,--verbose", options->verbose, "say what a record here cannot hold");
     };
     CLI::App& contacts =
-        addCommand(app, "contacts", "Show the phone book of a phone, or look someone up in it", context,
-                   running(everyone, showTable));
+        addCommand(app, "contacts",
+                   "Show the phone book of a phone, look someone up in it, change it, import and export it",
+                   context, running(everyone, showTable));
     contacts.require_subcommand(0, 1);
     addOptions(contacts);
     contacts.footer(R"(Examples:
@@ -152,6 +154,9 @@ void registerContacts(CLI::App& app, Context& context) {
     find.footer(R"(Examples:
   ovphone contacts find berlin                   in any field; case and accents do not matter
   ovphone contacts find 0171 39                  of numbers only the digits count)");
+    for (const auto registerCommand :
+         {registerAdd, registerEdit, registerRemove, registerImport, registerExport})
+        registerCommand(contacts, context);
 }
 
 }  // namespace ovno2::host

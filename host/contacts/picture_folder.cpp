@@ -115,6 +115,15 @@ std::string PictureFolder::path() const {
     return console::textOf(private_->path());
 }
 
+std::vector<fs::path> PictureFolder::filesOf(const Contact& contact) const {
+    std::vector<fs::path> files;
+    for (const Text& picture : pathsIn(pictureValueOf(contact), folderInValues(private_->path()))) {
+        const fs::path file = pathOfModuleText(picture);
+        if (std::ranges::find(files, file) == files.end()) files.push_back(file);
+    }
+    return files;
+}
+
 std::vector<std::string> PictureFolder::keep(std::vector<Contact>& contacts) {
     std::vector<std::string> messages;
     if (wanted_.empty()) return messages;

@@ -38,6 +38,9 @@ class PictureFolder {
         std::string before_;
     };
 
+    // The files in the private folder that hold the pictures of a contact which was read into it.
+    std::vector<std::filesystem::path> filesOf(const Contact& contact) const;
+
     // Puts the contacts' pictures into their place and enters their paths in the contacts. Gives a message in
     // UTF-8 for each that is not there now.
     std::vector<std::string> keep(std::vector<Contact>& contacts);

@@ -2,7 +2,9 @@
 #include <system_error>
 
 #include "host/driver/com_client.h"
+#include "host/driver/data_items.h"
 #include "host/driver/directory.h"
+#include "host/driver/loss_answer.h"
 #include "host/output/console.h"
 
 namespace ovno2::host {
@@ -13,6 +15,14 @@ namespace fs = std::filesystem;
 
 std::string systemMessage(HRESULT result) {
     return std::system_category().message(static_cast<int>(result));
+}
+
+// Whom the module's question goes to while a contact is written.
+thread_local const LossQuestion* asked = nullptr;
+
+LONG CALLBACK answerModule(LONG, LONG, LONG, LONG text) {
+    const auto* const name = reinterpret_cast<const char*>(static_cast<std::uintptr_t>(text));
+    return answerNumber((*asked)(computer::fromCodePage(name)));
 }
 
 class ComDriver : public PhoneDriver {
@@ -72,6 +82,78 @@ class ComDriver : public PhoneDriver {
         return static_cast<Long>(result);
     }
 
+    Long writeContact(const ListedPhone& phone, const TextTable& fields, const Text& values, Text& id,
+                      const LossQuestion& ask) override {
+        Bstr model(phone.model), serial(phone.serial), contact(id), elems(values);
+        OwnedSafeArray table(newTable(fields));
+        asked = &ask;
+        LONG result = -1;
+        module_->WriteAddressBookItem(model.address(), serial.address(), contact.address(), elems.address(),
+                                      table.address(), id.empty() ? VARIANT_TRUE : VARIANT_FALSE,
+                                      /*delete=*/VARIANT_FALSE, /*isrewrite=*/0,
+                                      static_cast<LONG>(reinterpret_cast<std::uintptr_t>(&answerModule)),
+                                      &result);
+        asked = nullptr;
+        id = contact.text();
+        return static_cast<Long>(result);
+    }
+    Long deleteContact(const ListedPhone& phone, const Text& uid) override {
+        Bstr model(phone.model), serial(phone.serial);
+        const Bstr contact(uid);
+        LONG result = -1;
+        module_->DeleteAddressBookItem(model.address(), serial.address(), contact.get(), &result);
+        return static_cast<Long>(result);
+    }
+    Long endContacts(bool commit, std::vector<AddedContact>& added) override {
+        constexpr LONG contactsKind = 1;
+        OwnedSafeArray temporaryIds, uids;
+        LONG result = -1;
+        module_->EndWriteSession(contactsKind, temporaryIds.address(), uids.address(),
+                                 commit ? VARIANT_TRUE : VARIANT_FALSE, &result);
+        added.clear();
+        const std::span<BSTR> ids = slotsOf<BSTR>(temporaryIds), names = slotsOf<BSTR>(uids);
+        for (std::size_t i = 0; i < std::min(ids.size(), names.size()); ++i)
+            added.push_back({textOf(ids[i]), textOf(names[i])});
+        return static_cast<Long>(result);
+    }
+
+    Long readData(const ListedPhone& phone, DataStore store, const std::function<void(Long)>& progress,
+                  std::vector<Text>& lines) override {
+        Bstr model(phone.model), serial(phone.serial);
+        LONG what = static_cast<LONG>(store);
+        OwnedSafeArray items;
+        ComPointer<IDispatch> control;
+        *control.out() = new ProgressControl(progress);
+        LONG result = -1;
+        module_->NokiaGetDataItems(model.address(), serial.address(), &what, items.address(), control.out(),
+                                   /*pCallBack=*/nullptr, &result);
+        lines.clear();
+        for (const BSTR item : slotsOf<BSTR>(items))
+            lines.push_back(textOf(item));
+        return static_cast<Long>(result);
+    }
+    Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients,
+                      const Text& text) override {
+        return writeData(phone, newMessage(recipients, text));
+    }
+    Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text) override {
+        return writeData(phone, noteToWrite(uid, text));
+    }
+    Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId,
+                       const Text& uid) override {
+        return deleteData(phone, messageToDelete(store, folderId, uid));
+    }
+    Long deleteNote(const ListedPhone& phone, const Text& uid) override {
+        return deleteData(phone, noteToDelete(uid));
+    }
+    Long endData(bool commit) override {
+        OwnedSafeArray temporaryIds, uids;
+        LONG result = -1;
+        module_->EndWriteSession(messagesAndNotes, temporaryIds.address(), uids.address(),
+                                 commit ? VARIANT_TRUE : VARIANT_FALSE, &result);
+        return static_cast<Long>(result);
+    }
+
     Long listFolder(const ListedPhone& phone, const Text& folder,
                     std::vector<FolderEntry>& entries) override {
         Bstr model(phone.model);
@@ -108,6 +190,17 @@ class ComDriver : public PhoneDriver {
     }
 
   private:
+    Long writeData(const ListedPhone& phone, const Text& item) {
+        return withTexts(&_covNo2::WriteDataItem, phone.model, phone.serial, item);
+    }
+    Long deleteData(const ListedPhone& phone, const Text& item) {
+        Bstr model(phone.model), serial(phone.serial);
+        const Bstr deleted(item);
+        LONG result = -1;
+        module_->DeleteDataItem(model.address(), serial.address(), deleted.get(), &result);
+        return static_cast<Long>(result);
+    }
+
     // Calls a member that takes texts by reference and returns a number.
     template <class Member, class... Texts>
     Long withTexts(Member member, const Texts&... texts) {

@@ -57,6 +57,19 @@ struct SoftwareReport {
     Single contentVersion = 0;  // of the library's content access; 0 = it cannot be asked
 };
 
+// What becomes of a contact whose notes and categories the phone's old software cannot write back.
+enum class LossAnswer { write, leaveOut, giveUp };
+using LossQuestion = std::function<LossAnswer(const Text& name)>;
+
+// What a phone keeps its messages and notes in.
+enum class DataStore : Long { messages = 1, otherMessages = 2, notes = 4 };
+
+// A contact that has come to the phone, and what the phone calls it now.
+struct AddedContact {
+    Text temporaryId;
+    Text uid;
+};
+
 class PhoneDriver {
   public:
     virtual ~PhoneDriver() = default;
@@ -77,6 +90,38 @@ class PhoneDriver {
     virtual Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
                               const std::function<void(Long value)>& progress,
                               std::vector<Contact>& contacts) = 0;
+
+    // Writing contacts of the phone whose contacts were read last. The first change begins a session; nothing
+    // is changed on the phone until it ends. Each of these is 0 when done, and leaves the session open.
+
+    // `values` has one value a row of `fields`, separated by tabs; rows of one code go with the phone's
+    // values in order, and what a contact has in a field without a row stays. `id` is the contact's uid, or
+    // one of this session's temporary ids; empty = a new contact, whose temporary id it becomes. 0 also for a
+    // contact that `ask` has left out; -9 when it gave up.
+    virtual Long writeContact(const ListedPhone& phone, const TextTable& fields, const Text& values, Text& id,
+                              const LossQuestion& ask) = 0;
+    virtual Long deleteContact(const ListedPhone& phone, const Text& uid) = 0;
+    // Ends the session: all of it is written, or, without `commit` or when that fails, nothing.
+    virtual Long endContacts(bool commit, std::vector<AddedContact>& added) = 0;
+
+    // Reads a whole store; `lines` gets a line an item, its parts divided by "|": of a message folder name,
+    // folder path, folder id, local time in the user's form, UID, addresses divided by ",", text; of a note
+    // UID and text. Items and folders that cannot be read are left out. `progress` is called as above: for
+    // every folder that can be listed a jump of 50, one more when its items begin, and two for each item.
+    virtual Long readData(const ListedPhone& phone, DataStore store,
+                          const std::function<void(Long value)>& progress, std::vector<Text>& lines) = 0;
+
+    // Writing messages and notes: as with contacts, nothing is changed on the phone until the session ends.
+    // One session is for messages or for notes. Messages go to the phone's outbox.
+    virtual Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients,
+                              const Text& text) = 0;
+    // An empty UID is a new note.
+    virtual Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text) = 0;
+    // All messages of a session must be of one store and lie in the folder with that id.
+    virtual Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId,
+                               const Text& uid) = 0;
+    virtual Long deleteNote(const ListedPhone& phone, const Text& uid) = 0;
+    virtual Long endData(bool commit) = 0;
 
     // The phone's files. Phone paths are "E:\Images"; an empty one is the phone itself, whose folders are the
     // drives. Listing opens the session with the phone, and the other operations work on the phone that was
@@ -116,6 +161,15 @@ std::filesystem::path pathOfModuleText(TextView text);
 // two digits for the year, the last such year that is no future one is meant; a text that is no date stays as
 // it is.
 Text isoDate(TextView birthday);
+
+// A time as the module writes it, in the user's form, as ISO 8601 without a zone: "2008-01-05T10:30:00".
+// Empty for what is no time, or none that a phone has set.
+Text isoTime(TextView time);
+
+// An ISO 8601 date as the module reads it; empty = no date that it can read.
+Text birthdayText(TextView isoDate);
+// The same date as it is after it went to a phone and back: years may lose their century.
+Text birthdayReadBack(TextView isoDate);
 
 // How the driver sends a file to a phone: as it is, or, when it begins like a text in UTF-16 or with a UTF-8
 // mark, as text in the system's code page, which may lack some of its characters.

@@ -2,16 +2,44 @@
 #include "core/current_platform.h"
 #include "driver/cov_no2.h"
 #include "driver/progress_object.h"
+#include "host/driver/data_items.h"
 #include "host/driver/directory.h"
+#include "host/driver/loss_answer.h"
 #include "host/output/console.h"
+#include "library/library_memory.h"
+#include "platform/portable/code_pages.h"
 #include "platform/portable/libraries.h"
 #include "platform/portable/paths.h"
+#include "platform/portable/windows.h"
 
 namespace ovno2::host {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr Long contactsKind = 1;
+
+// The host's function that the module calls, for the time of a call.
+class AskedProcedure {
+  public:
+    explicit AskedProcedure(const LossQuestion& ask)
+        : windows_(static_cast<platform::portable::PortableWindows&>(platform::nativePlatform().windows())),
+          number_(windows_.registerProcedure([&ask](Long, Long, Long, Long text) {
+              const auto* const name =
+                  static_cast<const char*>(library::pointerTo(static_cast<Address>(text)));
+              return answerNumber(ask(computer::fromCodePage(name)));
+          })) {}
+    ~AskedProcedure() { windows_.unregisterProcedure(number_); }
+    AskedProcedure(const AskedProcedure&) = delete;
+    AskedProcedure& operator=(const AskedProcedure&) = delete;
+
+    Long number() const { return number_; }
+
+  private:
+    platform::portable::PortableWindows& windows_;
+    Long number_;
+};
 
 class NativeDriver : public PhoneDriver {
   public:
@@ -60,6 +88,59 @@ class NativeDriver : public PhoneDriver {
         return result;
     }
 
+    Long writeContact(const ListedPhone& phone, const TextTable& fields, const Text& values, Text& id,
+                      const LossQuestion& ask) override {
+        const AskedProcedure procedure(ask);
+        Text model = phone.model, serial = phone.serial, elems = values;
+        return module_.WriteAddressBookItem(model, serial, id, elems, fields, /*isnew=*/id.empty(),
+                                            /*delete_=*/false, /*isrewrite=*/0, procedure.number());
+    }
+    Long deleteContact(const ListedPhone& phone, const Text& uid) override {
+        Text model = phone.model, serial = phone.serial;
+        return module_.DeleteAddressBookItem(model, serial, uid);
+    }
+    Long endContacts(bool commit, std::vector<AddedContact>& added) override {
+        TextArray temporaryIds, uids;
+        const Long result = module_.EndWriteSession(contactsKind, temporaryIds, uids, commit);
+        added.clear();
+        for (std::size_t i = 0; i < std::min(temporaryIds.size(), uids.size()); ++i)
+            added.push_back({std::move(temporaryIds.elements()[i]), std::move(uids.elements()[i])});
+        return result;
+    }
+
+    Long readData(const ListedPhone& phone, DataStore store, const std::function<void(Long)>& progress,
+                  std::vector<Text>& lines) override {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        TextArray items;
+        // The module takes messages through the system's code page, which lacks most of the world's
+        // characters.
+        const platform::portable::PortableCodePages::Utf8 everyCharacter(
+            static_cast<platform::portable::PortableCodePages&>(platform::nativePlatform().codePages()));
+        const Long result = module_.NokiaGetDataItems(model, serial, static_cast<Long>(store), items,
+                                                      std::make_shared<ProgressObject>(progress));
+        lines = std::move(items.elements());
+        return result;
+    }
+    Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients,
+                      const Text& text) override {
+        return writeData(phone, newMessage(recipients, text));
+    }
+    Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text) override {
+        return writeData(phone, noteToWrite(uid, text));
+    }
+    Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId,
+                       const Text& uid) override {
+        return deleteData(phone, messageToDelete(store, folderId, uid));
+    }
+    Long deleteNote(const ListedPhone& phone, const Text& uid) override {
+        return deleteData(phone, noteToDelete(uid));
+    }
+    Long endData(bool commit) override {
+        TextArray temporaryIds, uids;
+        return module_.EndWriteSession(messagesAndNotes, temporaryIds, uids, commit);
+    }
+
     Long listFolder(const ListedPhone& phone, const Text& folder,
                     std::vector<FolderEntry>& entries) override {
         Text model = phone.model;
@@ -103,6 +184,17 @@ class NativeDriver : public PhoneDriver {
     void endFiles() override { module_.EndFS(); }
 
   private:
+    Long writeData(const ListedPhone& phone, Text item) {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        return module_.WriteDataItem(model, serial, item);
+    }
+    Long deleteData(const ListedPhone& phone, const Text& item) {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        return module_.DeleteDataItem(model, serial, item);
+    }
+
     std::string connectivityFolder_;
     covNo2 module_;
 };

@@ -11,12 +11,15 @@ namespace {
 struct ResultMessage {
     std::optional<Operation> operation;  // none = the code means the same everywhere
     std::uint32_t result;
-    const char* text;  // "%" stands for the phone, "$" for the file or folder
+    const char* text;  // "%" stands for the phone, "$" for the file, folder or contact
 };
 
 constexpr std::uint32_t step(Long number) {
     return static_cast<std::uint32_t>(number);
 }
+
+constexpr const char* connectionLost =
+    "The connection to % was lost. Check the cable or the reception and retry.";
 
 // Numbers of a step mean what the operation says; library statuses mean the same everywhere.
 constexpr ResultMessage messages[] = {
@@ -44,6 +47,50 @@ constexpr ResultMessage messages[] = {
     {Operation::readContacts, step(-5),
      "% is busy: another program is working with it. Close that program, or wait until it is done, and "
      "retry."},
+    {Operation::writeContact, step(-1),
+     "There was no memory for it, or the connectivity software could not be started."},
+    {Operation::writeContact, step(-2),
+     "% is no longer attached. Check the cable or the Bluetooth connection and retry."},
+    {Operation::writeContact, step(-3),
+     "% refused the connection to its contacts. Accept the connection on the phone, and see that it is "
+     "switched on, not locked and in reach; then retry."},
+    {Operation::writeContact, step(-4),
+     "% lets nobody write its contacts now. Another program may be working with it; close that and retry."},
+    {Operation::writeContact, step(-5), "% did not list its contacts. Check the connection and retry."},
+    {Operation::deleteContact, step(-1), "% has no such contact any more, or cannot be reached."},
+    {Operation::deleteContact, step(-2),
+     "% is no longer attached. Check the cable or the Bluetooth connection and retry."},
+    {Operation::deleteContact, step(-3), "% refused the connection to its contacts. Accept it and retry."},
+    {Operation::readMessages, step(-1),
+     "The part of the connectivity software that reads messages could not be started. Is it installed "
+     "completely?"},
+    {Operation::readMessages, step(-2),
+     "% is no longer attached, or let nobody read its messages. Check the cable or the Bluetooth connection "
+     "and retry."},
+    {Operation::readMessages, step(-3),
+     "% has no messages that can be read, or refused the connection to them. Accept the connection on the "
+     "phone, and see that it is switched on, not locked and in reach; then retry."},
+    {Operation::readMessages, step(-4), "% did not tell its folders of messages. Retry."},
+    {Operation::readNotes, step(-1),
+     "The part of the connectivity software that reads notes could not be started. Is it installed "
+     "completely?"},
+    {Operation::readNotes, step(-2),
+     "% is no longer attached, or let nobody read its notes. Check the cable or the Bluetooth connection and "
+     "retry."},
+    {Operation::readNotes, step(-3),
+     "% has no notes that can be read, or refused the connection to them. Accept the connection on the "
+     "phone, "
+     "and see that it is switched on, not locked and in reach; then retry."},
+    {Operation::readNotes, step(-4), "% did not tell its folders of notes. Retry."},
+    {Operation::writeMessages, step(-1),
+     "% did not take the change, or the part of the connectivity software for it could not be started."},
+    {Operation::writeMessages, step(-2), "% is no longer attached. Attach it again and retry."},
+    {Operation::writeMessages, step(-3),
+     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked "
+     "and "
+     "in reach; then retry."},
+    {Operation::writeMessages, step(-4), "% did not begin the change. Retry."},
+    {Operation::writeMessages, step(-5), "% did not list what it has. Retry."},
     {Operation::openFiles, step(-1),
      "% did not open its files. It may be locked, busy with another program, attached as a USB drive, or no "
      "longer "
@@ -73,6 +120,9 @@ constexpr ResultMessage messages[] = {
      "does not take."},
     {Operation::deleteFolder, step(-1), "% did not find the folder above $ any more."},
     {Operation::deleteFolder, step(-2), "% did not delete $. It may be read-only or in use."},
+    {Operation::writeContact, 0x80200006, connectionLost},
+    {Operation::deleteContact, 0x80200006, connectionLost},
+    {Operation::endContacts, 0x80200006, connectionLost},
     {{}, 0x80100004, "The connection to % was closed. Attach the phone again and retry."},
     {{},
      0x80100014,

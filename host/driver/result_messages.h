@@ -10,6 +10,12 @@ namespace ovno2::host {
 enum class Operation {
     listPhones,
     readContacts,
+    readMessages,
+    readNotes,
+    writeMessages,
+    writeContact,
+    deleteContact,
+    endContacts,
     openFiles,
     listFolder,
     getFile,
@@ -20,8 +26,8 @@ enum class Operation {
     deleteFolder
 };
 
-// For a result below 0; `phone` names the phone in messages about one, `subject` the file or folder in
-// messages about one. UTF-8, without a line break at the end.
+// For a result below 0; `phone` names the phone in messages about one, `subject` the file, folder
+// or contact in messages about one. UTF-8, without a line break at the end.
 std::string resultMessage(Operation operation, Long result, const std::string& phone = {},
                           const std::string& subject = {});
 

@@ -16,8 +16,6 @@ using library::DateRecord;
 using library::longCalendarRecord;
 using library::shortCalendarRecord;
 
-static_assert(largestItemRecord >= longCalendarRecord);
-
 using Field = CalendarEntry::Field;
 
 DateRecord withSize(DateRecord date, const RecordSizes& sizes) {
@@ -92,9 +90,9 @@ class CalendarForm : public ItemForm {
         return ItemForm::takesId(size, sizes) || (isShort(sizes) && size == shortCalendarRecord);
     }
 
-    void build(World& world, const Phone& phone, const ContentItem& item, void* record) const override {
+    void build(World& world, const Phone&, const RecordSizes& sizes, const ContentItem& item,
+               void* record) const override {
         const auto& entry = static_cast<const CalendarEntry&>(item);
-        const RecordSizes sizes = world.sizesOf(phone);
         CalendarRecord built{};
         built.size = sizes.calendar;
         built.type = entry.type;
@@ -144,11 +142,8 @@ class CalendarForm : public ItemForm {
     }
 
     RecordParts parts(const void* record, const RecordSizes& sizes) const override {
-        Word size = 0;
-        std::memcpy(&size, record, sizeof size);
         CalendarRecord entry{};
-        std::memcpy(&entry, record, shortCalendarRecord);
-        if (!isShort(sizes)) std::memcpy(&entry, record, sizeof entry);
+        std::memcpy(&entry, record, sizes.calendar);
         RecordParts parts;
         parts.add({"item", 0, entry.items.items, entry.items.count & 0xFF, sizes.dataItem, true});
         parts.add({"exception", 0, entry.exceptions, entry.exceptionCount, sizeof(DateRecord), false});

@@ -31,8 +31,8 @@ const std::string& pictureBytes(const Phone& phone, const Contact::Picture& pict
 // then all texts in one piece, then the picture bytes.
 class ItemWriter {
   public:
-    ItemWriter(World& forWorld, const Phone& ofPhone, const Contact& theContact)
-        : world(forWorld), contact(theContact), sizes(world.sizesOf(ofPhone)) {
+    ItemWriter(World& forWorld, const Phone& ofPhone, const RecordSizes& itsSizes, const Contact& theContact)
+        : world(forWorld), contact(theContact), sizes(itsSizes) {
         std::size_t at = contact.fields.size() * sizes.dataItem;
         datesAt = at;
         at += contact.dates.size() * dateBytes(sizes);
@@ -143,7 +143,7 @@ class ItemWriter {
 
     World& world;
     const Contact& contact;
-    const RecordSizes sizes;
+    const RecordSizes& sizes;
     char* block = nullptr;
     std::size_t datesAt = 0, picturesAt = 0, addressesAt = 0, textsAt = 0, bytesAt = 0;
     std::vector<std::string> pictures;
@@ -154,12 +154,12 @@ class ContactForm : public ItemForm {
     std::string_view name() const override { return "contact"; }
     std::size_t bytes(const RecordSizes&) const override { return sizeof(ContactRecord); }
 
-    void build(World& world, const Phone& phone, const ContentItem& item, void* record) const override {
+    void build(World& world, const Phone& phone, const RecordSizes& sizes, const ContentItem& item,
+               void* record) const override {
         const auto& contact = static_cast<const Contact&>(item);
-        if (contact.fields.empty()) return;
         ContactRecord built{};
         built.size = sizeof built;
-        ItemWriter(world, phone, contact).write(built);
+        if (!contact.fields.empty()) ItemWriter(world, phone, sizes, contact).write(built);
         std::memcpy(record, &built, sizeof built);
     }
 

@@ -229,9 +229,7 @@ Status readItem(Handle operation, const ItemIdRecord* id, void* item) {
         else if (!content.vanished.contains(uid))
             found = content.store->find(uid, session.nextRead);
         if (found == nullptr) return status::itemNotFound;
-        alignas(Word) char record[largestItemRecord];
-        handOut(world, phone, form, *found, record);
-        std::memcpy(item, record, size);
+        handOut(world, phone, sizes, form, *found, static_cast<char*>(item));
         return statusOk;
     });
 }

@@ -50,12 +50,9 @@ const ItemForm* formOf(ContentKind kind) {
     return nullptr;
 }
 
-void handOut(World& world, const Phone& phone, const ItemForm& form, const ContentItem& item, char* record) {
-    const RecordSizes sizes = world.sizesOf(phone);
-    const auto bytes = static_cast<Word>(form.bytes(sizes));
-    std::memset(record, 0, bytes);
-    std::memcpy(record, &bytes, sizeof bytes);
-    form.build(world, phone, item, record);
+void handOut(World& world, const Phone& phone, const RecordSizes& sizes, const ItemForm& form,
+             const ContentItem& item, char* record) {
+    form.build(world, phone, sizes, item, record);
     if (world.plan.poking()) poke(world, form, sizes, item, record);
 }
 

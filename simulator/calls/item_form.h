@@ -12,12 +12,12 @@ namespace ovno2::simulator {
 
 // A list that a record points to.
 struct RecordPart {
-    std::string_view name;  // for the plan
-    std::size_t pair = 0;   // tells apart those of one name
-    Address address = 0;
-    std::size_t count = 0;
-    std::size_t stride = 0;      // bytes
-    bool endsInAddress = false;  // the last word of each element leads to a value
+    const char* name;  // for the plan
+    std::size_t pair;  // tells apart those of one name
+    Address address;
+    std::size_t count;
+    std::size_t stride;  // bytes
+    bool endsInAddress;  // the last word of each element leads to a value
 };
 
 // The lists of one record.
@@ -27,7 +27,7 @@ class RecordParts {
     std::span<const RecordPart> all() const { return {parts.data(), count}; }
 
   private:
-    std::array<RecordPart, 4> parts{};
+    std::array<RecordPart, 4> parts;  // the first `count` are filled
     std::size_t count = 0;
 };
 
@@ -38,9 +38,10 @@ class ItemForm {
     virtual std::string_view name() const = 0;                      // of its record, for the plan
     virtual std::size_t bytes(const RecordSizes& sizes) const = 0;  // of its record
 
-    // Fills the record, whose size is set and whose other words are 0. What does not fit into it is handed
-    // out as one block, which the record's parts lead into; an item without more takes no memory.
-    virtual void build(World& world, const Phone& phone, const ContentItem& item, void* record) const = 0;
+    // Writes the record, as its last step. What does not fit into it is handed out as one block, which the
+    // record's parts lead into; an item without more takes no memory.
+    virtual void build(World& world, const Phone& phone, const RecordSizes& sizes, const ContentItem& item,
+                       void* record) const = 0;
 
     // An item out of a caller's record; uid, position and folder stay empty. `previous`, when there is one,
     // tells the kinds of fields that only the phone knows. Every address is checked before it is followed; a
@@ -65,11 +66,9 @@ extern const ItemForm& noteForm;
 // Null for items that are only counted.
 const ItemForm* formOf(ContentKind kind);
 
-// The largest record of any kind.
-inline constexpr std::size_t largestItemRecord = 112;
-
-// Builds the record, which begins with its size, and lets the plan make it wild.
-void handOut(World& world, const Phone& phone, const ItemForm& form, const ContentItem& item, char* record);
+// Builds the record and lets the plan make it wild.
+void handOut(World& world, const Phone& phone, const RecordSizes& sizes, const ItemForm& form,
+             const ContentItem& item, char* record);
 
 // The block that a record's parts lead into.
 LowMemory::Block itemBlock(const World& world, const RecordParts& parts);

@@ -21,7 +21,8 @@ class MessageForm : public ItemForm {
     std::size_t bytes(const RecordSizes&) const override { return sizeof(MessageRecord); }
 
     // The addresses, their texts, then the data with a terminator of its own.
-    void build(World& world, const Phone& phone, const ContentItem& item, void* record) const override {
+    void build(World& world, const Phone&, const RecordSizes& sizes, const ContentItem& item,
+               void* record) const override {
         const auto& message = static_cast<const Message&>(item);
         MessageRecord built{};
         built.size = sizeof built;
@@ -29,7 +30,7 @@ class MessageForm : public ItemForm {
         built.dataLength = static_cast<Word>(message.data.size());
         built.addressCount = static_cast<Word>(message.addresses.size());
         built.date = message.date;
-        built.date.size = world.sizesOf(phone).date;
+        built.date.size = sizes.date;
         constexpr std::size_t addressWords = sizeof(MessageAddressRecord) / sizeof(Word);
         RecordBuilder builder;
         builder.addWords(message.addresses.size() * addressWords);
@@ -40,7 +41,7 @@ class MessageForm : public ItemForm {
             builder.setText(at, 2, message.addresses[i].text);
         }
         const std::size_t data = builder.addBytes(message.data);
-        builder.addBytes(std::string_view("\0", 2));
+        builder.addText({});  // a terminator that the length does not count
         char* const block = builder.finish(world, BlockKind::item);
         built.data = addressOf(block + data);
         if (built.addressCount != 0) built.addresses = addressOf(block);
@@ -85,7 +86,8 @@ class NoteForm : public ItemForm {
     std::string_view name() const override { return "note"; }
     std::size_t bytes(const RecordSizes&) const override { return sizeof(NoteRecord); }
 
-    void build(World& world, const Phone&, const ContentItem& item, void* record) const override {
+    void build(World& world, const Phone&, const RecordSizes&, const ContentItem& item,
+               void* record) const override {
         const auto& note = static_cast<const Note&>(item);
         NoteRecord built{sizeof built, 0};
         if (note.text) {

@@ -288,10 +288,33 @@ void ContactEditor::collect(Word id, std::size_t part, const Text& value) {
     (*free)[part] = value;
 }
 
+// A second general address is read into the rows of the work address.
+bool ContactEditor::standsAsGeneral(std::size_t group, const AddressTexts& address) {
+    bool isFirst = true;
+    for (std::size_t i = 0; i < existing_[group - 1]; ++i) {
+        const DataItem& item = groups_[group - 1][i];
+        if (item.FieldId != generalAddressId || std::exchange(isFirst, false)) continue;
+        std::array<Word, addressWords> record{};
+        if (attempt([&] { record = addressRecordAt(item.Value); }) == outOfMemory)
+            throw RuntimeFailure(outOfMemory);
+        bool same = !paired_.contains({group, i});
+        for (std::size_t part = 0; part < addressParts; ++part) {
+            Text there;
+            readAddressPart(record[firstAddressWord + part], there);
+            same = same && (!address[part] || sameText(*address[part], there));
+        }
+        if (!same) continue;
+        paired_.insert({group, i});
+        return true;
+    }
+    return false;
+}
+
 void ContactEditor::placeAddress(Word id, const AddressTexts& address) {
     const auto group = static_cast<std::size_t>(Content::state().Fields.group(id));
     if (group == 0) return;
     const std::optional<std::size_t> place = nextExisting(id, group);
+    if (!place && id == workAddressId && standsAsGeneral(group, address)) return;
     DataItem* const item = place ? &pairWith(id, group, *place) : nullptr;
     std::array<Word, addressWords> old{};
     if (item && attempt([&] { old = addressRecordAt(item->Value); }) == outOfMemory)

@@ -57,6 +57,7 @@ class ContactEditor {
     void placeDate(std::size_t group, const Text& value);
     void placePicture(std::size_t group, const Text& path);
     void collect(library::Word id, std::size_t part, const Text& value);
+    bool standsAsGeneral(std::size_t group, const AddressTexts& address);
     void placeAddress(library::Word id, const AddressTexts& address);
     void add(library::Word id, std::size_t group, library::Word value);
     Text encoded(library::Word id, std::size_t group, const Text& value) const;

@@ -19,6 +19,9 @@
 #include "devices/session.h"
 #include "library/library_start.h"
 #include "log/debug_log.h"
+#include "messages/data_connection.h"
+#include "messages/data_reading.h"
+#include "messages/data_writing.h"
 #include "pc/files.h"
 #include "phonefs/file_operations.h"
 #include "phonefs/nokia_files.h"
@@ -46,10 +49,6 @@ Long loggedMember(TextView name, Body&& body) noexcept {
         body(result);
         DebugLine(decimal{result});
     });
-}
-
-Long contentNotAvailable(TextView name) noexcept {
-    return loggedMember(name, [](Long&) {});
 }
 
 }  // namespace
@@ -97,6 +96,7 @@ Long covNo2::CleanUp() noexcept {
         attempt([] { MediaControl::MediaApiTerminate(); });
         attempt([] { Calendar::CloseCalendarConnection(); });
         attempt([] { Contacts::CloseContactsConnection(); });
+        attempt([] { Data::CloseDatasConnection(); });
         attempt([] { Session::DMApiTerminate(); });
         attempt([] { Content::forgetDateRecordSize(); });
         attempt([] { DebugLog::releaseWhatIsOpen(); });
@@ -223,11 +223,15 @@ Long covNo2::WriteAddressBookItem(Text& model, Text& PhoneId, Text& Id, Text& el
 // `what`
 constexpr Long contacts = 1;
 constexpr Long calendar = 2;
+constexpr Long messages = 3;
+constexpr Long messagesAndNotes = 4;
 
 Long covNo2::EndWriteSession(Long what, TextArray& tempids, TextArray& uids, bool writeit) noexcept {
     return member(Long{0}, [&](Long& result) {
         if (what == contacts) result = Contacts::ContactsEndWriteSession(tempids, uids, writeit);
         if (what == calendar) result = Calendar::CalendarEndWriteSession(tempids, uids, writeit);
+        if (what == messages || what == messagesAndNotes)
+            result = Data::DataEndWriteSession(tempids, uids, writeit);
     });
 }
 
@@ -279,14 +283,19 @@ Long covNo2::WriteCalendarItem(Text& model, Text& PhoneId, CalItem& elemcal, con
         result = Calendar::WriteCalItem(model, PhoneId, elemcal, CalGrid, indexingrid, MobileCalFields);
     });
 }
-Long covNo2::NokiaGetDataItems(Text&, Text&, Long, TextArray&, const ObjectPointer&, Long) noexcept {
-    return contentNotAvailable(u"NokiaGetDataItems");
+Long covNo2::NokiaGetDataItems(Text& model, Text& PhoneId, Long what, TextArray& DataItems,
+                               const ObjectPointer& Progressbar, Long) noexcept {
+    return loggedMember(u"NokiaGetDataItems", [&](Long& result) {
+        result = Data::NokiaGetDataItems(model, PhoneId, what, DataItems, Progressbar);
+    });
 }
-Long covNo2::WriteDataItem(Text&, Text&, Text&) noexcept {
-    return contentNotAvailable(u"WriteDataItem");
+Long covNo2::WriteDataItem(Text& model, Text& PhoneId, Text& Msg) noexcept {
+    return loggedMember(u"WriteDataItem",
+                        [&](Long& result) { result = Data::WriteDataItem(model, PhoneId, Msg); });
 }
-Long covNo2::DeleteDataItem(Text&, Text&, const Text&) noexcept {
-    return contentNotAvailable(u"DeleteDataItem");
+Long covNo2::DeleteDataItem(Text& model, Text& PhoneId, const Text& Msg) noexcept {
+    return loggedMember(u"DeleteDataItem",
+                        [&](Long& result) { result = Data::DeleteDataItem(model, PhoneId, Msg); });
 }
 
 Long covNo2::MediaSearchBT(TextArray&, TextArray&, TextArray&, LongArray&, Long) noexcept {

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <chrono>
+#include <unistd.h>
 
 #include "base/values.h"
 #include "common/executable_file.h"
@@ -84,8 +85,10 @@ TEST_F(ProcessesSeam, AProgramOfTheCurrentFolderIsNotFoundByItsName) {
 }
 
 TEST_F(ProcessesSeam, BothListsHoldTheRunningProgram) {
+    // Others of that name may run beside it, and end at any moment.
     const auto isThisProgram = [](const ProcessEntry& entry) {
-        return entry.id != 0 && containsIgnoringCase(entry.path, u"\\test_platform");
+        return entry.id == static_cast<Long>(getpid()) &&
+               containsIgnoringCase(entry.path, u"\\test_platform");
     };
     std::vector<ProcessEntry> entries, snapshot;
     ASSERT_TRUE(processes().listByStatus(entries));

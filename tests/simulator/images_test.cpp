@@ -51,6 +51,20 @@ Damage list(const std::string& contacts, const char* place, const char* expected
 Damage field(const std::string& members, const char* place, const char* expected) {
     return book(fieldWith(members), place, expected);
 }
+// One item of another store.
+Damage item(const char* file, const char* list, const std::string& members, const char* place,
+            const char* expected) {
+    return {file,
+            R"({"format": 1, "folder": {"id": 1}, ")" + std::string(list) + R"(": [{"uid": "0A"}, {)" +
+                members + "}]}",
+            place, expected};
+}
+Damage entry(const std::string& members, const char* place, const char* expected) {
+    return item("calendar.json", "entries", R"("uid": "0B", )" + members, place, expected);
+}
+Damage message(const std::string& members, const char* place, const char* expected) {
+    return item("messages.json", "messages", R"("uid": "0B", )" + members, place, expected);
+}
 Damage files(const std::string& members, const char* place, const char* expected) {
     return {"files.json", R"({"format": 1, )" + members + "}", place, expected};
 }
@@ -93,6 +107,29 @@ TEST_F(Images, ADamagedImageIsLeftOutWithFilePlaceAndWhatWasExpected) {
         field(R"("id": 10, "picture": {"format": "JPEG"})", "/fields/1", "\"file\""),
         field(R"("id": 256, "address": [])", "/fields/1/address", "1 to 15"),
         field(R"("id": 1, "pair": "e")", "/fields/1/pair", "\"d\""),
+        entry(R"("type": "meting")", "/entries/1/type", "\"meeting\""),
+        entry(R"("start": "2008-02-30T10:00:00")", "/entries/1/start", "2008-07-19"),
+        entry(R"("start": "2008-02-03T24:00:00")", "/entries/1/start", "2008-07-19"),
+        entry(R"("end": "2008-07-19T10:00:00+60")", "/entries/1/end", "+60+60"),
+        entry(R"("alarm": "2008-07-19+60+99999999999")", "/entries/1/alarm", "+60+60"),
+        entry(R"("repeat": {"every": "hour"})", "/repeat/every", "\"day\""),
+        entry(R"("repeat": {"every": "day", "interval": 256})", "/repeat/interval", "255"),
+        entry(R"("repeat": {"every": "week", "days": ["MO", "mo"]})", "/repeat/days/1", "\"MO\""),
+        entry(R"("exceptions": ["2008-07-19", "soon"])", "/exceptions/1", "2008-07-19"),
+        entry(R"("priority": "high")", "/entries/1/priority", "number"),
+        entry(R"("summary": "a\u0000b")", "/entries/1/summary", "character 0"),
+        entry(R"("fields": [{"id": 768, "text": "x", "number": 1}])", "/fields/0",
+              "\"number\" or a \"text\""),
+        entry(R"("folderId": 7)", "/entries/1/folderId", "id of a folder"),
+        entry(R"("subject": "x")", "/entries/1/subject", "no member"),
+        message(R"("date": "yesterday")", "/messages/1/date", "2008-07-19"),
+        message(R"("addresses": [5])", "/addresses/0", "a text or null"),
+        message(R"("text": "x", "bytes": "00")", "/messages/1/bytes", "one of"),
+        message(R"("bytes": "0G")", "/messages/1/bytes", "hexadecimal"),
+        item("notes.json", "notes", R"("text": "x")", "/notes/1", "a member \"uid\""),
+        item("notes.json", "notes", R"("uid": "0A", "text": "x")", "/notes/1/uid", "no other item"),
+        item("otherMessages.json", "messages", R"("uid": "0b")", "/messages/1/uid", "upper-case"),
+        item("countedItems.json", "items", R"("uid": "0B", "text": "x")", "/items/1/text", "no member"),
         files(R"("times": {"C/none": "2008-07-19T16:04:11Z"})", "/times/C/none", "an entry"),
         files(R"("times": {"C": "2008-02-30T16:04:11Z"})", "/times/C", "a time that there is"),
         files(R"("renaming": {"from": "C/a", "to": "../b"})", "/renaming/to", "an entry"),

@@ -5,6 +5,7 @@
 #include <iconv.h>
 #include <map>
 
+#include "base/utf8.h"
 #include "base/values.h"
 
 namespace ovno2::platform::portable {
@@ -106,7 +107,7 @@ void PortableCodePages::choose() {
                                  /*view64=*/false, key) == registryOk &&
         key->read(u"ACP", value) == registryOk) {
         number_ = static_cast<std::uint32_t>(numericLong(value.text));
-        table_ = codePageTable(number_);
+        table_ = number_ == utf8CodePage ? &usualCodePageTable() : codePageTable(number_);
     }
     if (table_) return;
     number_ = usualCodePage;
@@ -118,13 +119,25 @@ const CodePageTable& PortableCodePages::table() {
     return *table_;
 }
 
-std::uint32_t PortableCodePages::ansi() {
+bool PortableCodePages::isUtf8() {
     table();
-    return number_;
+    return utf8Users_ > 0 || number_ == utf8CodePage;
+}
+
+std::uint32_t PortableCodePages::ansi() {
+    return isUtf8() ? utf8CodePage : number_;
+}
+
+Text PortableCodePages::fromAnsi(std::string_view bytes) {
+    return isUtf8() ? fromUtf8(bytes) : table().fromAnsi(bytes);
+}
+
+std::string PortableCodePages::toAnsi(TextView text) {
+    return isUtf8() ? toUtf8(text) : table().toAnsi(text);
 }
 
 const char16_t* PortableCodePages::singleByteTable() {
-    return table().isDoubleByte() ? nullptr : table().singleBytes();
+    return isUtf8() || table().isDoubleByte() ? nullptr : table().singleBytes();
 }
 
 std::unique_ptr<CodePages> makeCodePages(Machine& machine) {

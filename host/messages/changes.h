@@ -1,0 +1,25 @@
+// Changes of a phone's messages and notes, each of which the phone keeps whole or not at all.
+#pragma once
+
+#include <functional>
+#include <span>
+
+#include "host/phones/attached_phones.h"
+
+namespace ovno2::host {
+
+using DataChange = std::function<Long(PhoneDriver&)>;
+
+// Asks for changes of one store, of messages those of one folder, and has the phone keep them. Throws
+// CommandFailure when it refuses one of them: then it has kept none.
+void carryOut(const AttachedPhones& phones, const ListedPhone& phone, std::span<const DataChange> changes);
+
+// The place of the item whose uid is `wanted`, or the only one whose uid begins with it; letter case does not
+// count. Throws CommandFailure without one.
+std::size_t placeOf(std::span<const Text> uids, const std::string& wanted, const char* what);
+
+// The words of a line as one text; a single "-" stands for what standard input holds. Throws CommandFailure
+// for a text without a character.
+Text textFrom(const std::vector<std::string>& words);
+
+}  // namespace ovno2::host

@@ -1,0 +1,177 @@
+#include "host/messages/message_store.h"
+
+#include <algorithm>
+
+#include "host/contacts/phone_book.h"
+#include "host/driver/result_messages.h"
+#include "host/output/command_output.h"
+#include "host/output/console.h"
+#include "host/output/exit_status.h"
+#include "host/output/progress.h"
+
+namespace ovno2::host {
+
+namespace {
+
+// What the phone named, from the steps of the progress control: each folder that it lists is announced by a
+// jump, one step says that its items follow, two steps belong to each of them.
+class ListedItems {
+  public:
+    void advanceTo(Long value) {
+        constexpr Long announcement = 50;
+        const Long step = value - value_;
+        value_ = value;
+        if (step >= announcement)
+            folders_.push_back(0);
+        else if (!folders_.empty())
+            folders_.back() += static_cast<std::size_t>(step);
+    }
+    bool anyFolder() const { return !folders_.empty(); }
+    std::size_t notOpened() const { return static_cast<std::size_t>(std::ranges::count(folders_, 0U)); }
+    std::size_t count() const {
+        std::size_t items = 0;
+        for (const std::size_t steps : folders_)
+            items += steps / 2;
+        return items;
+    }
+
+  private:
+    Long value_ = 0;
+    std::vector<std::size_t> folders_;
+};
+
+struct StoreKind {
+    DataStore store;
+    Operation operation;
+    const char* items;
+};
+constexpr StoreKind messageStore{DataStore::messages, Operation::readMessages, "messages"};
+constexpr StoreKind otherMessageStore{DataStore::otherMessages, Operation::readMessages, "messages"};
+constexpr StoreKind noteStore{DataStore::notes, Operation::readNotes, "notes"};
+
+bool isAttached(PhoneDriver& driver, const ListedPhone& phone) {
+    std::vector<ListedPhone> attached;
+    return driver.listPhones(attached) >= 0 && std::ranges::any_of(attached, [&](const ListedPhone& other) {
+               return other.serial == phone.serial;
+           });
+}
+
+std::string whatToDo(PhoneDriver& driver, const ListedPhone& phone) {
+    if (!isAttached(driver, phone))
+        return " The phone is no longer attached: attach it again and give the command again.";
+    return " The phone is attached but did not hand out the others: another program may be working with it, "
+           "or the "
+           "connection was lost for a while. Close other phone programs, see to the cable or the reception, "
+           "and give "
+           "the command again; \"ovphone log on\" makes the log say what went wrong.";
+}
+
+// Appends what one store holds. The result is the module's.
+template <class Item, class Read>
+Long readStore(const AttachedPhones& phones, const ListedPhone& phone, const StoreKind& kind,
+               ItemList<Item>& list, Read&& itemOf) {
+    ListedItems listed;
+    std::vector<Text> lines;
+    Long result = 0;
+    {
+        ProgressBar progress(std::string("the ") + kind.items + " of " + titleOf(phone),
+                             console::errorIsTerminal() && !isQuiet());
+        result = phones.driver().readData(
+            phone, kind.store,
+            [&](Long value) {
+                progress.advanceTo(value);
+                listed.advanceTo(value);
+            },
+            lines);
+    }
+    if (result < 0) return result;
+    const std::size_t before = list.items.size();
+    for (const Text& line : lines)
+        if (std::optional<Item> item = itemOf(line)) list.items.push_back(std::move(*item));
+    const std::size_t read = list.items.size() - before;
+    const std::size_t named = std::max(listed.count(), lines.size());
+    list.listed += named;
+    const std::string items = std::string(kind.items) + " of " + titleOf(phone);
+    std::string trouble;
+    if (read < named)
+        trouble = std::to_string(read) + " of " + std::to_string(named) + " " + items + " could be read.";
+    if (!listed.anyFolder())
+        trouble = "The " + items + " could not be listed.";
+    else if (listed.notOpened() != 0)
+        trouble += std::string(trouble.empty() ? "" : " ") + std::to_string(listed.notOpened()) +
+                   " folders with " + items + " could not be opened.";
+    if (!trouble.empty())
+        list.missing.push_back(trouble + whatToDo(phones.driver(), phone));
+    else if (!isAttached(phones.driver(), phone))
+        list.missing.push_back(titleOf(phone) + " was lost while its " + kind.items +
+                               " were read: whether these are all is not known. Attach it again and give the "
+                               "command again.");
+    return result;
+}
+
+template <class Item>
+bool areTheSame(const ItemList<Item>& a, const ItemList<Item>& b) {
+    return a.listed == b.listed && std::ranges::equal(a.items, b.items, {}, &Item::uid, &Item::uid);
+}
+
+template <class Item>
+void compare(const ListedPhone& phone, const char* items, ItemList<Item>& first,
+             const ItemList<Item>& second) {
+    if (areTheSame(first, second)) return;
+    first.missing.push_back(
+        "The " + std::string(items) + " of " + titleOf(phone) +
+        " changed between two reads, or one of them did not see them all. Give the command "
+        "again, with no other program working with the phone.");
+}
+
+}  // namespace
+
+ItemList<Message> readMessages(const AttachedPhones& phones, const ListedPhone& phone) {
+    ItemList<Message> list;
+    const auto read = [&](const StoreKind& kind) {
+        return readStore(phones, phone, kind, list,
+                         [&](const Text& line) { return messageOf(line, kind.store); });
+    };
+    if (const Long result = read(messageStore); result < 0)
+        throw CommandFailure{failed, resultMessage(Operation::readMessages, result, titleOf(phone))};
+    constexpr Long noSuchStore = -3;
+    const Long others = read(otherMessageStore);
+    if (others == noSuchStore)
+        list.remark = titleOf(phone) + " has one store of messages, or opens no other.";
+    else if (others < 0)
+        list.missing.push_back(resultMessage(Operation::readMessages, others, titleOf(phone)));
+    return list;
+}
+
+ItemList<Note> readNotes(const AttachedPhones& phones, const ListedPhone& phone) {
+    ItemList<Note> list;
+    const Long result = readStore(phones, phone, noteStore, list, noteOf);
+    if (result < 0) throw CommandFailure{failed, resultMessage(Operation::readNotes, result, titleOf(phone))};
+    return list;
+}
+
+void readAgain(const AttachedPhones& phones, const ListedPhone& phone, ItemList<Message>& first) {
+    compare(phone, messageStore.items, first, readMessages(phones, phone));
+}
+
+void readAgain(const AttachedPhones& phones, const ListedPhone& phone, ItemList<Note>& first) {
+    compare(phone, noteStore.items, first, readNotes(phones, phone));
+}
+
+void requireWhole(const std::vector<std::string>& missing) {
+    for (const std::string& message : missing)
+        note("ovphone: " + message);
+    if (!missing.empty()) throw CommandFailure{failed, {}};
+}
+
+NameBook readNames(const AttachedPhones& phones, const ListedPhone& phone) {
+    try {
+        PictureFolder pictures;
+        return NameBook(readPhoneBook(phones, phone, pictures).contacts);
+    } catch (const CommandFailure& failure) {
+        remark("ovphone: no names: " + failure.message);
+        return {};
+    }
+}
+
+}  // namespace ovno2::host
