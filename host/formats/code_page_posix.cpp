@@ -8,8 +8,8 @@ namespace {
 
 // What the converter calls a page.
 std::string nameOf(std::uint32_t page) {
-    constexpr std::uint32_t iso = 28590, lastIso = 28606, koi8r = 20866, koi8u = 21866, eucJp = 51932;
-    if (page > iso && page < lastIso) return "ISO-8859-" + std::to_string(page - iso);
+    constexpr std::uint32_t iso = 28590, lastIso = 28606, koi8r = 20866, koi8u = 21866, eucJp = 20932;
+    if (page > iso && page <= lastIso) return "ISO-8859-" + std::to_string(page - iso);
     if (page == koi8r) return "KOI8-R";
     if (page == koi8u) return "KOI8-U";
     if (page == eucJp) return "EUC-JP";
