@@ -192,6 +192,8 @@ TEST(Card, IsReadAsPhonesAndProgramsWriteIt) {
          "email=h\nfax=1\nemail2=w\n- X-JABBER: \"j\"\n- line 9: no property: "
          "\"nonsense\"\n- EMAIL: TYPE=HOME of \"h\"\n- TEL: TYPE=WORK of \"1\"\n- EMAIL: TYPE=WORK of "
          "\"w\"\n"},
+        {"", old + "X-ANDROID-CUSTOM:vnd.android.cursor.item/nickname;Jo;1;\nX-ANDROID-CUSTOM:other;1\n",
+         "nickname=Jo\n- X-ANDROID-CUSTOM: \"other;1\"\n"},
         {"a card in the card", old + "TEL:1\nAGENT:\nBEGIN:VCARD\nVERSION:2.1\nTEL:2\nEND:VCARD\nTEL:3\n",
          "phone=1\nphone2=3\n- AGENT: a card in the card\n"},
     };
