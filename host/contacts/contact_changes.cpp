@@ -1,12 +1,15 @@
 #include "host/contacts/contact_changes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "host/driver/result_messages.h"
 #include "host/output/command_output.h"
+#include "host/output/console.h"
 #include "host/output/display_width.h"
 #include "host/output/exit_status.h"
+#include "host/output/progress.h"
 
 namespace ovno2::host {
 
@@ -14,6 +17,9 @@ namespace {
 
 // After so many contacts in a row that the phone refused for one reason it is not asked for more.
 constexpr std::size_t mostRefusals = 3;
+
+// The newest software that knows one kind of address only, and no notes when it writes.
+constexpr long lastOldVersion = 32;
 
 constexpr const char* lossMessage =
     "stays as it is: the phone's software is too old to write its notes and categories back, which would be "
@@ -33,7 +39,7 @@ ContactWriting::ContactWriting(const AttachedPhones& phones, const ListedPhone& 
       phone_(phone),
       pictures_(pictures),
       wanted_(wanted),
-      writer_(pictures.path()),
+      writer_(pictures.path(), std::lround(phones.driver().software().contentVersion) <= lastOldVersion),
       interruption_({.tick = [] {}, .end = [this] { note("ovphone: Interrupted. " + whatIsWritten()); }}) {
     for (const Contact& contact : book.contacts)
         before_.insert(contact.uid);
@@ -93,8 +99,13 @@ bool ContactWriting::writeSession(Changes changes) {
     std::vector<ContactChange*> written;
     std::string last;
     std::size_t inARow = 0;
+    ProgressBar progress("the contacts of " + titleOf(phone_), console::errorIsTerminal() && !isQuiet(),
+                         "Writing");
+    Long value = ProgressBar::announcement;
+    progress.advanceTo(value);
     for (ContactChange* const change : changes) {
         endIfAsked();
+        progress.advanceTo(++value);
         if (taints_ >= mostRefusals && change->kind == ContactChange::Kind::change) {
             change->failure = unreadMessage;
             continue;

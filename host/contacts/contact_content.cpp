@@ -29,6 +29,7 @@ Text asReadBack(const FieldRow& row, TextView value) {
     std::ranges::replace(text, u'\0', u' ');
     if (row.code == HostField::lastName) std::ranges::replace(text, u';', u',');
     if (text.find(u'=') != Text::npos) text = replaceAll(text, u"=40", u"@");
+    if (text.find(u'\\') != Text::npos) text = decodedValue(text);
     if (row.code == HostField::birthday) text = birthdayReadBack(text);
     const auto isBlank = [](char16_t unit) { return unit <= u' '; };
     while (!text.empty() && isBlank(text.back()))

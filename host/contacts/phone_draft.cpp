@@ -62,6 +62,12 @@ bool differTogether(const ContactDraft& before, const ContactDraft& after, std::
                                [&](std::size_t one) { return before.values[one] != after.values[one]; });
 }
 
+ContactDraft emptyDraft() {
+    ContactDraft contact;
+    contact.values.resize(fieldRows().size());
+    return contact;
+}
+
 std::vector<Text> valuesTogether(const ContactDraft& contact, std::size_t row) {
     std::vector<Text> values;
     for (const std::size_t one : writtenTogether(row))
@@ -91,6 +97,26 @@ std::size_t addressCount(const ContactDraft& contact, std::size_t row) {
 
 }  // namespace
 
+// All addresses as general ones, in the order in which old software has handed them out.
+void DraftWriter::addAddresses(Rows& rows, const ContactDraft& before, const ContactDraft& after) const {
+    const auto together = [](const ContactDraft& contact) {
+        std::array<std::vector<Text>, addressParts> all;
+        for (auto kind = addressKinds().rbegin(); kind != addressKinds().rend(); ++kind) {
+            const std::size_t count = addressCount(contact, kind->front());
+            for (std::size_t part = 0; part < addressParts; ++part) {
+                std::vector<Text> values = contact.values[(*kind)[part]];
+                values.resize(count);
+                std::ranges::move(values, std::back_inserter(all[part]));
+            }
+        }
+        return all;
+    };
+    const auto old = together(before), wanted = together(after);
+    if (old == wanted) return;
+    for (std::size_t part = 0; part < addressParts; ++part)
+        addRow(rows, addressKinds().back()[part], wanted[part], old[part].size());
+}
+
 ContactDraft draftOf(const Contact& contact, const PictureFolder& pictures) {
     ContactDraft draft;
     draft.values.resize(fieldRows().size());
@@ -114,8 +140,8 @@ ContactDraft draftOf(const Contact& contact, const PictureFolder& pictures) {
     return draft;
 }
 
-DraftWriter::DraftWriter(const std::string& folder)
-    : picture_(console::pathOf(folder) / "picture-for-phone") {}
+DraftWriter::DraftWriter(const std::string& folder, bool isOldSoftware)
+    : picture_(console::pathOf(folder) / "picture-for-phone"), isOldSoftware_(isOldSoftware) {}
 
 DraftWriter::~DraftWriter() {
     std::error_code ignored;
@@ -157,11 +183,13 @@ WrittenContact DraftWriter::added(const ContactDraft& contact) {
     Rows rows;
     for (std::size_t i = 0; i < fieldRows().size(); ++i) {
         const FieldRow& row = fieldRows()[i];
+        if (isAddress(i) && isOldSoftware_) continue;
         const std::size_t fewest = isAddress(i) ? addressCount(contact, i) : 0;
         if (isWritten(row))
             addRow(rows, i, contact.values[i],
                    isAlwaysWritten(row) ? std::max<std::size_t>(fewest, 1) : fewest);
     }
+    if (isOldSoftware_) addAddresses(rows, emptyDraft(), contact);
     if (!contact.pictures.empty()) rows.emplace_back(HostField::picture, pathOfPicture(contact));
     return finished(rows);
 }
@@ -170,6 +198,7 @@ WrittenContact DraftWriter::changed(const ContactDraft& before, const ContactDra
     Rows rows;
     for (std::size_t i = 0; i < fieldRows().size(); ++i) {
         const FieldRow& row = fieldRows()[i];
+        if (isAddress(i) && isOldSoftware_) continue;
         const bool differs = differTogether(before, after, i);
         if (!isWritten(row) || (!differs && !isAlwaysWritten(row))) continue;
         std::size_t fewest = std::max<std::size_t>(before.values[i].size(), isAlwaysWritten(row) ? 1 : 0);
@@ -182,6 +211,7 @@ WrittenContact DraftWriter::changed(const ContactDraft& before, const ContactDra
         }
         addRow(rows, i, values, fewest);
     }
+    if (isOldSoftware_) addAddresses(rows, before, after);
     const bool pictureStays = std::ranges::equal(
         before.pictures, after.pictures, {}, &ContactDraft::Picture::bytes, &ContactDraft::Picture::bytes);
     if (!pictureStays) rows.emplace_back(HostField::picture, pathOfPicture(after));

@@ -28,8 +28,8 @@ struct WrittenContact {
 // row as it is, and a few that the driver wants in any case.
 class DraftWriter {
   public:
-    // `folder` is where a picture lies while the driver reads it.
-    explicit DraftWriter(const std::string& folder);
+    // `folder` is where a picture lies while the driver reads it. Old software knows one kind of address.
+    DraftWriter(const std::string& folder, bool isOldSoftware);
     ~DraftWriter();
     DraftWriter(const DraftWriter&) = delete;
     DraftWriter& operator=(const DraftWriter&) = delete;
@@ -46,7 +46,10 @@ class DraftWriter {
     WrittenContact finished(const Rows& rows);
     Text pathOfPicture(const ContactDraft& contact);
 
+    void addAddresses(Rows& rows, const ContactDraft& before, const ContactDraft& after) const;
+
     std::filesystem::path picture_;
+    bool isOldSoftware_;
     std::map<std::vector<Long>, TextTable> tables_;  // by their codes
 };
 

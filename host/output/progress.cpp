@@ -6,7 +6,6 @@ namespace ovno2::host {
 
 namespace {
 
-constexpr Long announcement = 50;
 constexpr std::chrono::milliseconds patience{300};  // before the first drawing
 constexpr std::chrono::milliseconds interval{80};
 constexpr std::size_t barWidth = 20;
@@ -14,8 +13,11 @@ constexpr std::size_t markWidth = 3;
 
 }  // namespace
 
-ProgressBar::ProgressBar(std::string what, bool shown)
-    : what_(std::move(what)), shown_(shown), nextDrawing_(std::chrono::steady_clock::now() + patience) {}
+ProgressBar::ProgressBar(std::string what, bool shown, const char* doing)
+    : what_(std::move(what)),
+      doing_(doing),
+      shown_(shown),
+      nextDrawing_(std::chrono::steady_clock::now() + patience) {}
 
 ProgressBar::~ProgressBar() {
     if (drawn_ == 0) return;
@@ -41,8 +43,8 @@ void ProgressBar::draw() {
     constexpr std::size_t way = barWidth - markWidth;
     const std::size_t there = frame_++ % (2 * way);
     const std::size_t place = there <= way ? there : 2 * way - there;
-    std::string line =
-        "Reading " + what_ + " [" + std::string(place, ' ') + "<=>" + std::string(way - place, ' ') + "]";
+    std::string line = std::string(doing_) + ' ' + what_ + " [" + std::string(place, ' ') + "<=>" +
+                       std::string(way - place, ' ') + "]";
     if (items_ >= 0) line += " " + std::to_string(items_);
     show(line);
 }

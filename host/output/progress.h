@@ -14,12 +14,13 @@ namespace ovno2::host {
 class ProgressBar {
   public:
     // `what` names what is read, such as "contacts". With `shown` false nothing is ever written.
-    ProgressBar(std::string what, bool shown);
+    ProgressBar(std::string what, bool shown, const char* doing = "Reading");
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
     // The value of the progress control; a jump of 50 announces that the items follow one by one.
+    static constexpr Long announcement = 50;
     void advanceTo(Long value);
 
   private:
@@ -27,6 +28,7 @@ class ProgressBar {
     void show(const std::string& line);
 
     std::string what_;
+    const char* doing_;
     bool shown_;
     std::size_t drawn_ = 0;  // length of the line on the screen
     Long value_ = 0;

@@ -9,6 +9,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::Each;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -207,6 +208,26 @@ TEST_F(OvphoneContacts, FailuresLeaveWhatIsTold) {
         EXPECT_EQ(0, run("contacts import two.vcf").status) << plan;
         EXPECT_THAT(book(), SizeIs(2)) << plan;
     }
+}
+
+// Old software writes no notes and knows one kind of address.
+TEST_F(OvphoneContacts, OldSoftwareLosesNothingUnasked) {
+    std::string identity = contentOf(phones / "n95" / "phone.json");
+    identity = std::regex_replace(identity, std::regex(R"("versions": \{[^}]*\})"),
+                                  R"("versions": {"deviceManagement": 30, "contentAccess": 32})");
+    std::ofstream(phones / "n95" / "phone.json") << identity;
+    const char* const contact = R"({"uid": "01", "fields": [{"id": 2, "text": "Ute"}, {"id": 64, "text": "5"},
+        {"id": 256, "address": [null, "Gasse", "1", "Ulm"]}, {"id": 512, "text": "Notiz"}]})";
+    std::ofstream(phones / "n95" / "contacts.json")
+        << R"({"format": 1, "folder": {"id": 1, "name": "Contacts", "path": "predefContacts", "subfolders": []},)"
+        << R"("contacts": [)" << contact << "]}";
+    expectOutcome({"contacts edit Ute mobile=6", 1, "--accept-losses"});
+    EXPECT_THAT(store(), AllOf(HasSubstr("Notiz"), HasSubstr("\"5\"")));
+    expectOutcome({"contacts edit Ute mobile=6 --accept-losses", 1, "Note"});
+    EXPECT_THAT(
+        book(),
+        ElementsAre(HasSubstr(R"("mobile":["6"],"street":["Gasse"],"postcode":["1"],"town":["Ulm"])")));
+    expectOutcome({"contacts edit Ute homeTown=Bonn", 0, "written anew"});
 }
 
 TEST_F(OvphoneContacts, APhoneThatRunsFullTakesWhatFits) {

@@ -24,21 +24,6 @@ class ListingDriver : public PhoneDriver {
   public:
     explicit ListingDriver(Lister lister) : lister_(std::move(lister)) {}
 
-    Long writeContact(const ListedPhone&, const TextTable&, const Text&, Text&,
-                      const LossQuestion&) override {
-        return -1;
-    }
-    Long deleteContact(const ListedPhone&, const Text&) override { return -1; }
-    Long endContacts(bool, std::vector<AddedContact>&) override { return -1; }
-    Long readData(const ListedPhone&, DataStore, const std::function<void(Long)>&,
-                  std::vector<Text>&) override {
-        return -1;
-    }
-    Long writeMessage(const ListedPhone&, const std::vector<Text>&, const Text&) override { return -1; }
-    Long writeNote(const ListedPhone&, const Text&, const Text&) override { return -1; }
-    Long deleteMessage(const ListedPhone&, DataStore, const Text&, const Text&) override { return -1; }
-    Long deleteNote(const ListedPhone&, const Text&) override { return -1; }
-    Long endData(bool) override { return -1; }
     Long listFolder(const ListedPhone&, const Text& folder, std::vector<FolderEntry>& entries) override {
         return lister_(folder, entries);
     }
