@@ -15,8 +15,12 @@ namespace ovno2::host {
 
 namespace {
 
-// After so many contacts in a row that the phone refused for one reason it is not asked for more.
+// After so many contacts in a row that the phone refused for one reason it is not asked for more: when it is
+// to commit a single one, or hand one out; and when it is to take one into a session, which costs little.
 constexpr std::size_t mostRefusals = 3;
+constexpr std::size_t mostRefusalsInSession = 20;
+// Results above are of steps that come before the contact: no session can begin.
+constexpr Long lastStepResult = -10;
 
 // The newest software that knows one kind of address only, and no notes when it writes.
 constexpr long lastOldVersion = 32;
@@ -110,7 +114,7 @@ bool ContactWriting::writeSession(Changes changes) {
             change->failure = unreadMessage;
             continue;
         }
-        if (inARow >= mostRefusals) {
+        if (inARow >= mostRefusalsInSession) {
             change->failure = last;
             continue;
         }
@@ -134,6 +138,7 @@ bool ContactWriting::writeSession(Changes changes) {
             giveUp("The connection to " + titleOf(phone_) +
                    " was lost. Attach it again and repeat the command.");
         inARow = change->failure == last ? inARow + 1 : 1;
+        if (result > lastStepResult && operation == Operation::writeContact) inARow = mostRefusalsInSession;
         last = change->failure;
     }
     endIfAsked();

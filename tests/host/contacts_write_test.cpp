@@ -227,7 +227,7 @@ TEST_F(OvphoneContacts, OldSoftwareLosesNothingUnasked) {
     EXPECT_THAT(
         book(),
         ElementsAre(HasSubstr(R"("mobile":["6"],"street":["Gasse"],"postcode":["1"],"town":["Ulm"])")));
-    expectOutcome({"contacts edit Ute homeTown=Bonn", 0, "written anew"});
+    expectOutcome({"contacts edit Ute town=Bonn", 0, "written anew"});
 }
 
 TEST_F(OvphoneContacts, APhoneThatRunsFullTakesWhatFits) {
