@@ -34,6 +34,21 @@ class ListingDriver : public PhoneDriver {
                       const std::function<void(Long)>&, std::vector<Contact>&) override {
         return -1;
     }
+    Long writeContact(const ListedPhone&, const TextTable&, const Text&, Text&,
+                      const LossQuestion&) override {
+        return -1;
+    }
+    Long deleteContact(const ListedPhone&, const Text&) override { return -1; }
+    Long endContacts(bool, std::vector<AddedContact>&) override { return -1; }
+    Long readData(const ListedPhone&, DataStore, const std::function<void(Long)>&,
+                  std::vector<Text>&) override {
+        return -1;
+    }
+    Long writeMessage(const ListedPhone&, const std::vector<Text>&, const Text&) override { return -1; }
+    Long writeNote(const ListedPhone&, const Text&, const Text&) override { return -1; }
+    Long deleteMessage(const ListedPhone&, DataStore, const Text&, const Text&) override { return -1; }
+    Long deleteNote(const ListedPhone&, const Text&) override { return -1; }
+    Long endData(bool) override { return -1; }
     Long getFile(const Text&, const std::string&) override { return -1; }
     Long putFile(const std::string&, const Text&) override { return -1; }
     Long renameFile(const Text&, const Text&) override { return -1; }
