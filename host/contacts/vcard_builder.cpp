@@ -89,6 +89,7 @@ const std::map<std::string_view, CardBuilder::Handler>& CardBuilder::handlers() 
         {"FN", &CardBuilder::addFormattedName},
         {"NICKNAME", &CardBuilder::addNickname},
         {"X-NICKNAME", &CardBuilder::addNickname},
+        {"X-ANDROID-CUSTOM", &CardBuilder::addCustom},
         {"ORG", &CardBuilder::addCompany},
         {"TITLE", &CardBuilder::addJob},
         {"ROLE", &CardBuilder::addRole},
@@ -206,6 +207,14 @@ void CardBuilder::addNickname(const ContentLine& line) {
         if (const Text name = textOf(line, item); !name.empty())
             names.append(names.empty() ? u"" : u", ").append(name);
     putOrSay(line.name, HostField::nickname, names);
+}
+
+// Nicknames where the version has none.
+void CardBuilder::addCustom(const ContentLine& line) {
+    const std::vector<std::string_view> parts = partsOf(line.value, ";");
+    if (parts[0] != "vnd.android.cursor.item/nickname" || parts.size() == 1)
+        return say(line.name, shown(textOf(line)));
+    putOrSay(line.name, HostField::nickname, textOf(line, parts[1]));
 }
 
 void CardBuilder::addCompany(const ContentLine& line) {

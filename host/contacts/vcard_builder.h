@@ -44,6 +44,7 @@ class CardBuilder {
     void addName(const ContentLine& line);
     void addFormattedName(const ContentLine& line);
     void addNickname(const ContentLine& line);
+    void addCustom(const ContentLine& line);
     void addCompany(const ContentLine& line);
     void addJob(const ContentLine& line);
     void addRole(const ContentLine& line);

@@ -21,7 +21,7 @@ struct NamedPage {
 constexpr NamedPage namedPages[] = {
     {u"utf8", utf8Page},  {u"ascii", latinPage}, {u"usascii", latinPage}, {u"latin1", 28591},
     {u"latin2", 28592},   {u"koi8r", 20866},     {u"koi8u", 21866},       {u"shiftjis", 932},
-    {u"sjis", 932},       {u"eucjp", 51932},     {u"gb2312", 936},        {u"gbk", 936},
+    {u"sjis", 932},       {u"eucjp", 20932},     {u"gb2312", 936},        {u"gbk", 936},
     {u"big5", 950},       {u"euckr", 949},       {u"ksc56011987", 949},   {u"tis620", 874},
     {u"windows874", 874}, {u"windows932", 932},  {u"windows936", 936},    {u"windows949", 949},
     {u"windows950", 950}, {u"ibm437", 437},      {u"ibm850", 850},        {u"windows31j", 932},

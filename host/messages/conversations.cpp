@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 #include "host/output/folding.h"
 
@@ -9,14 +10,34 @@ namespace ovno2::host {
 
 namespace {
 
-// Whoever is written to together makes a conversation of its own, in whatever order they stand.
-std::vector<Text> keyOf(const Message& message) {
-    std::vector<Text> key;
-    for (const Text& address : message.addresses)
-        key.push_back(numberKey(address));
-    std::ranges::sort(key);
-    return key;
-}
+// Gives each address a number of its own, the same for all ways in which it is written.
+class People {
+  public:
+    std::size_t numberOf(const Text& address) {
+        std::vector<Person>& alike = byKey_[numberKey(address)];
+        for (const Person& person : alike)
+            if (sameNumber(person.address, address)) return person.number;
+        alike.push_back({address, ++count_});
+        return count_;
+    }
+    // Whoever is written to together, in whatever order they stand.
+    std::vector<std::size_t> groupOf(const Message& message) {
+        std::vector<std::size_t> group;
+        for (const Text& address : message.addresses)
+            group.push_back(numberOf(address));
+        std::ranges::sort(group);
+        group.erase(std::ranges::unique(group).begin(), group.end());
+        return group;
+    }
+
+  private:
+    struct Person {
+        Text address;
+        std::size_t number;
+    };
+    std::unordered_map<Text, std::vector<Person>> byKey_;
+    std::size_t count_ = 0;
+};
 
 const Text& latestTime(const Conversation& conversation) {
     return conversation.messages.back()->time;
@@ -30,9 +51,10 @@ Text titleOf(TextView address, const NameBook& names) {
 }
 
 std::vector<Conversation> conversationsOf(const std::vector<Message>& messages, const NameBook& names) {
-    std::map<std::vector<Text>, Conversation> byPeople;
+    People people;
+    std::map<std::vector<std::size_t>, Conversation> byPeople;
     for (const Message& message : messages) {
-        Conversation& conversation = byPeople[keyOf(message)];
+        Conversation& conversation = byPeople[people.groupOf(message)];
         if (conversation.messages.empty()) {
             conversation.addresses = message.addresses;
             for (const Text& address : message.addresses)
@@ -43,7 +65,7 @@ std::vector<Conversation> conversationsOf(const std::vector<Message>& messages, 
     }
     std::vector<Conversation> all;
     all.reserve(byPeople.size());
-    for (auto& [people, conversation] : byPeople) {
+    for (auto& [group, conversation] : byPeople) {
         std::ranges::stable_sort(conversation.messages, {}, &Message::time);
         all.push_back(std::move(conversation));
     }

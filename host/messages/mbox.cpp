@@ -62,7 +62,8 @@ bool isPlain(std::string_view text) {
 // Words of a header as RFC 2047 wants them; long ones go on in a line of their own.
 std::string encodedWords(const std::string& utf8, bool always = false) {
     constexpr std::size_t longestPiece = 45, longestLine = 60;
-    if (!always && isPlain(utf8) && utf8.size() <= longestLine && utf8.find("=?") == std::string::npos) return utf8;
+    if (!always && isPlain(utf8) && utf8.size() <= longestLine && utf8.find("=?") == std::string::npos)
+        return utf8;
     std::string words;
     for (std::size_t start = 0; start < utf8.size();) {
         std::size_t end = std::min(start + longestPiece, utf8.size());

@@ -38,6 +38,17 @@ std::optional<std::u16string> CallerMemory::readText(Address from) const {
     if (from == 0) return std::nullopt;
     std::u16string text;
     char16_t unit = 0;
+    take(from, sizeof unit, &unit);
+    const LowMemory::Block block = world.memory.find(atAddress<void>(from));
+    if (block && from % sizeof unit == 0) {
+        // One of the simulator's own blocks: the text ends in it.
+        const auto* const first = atAddress<const char16_t>(from);
+        const auto place = static_cast<std::size_t>(atAddress<char>(from) - block.start);
+        const std::size_t units = std::min((block.bytes - place) / sizeof unit, longestText);
+        const char16_t* const end = std::char_traits<char16_t>::find(first, units, u'\0');
+        if (end == nullptr) fail("a text without an end", from);
+        return std::u16string(first, end);
+    }
     for (take(from, sizeof unit, &unit); unit != 0; take(from, sizeof unit, &unit)) {
         text += unit;
         from += sizeof unit;

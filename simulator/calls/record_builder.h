@@ -14,6 +14,11 @@ namespace ovno2::simulator {
 
 class RecordBuilder {
   public:
+    RecordBuilder() {
+        bytes.reserve(usualBytes);
+        pointers.reserve(usualPointers);
+    }
+
     // Room for `count` words, all 0; the offset of the first.
     std::size_t addWords(std::size_t count) {
         bytes.resize((bytes.size() + 3) / 4 * 4);
@@ -58,6 +63,9 @@ class RecordBuilder {
     }
 
   private:
+    static constexpr std::size_t usualBytes = 512;
+    static constexpr std::size_t usualPointers = 8;
+
     std::string bytes;
     std::vector<std::pair<std::size_t, std::size_t>> pointers;
 };

@@ -293,9 +293,9 @@ void EntryEditor::placeRule(const Text& cell, const GridRow& row) {
     const bool sameStart = isUnchangedKind() && Content::GetDateFromStruct(
                                                     original_.record.start,
                                                     hasTimeOfDay(original_.record.type), utcMode) == start();
-    if (sameStart && rule == GetCalInfo(original_, value::rule, /*withTime=*/true) &&
-        exceptions == exceptionsText(original_.record).value_or(Text()))
-        return;
+    // The text shows at most the first fifty; the others are not lost with an edited rule.
+    const bool sameExceptions = sameStart && exceptions == exceptionsText(original_.record).value_or(Text());
+    if (sameExceptions && rule == GetCalInfo(original_, value::rule, /*withTime=*/true)) return;
     if (entry_.isBirthday() && rule.find(u'Y') == Text::npos) rule = u"Y1";
     if (rule.empty()) {
         set(entry_.record.recurrence, library::repeatsNot);
@@ -303,7 +303,8 @@ void EntryEditor::placeRule(const Text& cell, const GridRow& row) {
     } else {
         placeRepetition(rule);
     }
-    if (library::recordedContentVersion() >= firstVersionWithExceptions) placeExceptions(exceptions, row);
+    if (!sameExceptions && library::recordedContentVersion() >= firstVersionWithExceptions)
+        placeExceptions(exceptions, row);
 }
 
 void EntryEditor::placeRepetition(const Text& rule) {

@@ -132,12 +132,23 @@ Long takeDayNumber(Text& rule) {
     return day;
 }
 
+bool beginsWithDay(TextView rule) {
+    if (rule.size() < 2 || (rule.size() > 2 && rule[2] != u' ')) return false;
+    for (std::size_t day = 0; day < daysAWeek; ++day)
+        if (rule.starts_with(dayName(day))) return true;
+    return false;
+}
+
 // Finds the date in what is left of a rule, behind weekdays and other words of up to three letters.
 std::optional<Text> findUntil(Text rule) {
+    while (beginsWithDay(rule))
+        dropLeading(rule, 2);
     while (!rule.empty()) {
-        const Text date = ISODate::GetISO8601Date(rule, /*initialiseFormats=*/true, /*convertUtc=*/true);
-        if (readDate(date))
+        Text date = ISODate::GetISO8601Date(rule, /*initialiseFormats=*/true, /*convertUtc=*/true);
+        if (readDate(date)) {
+            if (!rule.ends_with(u'Z')) return date;
             return ISODate::GetISO8601Date(rule, /*initialiseFormats=*/true, /*convertUtc=*/false);
+        }
         const std::size_t blank = rule.find(u' ');
         if (blank == Text::npos || blank > 2) break;
         rule.erase(0, blank + 1);
@@ -192,9 +203,9 @@ void takeOldStyle(Text rule, SeriesInfo& series, const Text& start) {
         series.Until = std::move(*until);
         return;
     }
+    if (start.empty() || !series.Until.empty()) return;
     SeriesInfo counted = series;  // an interval that the rule does not give stays 0
-    Text end = SeriesEndDate(start, counted);
-    if (series.Until.empty()) series.Until = std::move(end);
+    series.Until = SeriesEndDate(start, counted);
 }
 
 }  // namespace

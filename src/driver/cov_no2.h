@@ -51,7 +51,7 @@ class covNo2 {
     // an empty Variant.
     //   SetPriorities_, SetStatuses_  the host's words for levels of priority and states of tasks
     //   Meeting_ to Task_, Note_      its words for kinds of calendar entries
-    //   Minute_, Hour_, Day_          its words for units of time; all words wait for writing the calendar
+    //   Minute_, Hour_, Day_          its words for units of time; all words are for writing the calendar
     //   GetAllFields_                 not 0: reading contacts drops no value; one that finds its row taken
     //                                 goes behind the other, one without a row to that of code 70
     //   AddTimeOffset_                0 and more (as it is at first): times that a phone gives in UTC become
@@ -129,9 +129,10 @@ class covNo2 {
     Long WriteAddressBookItem(Text& model, Text& PhoneId, Text& Id, Text& elems,
                               const TextTable& Mobilefields, bool isnew = false, bool delete_ = false,
                               Long isrewrite = 0, Long pCallBack = 0) noexcept;
-    // Ends the session of `what` (1 contacts): committed with `writeit`, else dropped. Where contacts are
-    // new, `tempids` and `uids` get the temporary id and the UID of each; otherwise both are left alone. 0,
-    // or the library's status; a failed commit leaves the phone as it was.
+    // Ends the session of `what` (1 contacts, 2 calendar): committed with `writeit`, else dropped. Where
+    // contacts are new, `tempids` and `uids` get the temporary id and the UID of each; otherwise both are
+    // left alone; the calendar adds an element "0" and an empty text in any case. 0, or the library's status;
+    // a failed commit leaves the phone as it was.
     Long EndWriteSession(Long what, TextArray& tempids, TextArray& uids, bool writeit = false) noexcept;
     // For `what` 1: position, ";" and UID of every contact the phone listed when the session began; no
     // elements without a session. 0; any other `what` does nothing.
@@ -139,15 +140,39 @@ class covNo2 {
     // The library's content-access version, such as 50; 0 when it cannot be asked.
     Single GetApiVersion() noexcept;
 
-    // The calendar and the messages are not there yet: all of these give -1, as a Long in the Variants, and
-    // write nothing.
+    // The calendars of a phone. GetCalendarFolders gives their names and, as decimal text, their ids from
+    // index 0, the root before all others, and takes a leading "Nokia\" off `model`. In new names "/" and ":"
+    // become blanks; what has been changed stands on the phone at once. 0; -1 library not started (changing:
+    // also no calendar to change), -2 no such phone, -3 not connected (0x80100023 as it is), -7 no memory for
+    // the name, -8 no calendar of that name, else the library's status, as a Long in the Variants.
     Variant RenameCalender(Text& model, const Text& PhoneId, const Text& oldname,
                            const Text& NewName) noexcept;
     Variant CreateCalender(Text& model, const Text& PhoneId, const Text& NewName) noexcept;
     Variant DeleteCalender(Text& model, const Text& PhoneId, const Text& Name) noexcept;
     Long GetCalendarFolders(Text& model, Text& PhoneId, TextArray& CalNames, TextArray& CalIds) noexcept;
+    // Reads every entry of every calendar into `CalItems`, anew from index 0, as a VEVENT or VTODO block
+    // whose times are local ISO texts and whose repeat rule is in the short style, "W2 MO TH 20081231". An
+    // entry that the phone refuses is left out. Raises `Progressbar` by 1 a step and an entry and 50 for each
+    // calendar's list. `MobileCalFields` has no effect. The highest index (0 also without entries); -1
+    // library not started, -2 no such phone, or reading not begun, -3 not connected (0x80100023 as it is), -4
+    // calendars not listed, else the status with which a list was refused, after as many as four attempts;
+    // `CalItems` then has what was read.
     Long NokiaGetCalendarItems(Text& model, Text& PhoneId, HostArray<CalItem>& CalItems,
                                const TextTable& MobileCalFields, const ObjectPointer& Progressbar) noexcept;
+    // Writing the calendar, in a session as with contacts. The row `indexingrid` of `CalGrid`, an object
+    // whose textmatrix(row, column) gives a cell's text (driver/grid_object.h), becomes the entry that
+    // `ItemUid` names by its UID or a number of up to three digits, or a new one, whose temporary id comes
+    // back there. Row c, column 1 of `MobileCalFields` is the field code of grid column c + 1: 1 kind, 3
+    // description, 4 start, 5 end, 6 status, 7 due, 8 repeat rule in either style, with " EX:" and days
+    // behind it, 9 alarm (a date or a lead time), 11 location, 12 summary, 13 priority, 15 calendar. Dates
+    // are texts in the user's form. A cell that cannot be read leaves its field alone, an entry that the row
+    // does not change is not written, and one whose calendar is another is written anew there. What an entry
+    // cannot hold: of a monthly rule the phone keeps the weekday of the start (from library version 36 on;
+    // before, the day), of a yearly one in the short style every year; an endless series ends in 2100 on
+    // platforms from 60 on; a to-do without a date is due in 2050; an empty summary is a blank.
+    // 0 written, unchanged, deleted, or (deleting) not there; -1 library not started, no memory for a value,
+    // or a rule with an interval or a number of exceptions beyond 255, -2 no such phone, -3 not connected, -4
+    // operation not begun, -5 entries not listed, else the library's status.
     Long DeleteCalendarItem(Text& model, Text& PhoneId, const Text& Id) noexcept;
     Long WriteCalendarItem(Text& model, Text& PhoneId, CalItem& elemcal, const ObjectPointer& CalGrid,
                            Long indexingrid, const TextTable& MobileCalFields) noexcept;

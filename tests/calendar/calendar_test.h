@@ -148,7 +148,7 @@ class CalendarTest : public PhoneTest {
             const Text name = line.substr(0, colon), value = line.substr(colon + 1);
             if (name == u"TYPE") cells[1] = value;
             if (line == u"BEGIN:VTODO") cells[1] = u"task";
-            if (name == u"DESCRIPTION") cells[3] = value;
+            if (name == u"DESCRIPTION") cells[3] = replaceAll(value, u"\\n", u"\r\n");
             if (name == u"DTSTART") cells[4] = local(value);
             if (name == u"DTEND") cells[5] = local(value);
             if (name == u"STATUS") cells[6] = value;

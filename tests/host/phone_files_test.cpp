@@ -24,6 +24,16 @@ class ListingDriver : public PhoneDriver {
   public:
     explicit ListingDriver(Lister lister) : lister_(std::move(lister)) {}
 
+    Long listFolder(const ListedPhone&, const Text& folder, std::vector<FolderEntry>& entries) override {
+        return lister_(folder, entries);
+    }
+    std::string connectivityFolder() override { return {}; }
+    SoftwareReport software() override { return {}; }
+    Long listPhones(std::vector<ListedPhone>&) override { return 0; }
+    Long readContacts(const ListedPhone&, const TextTable&, const std::string&,
+                      const std::function<void(Long)>&, std::vector<Contact>&) override {
+        return -1;
+    }
     Long writeContact(const ListedPhone&, const TextTable&, const Text&, Text&,
                       const LossQuestion&) override {
         return -1;
@@ -39,16 +49,6 @@ class ListingDriver : public PhoneDriver {
     Long deleteMessage(const ListedPhone&, DataStore, const Text&, const Text&) override { return -1; }
     Long deleteNote(const ListedPhone&, const Text&) override { return -1; }
     Long endData(bool) override { return -1; }
-    Long listFolder(const ListedPhone&, const Text& folder, std::vector<FolderEntry>& entries) override {
-        return lister_(folder, entries);
-    }
-    std::string connectivityFolder() override { return {}; }
-    SoftwareReport software() override { return {}; }
-    Long listPhones(std::vector<ListedPhone>&) override { return 0; }
-    Long readContacts(const ListedPhone&, const TextTable&, const std::string&,
-                      const std::function<void(Long)>&, std::vector<Contact>&) override {
-        return -1;
-    }
     Long getFile(const Text&, const std::string&) override { return -1; }
     Long putFile(const std::string&, const Text&) override { return -1; }
     Long renameFile(const Text&, const Text&) override { return -1; }

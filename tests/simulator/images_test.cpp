@@ -148,17 +148,27 @@ TEST_F(Images, ADamagedImageIsLeftOutWithFilePlaceAndWhatWasExpected) {
     }
 }
 
-TEST_F(Images, AnyCutOffOrAlteredPhoneBookIsReadOrRefusedButNeverBreaksTheWorld) {
-    const std::string whole = fieldWith(R"("id": 256, "address": [null, "Ringstraße"], "pair": "c")");
+TEST_F(Images, AnyCutOffOrAlteredStoreIsReadOrRefusedButNeverBreaksTheWorld) {
+    const Damage stores[] = {
+        field(R"("id": 256, "address": [null, "Ringstraße"], "pair": "c")", "", ""),
+        entry(R"("start": "2008-07-19T14:30:00+60+60", "repeat": {"every": "week", "days": ["MO"]}, "type": 8,
+            "exceptions": ["2008-07-21"], "summary": "ß", "fields": [{"id": 774, "number": 1}])",
+              "", ""),
+        message(R"("date": "2008-07-19", "addresses": ["+49", {"text": null, "info": 1}], "bytes": "00FF")",
+                "", ""),
+    };
     phones.write("one/phone.json", plainPhone);
-    for (std::size_t i = 0; i < whole.size(); ++i) {
-        control.reset();
-        phones.write("one/contacts.json", whole.substr(0, i));
-        EXPECT_THAT(load(), SizeIs(1)) << i;
-        std::string altered = whole;
-        altered[i] = '"';
-        phones.write("one/contacts.json", altered);
-        load();
+    for (const auto& [file, whole, place, expected] : stores) {
+        for (std::size_t i = 0; i < whole.size(); ++i) {
+            control.reset();
+            phones.write(std::string("one/") + file, whole.substr(0, i));
+            EXPECT_THAT(load(), SizeIs(1)) << i;
+            std::string altered = whole;
+            altered[i] = '"';
+            phones.write(std::string("one/") + file, altered);
+            load();
+        }
+        phones.write(std::string("one/") + file, whole);
     }
 }
 
