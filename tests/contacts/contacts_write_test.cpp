@@ -175,6 +175,11 @@ TEST_F(ContactsWriteTest, AddressesAreGatheredByTheHostsCodes) {
               afterWriting({text(2, "A"), general}, u"A\tStreet 1\t10115\tTown\tState\tLand"));
     EXPECT_EQ("2=A 256=,Street 2,10115,Town,State,Land,",
               afterWriting({text(2, "A"), general}, u"A\tStreet 2\t10115\tTown\tState\tLand"));
+    // A second general address was read into the rows of the work address, and stays what it is.
+    const Json second = {{"id", 256}, {"address", {"box", "Way", nullptr, "City"}}};
+    table = tableOf({1, 6, 8, 45, 47, 11});
+    EXPECT_EQ("2=A 256=po,Street 1,10115,Town,State,Land,x, 256=box,Way,,City,",
+              afterWriting({text(2, "A"), general, second}, u"A\tWay\tCity\tStreet 1\tTown\t"));
 }
 
 TEST_F(ContactsWriteTest, OldLibrariesGetBlanksAndNoLastGroup) {
