@@ -208,6 +208,7 @@ void removeMessages(const Context& context, const MessagesOptions& wanted) {
     }
     for (const auto& [folder, inIt] : byFolder) {
         std::vector<DataChange> changes;
+        changes.reserve(inIt.size());
         for (const Text& uid : inIt)
             changes.emplace_back([&phone, &place = folder, &uid](PhoneDriver& driver) {
                 return driver.deleteMessage(phone, place.first, place.second, uid);
