@@ -247,10 +247,10 @@ ContactWriting::Now ContactWriting::look() {
     }
     for (const std::string& message : book.missing)
         note("ovphone: " + message);
-    Now now{.isWhole = book.contacts.size() == book.listed, .byUid = {}, .added = {}};
+    Now now{.isWhole = book.contacts.size() == book.listed, .byUid = {}, .added = {}, .byContent = {}};
     for (const Contact& contact : book.contacts) {
-        const auto place = now.byUid.emplace(contact.uid, draftOf(contact, pictures_)).first;
-        if (!before_.contains(contact.uid)) now.added.emplace(contentOf(place->second), contact.uid);
+        now.byUid.emplace(contact.uid, draftOf(contact, pictures_));
+        if (!before_.contains(contact.uid)) now.added.push_back(contact.uid);
     }
     return now;
 }
@@ -260,10 +260,12 @@ const ContactDraft* ContactWriting::find(const ContactChange& change, Now& now) 
     const auto id = ids_.find(&change);
     auto there = now.byUid.find(id == ids_.end() ? change.after.uid : id->second);
     if (there == now.byUid.end() && change.kind == ContactChange::Kind::add) {
-        const auto equal = now.added.find(contentOf(change.after));
-        if (equal == now.added.end()) return nullptr;
+        for (const Text& uid : std::exchange(now.added, {}))
+            now.byContent.emplace(contentOf(now.byUid.at(uid)), uid);
+        const auto equal = now.byContent.find(contentOf(change.after));
+        if (equal == now.byContent.end()) return nullptr;
         there = now.byUid.find(equal->second);
-        now.added.erase(equal);
+        now.byContent.erase(equal);
     }
     return there == now.byUid.end() ? nullptr : &there->second;
 }

@@ -61,7 +61,8 @@ class ContactWriting {
     struct Now {
         bool isWhole = true;
         std::map<Text, ContactDraft> byUid;
-        std::multimap<ContactContent, Text> added;  // uids of those that were not there at first
+        std::vector<Text> added;                        // uids of those that were not there at first
+        std::multimap<ContactContent, Text> byContent;  // of these, made when it is needed
     };
     Now look();
     const ContactDraft* find(const ContactChange& change, Now& now) const;
