@@ -183,6 +183,7 @@ class ComDriver : public PhoneDriver {
     Long readCalendar(const ListedPhone& phone, const std::function<void(Long)>& progress,
                       std::vector<CalendarItem>& items) override {
         Bstr model(phone.model), serial(phone.serial);
+        module_->put_PhoneModel_(model.address());
         OwnedSafeArray records;
         OwnedSafeArray noFields(newTable(fieldTable({{CalendarCell::summary, {}}})));
         ComPointer<IDispatch> control;
@@ -199,6 +200,7 @@ class ComDriver : public PhoneDriver {
                            Text& id) override {
         giveTypeWords();
         Bstr model(phone.model), serial(phone.serial);
+        module_->put_PhoneModel_(model.address());
         Bstr uid(id);
         tCalItem item{};
         item.ItemUid = uid.release();

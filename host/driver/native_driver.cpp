@@ -162,6 +162,7 @@ class NativeDriver : public PhoneDriver {
                       std::vector<CalendarItem>& items) override {
         Text model = phone.model;
         Text serial = phone.serial;
+        module_.PhoneModel_(phone.model);
         HostArray<CalItem> records;
         const Long result = module_.NokiaGetCalendarItems(model, serial, records, TextTable(),
                                                           std::make_shared<ProgressObject>(progress));
@@ -174,6 +175,7 @@ class NativeDriver : public PhoneDriver {
     Long writeCalendarItem(const ListedPhone& phone, const std::vector<CalendarCell>& cells,
                            Text& id) override {
         giveTypeWords();
+        module_.PhoneModel_(phone.model);
         Text model = phone.model;
         Text serial = phone.serial;
         CalItem item;
