@@ -126,7 +126,7 @@ class EntryReader {
         for (const std::string_view word : partsOf(line.value, ",;")) {
             const std::string name = upperCased(toUtf8(trimBlanks(fromUtf8(unescaped(line, word)))));
             if (name.empty() || name == "MISCELLANEOUS") continue;
-            const std::optional<Kind> kind = kindNamed(name);
+            const std::optional<Kind> kind = fileKindNamed(name);
             if (!kind)
                 say("CATEGORIES");
             else if (!component_.find(kindProperty))
@@ -135,7 +135,7 @@ class EntryReader {
     }
 
     void takeKind(const ContentLine& line) {
-        if (const std::optional<Kind> kind = kindNamed(upperCased(line.value))) return setKind(*kind);
+        if (const std::optional<Kind> kind = fileKindNamed(upperCased(line.value))) return setKind(*kind);
         if (line.name == kindProperty && !line.value.empty()) say(line.name);
     }
 

@@ -9,7 +9,7 @@ namespace ovno2::host {
 using namespace std::chrono;
 using Kind = CalendarEntry::Kind;
 
-std::optional<Kind> kindNamed(std::string_view name) {
+std::optional<Kind> fileKindNamed(std::string_view name) {
     static constexpr struct {
         std::string_view name;
         Kind kind;

@@ -18,7 +18,7 @@ inline constexpr std::string_view noUid = "@none.ovphone";  // at the end of a u
 
 // "MEETING", "CALL" ... in X-OVPHONE-KIND and vCalendar's TYPE, and what other programs call them in
 // CATEGORIES. Upper case.
-std::optional<CalendarEntry::Kind> kindNamed(std::string_view name);
+std::optional<CalendarEntry::Kind> fileKindNamed(std::string_view name);
 std::string_view kindName(CalendarEntry::Kind kind);
 std::string_view categoryOf(CalendarEntry::Kind kind);  // empty = none
 
