@@ -347,7 +347,7 @@ class EntryReader {
         if (!start_ || start == kept_.end()) return say("RRULE: there is no date to begin on");
         const ContentLine& line = *found->second;
         const FileRule rule{.text = line.value,
-                            .isOldForm = line.isOldForm && line.value.find("FREQ=") == std::string::npos,
+                            .isOldForm = upperCased(line.value).find("FREQ=") == std::string::npos,
                             .start = *momentOf(*start->second, start->second->value),
                             .localStart = *start_,
                             .zone = zoneOf(*start->second)};
