@@ -1,3 +1,4 @@
+#include "host/calendar/commands.h"
 #include "host/command_line.h"
 #include "host/contacts/commands.h"
 #include "host/files/commands.h"
@@ -10,8 +11,8 @@
 int main(int argc, char** argv) {
     using namespace ovno2::host;
     console::useLargePages();
-    constexpr RegisterCommand* commands[] = {registerOverview, registerList,  registerContacts,
-                                             registerMessages, registerNotes, registerFiles,
-                                             registerDoctor,   registerLog};
+    constexpr RegisterCommand* commands[] = {registerOverview, registerList,   registerContacts,
+                                             registerMessages, registerNotes,  registerCalendar,
+                                             registerFiles,    registerDoctor, registerLog};
     return runCommandLine(console::arguments(argc, argv), commands);
 }

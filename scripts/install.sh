@@ -20,6 +20,7 @@ test    /usr/include/gmock/gmock.h               libgmock-dev
 test    /usr/bin/clang-format                    clang-format
 test    /usr/bin/clang-tidy                      clang-tidy
 test    /usr/bin/gammu                           gammu
+test    /usr/include/libical/ical.h              libical-dev
 windows /usr/bin/i686-w64-mingw32-g++-posix      g++-mingw-w64-i686-posix
 windows /usr/bin/i686-w64-mingw32-windres        binutils-mingw-w64-i686
 windows /usr/bin/i686-w64-mingw32-widl           mingw-w64-tools

@@ -149,7 +149,7 @@ bool ContactWriting::writeSession(Changes changes) {
 
 // A commit that failed is looked at: the phone may have taken it and its answer be lost.
 bool ContactWriting::commit(Changes written) {
-    std::vector<AddedContact> added;
+    std::vector<AddedItem> added;
     isCommitting_ = true;
     const Long result =
         interruption_.whileAsking([&] { return phones_.driver().endContacts(/*commit=*/true, added); });
@@ -169,7 +169,7 @@ bool ContactWriting::commit(Changes written) {
     isCommitting_ = false;
     committed_ += written.size();
     std::map<Text, Text> uids;
-    for (AddedContact& contact : added)
+    for (AddedItem& contact : added)
         uids[contact.temporaryId] = contact.uid;
     for (const ContactChange* const change : written)
         if (const auto id = ids_.find(change); id != ids_.end()) id->second = uids[id->second];
@@ -178,7 +178,7 @@ bool ContactWriting::commit(Changes written) {
 
 // Ends the session without a change.
 void ContactWriting::drop() {
-    std::vector<AddedContact> none;
+    std::vector<AddedItem> none;
     interruption_.whileAsking([&] { return phones_.driver().endContacts(/*commit=*/false, none); });
 }
 

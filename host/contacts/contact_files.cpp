@@ -1,9 +1,6 @@
 #include "host/contacts/contact_files.h"
 
 #include <cstdint>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 
 #include "host/contacts/csv_contacts.h"
 #include "host/contacts/vcard_reader.h"
@@ -11,13 +8,12 @@
 #include "host/output/command_output.h"
 #include "host/output/console.h"
 #include "host/output/exit_status.h"
+#include "host/output/input_file.h"
 #include "host/output/output_file.h"
 
 namespace ovno2::host {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* standardStream = "-";
 
@@ -30,18 +26,10 @@ std::string formatOf(const ContactFileOptions& wanted) {
     return {};
 }
 
-std::string bytesOf(std::istream& stream) {
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 bool beginsLikeACard(std::string_view bytes) {
     constexpr std::string_view begin = "BEGIN:VCARD";
     const std::size_t place = std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size());
     return equalsIgnoringCase(fromUtf8(bytes.substr(place, begin.size())), fromUtf8(begin));
-}
-
-[[noreturn]] void refuse(const std::string& file, const std::string& why) {
-    throw CommandFailure{failed, "\"" + file + "\" " + why};
 }
 
 std::string written(std::span<const ContactDraft> contacts, const ContactFileOptions& wanted) {
@@ -55,22 +43,11 @@ std::string written(std::span<const ContactDraft> contacts, const ContactFileOpt
 }  // namespace
 
 ContactFile readContactFile(const ContactFileOptions& wanted) {
-    std::string bytes;
-    if (wanted.file == standardStream) {
-        bytes = bytesOf(std::cin);
-    } else {
-        const fs::path path = console::pathOf(wanted.file);
-        std::error_code error;
-        if (fs::is_directory(path, error)) refuse(wanted.file, "is a folder.");
-        std::ifstream stream(path, std::ios::binary);
-        if (!stream) refuse(wanted.file, fs::exists(path, error) ? "cannot be read." : "is not there.");
-        bytes = bytesOf(stream);
-        if (stream.bad()) refuse(wanted.file, "cannot be read.");
-    }
-    bytes = withoutMark(bytes);
+    const std::string file = readInputFile(wanted.file);
+    const auto bytes = withoutMark(file);
     std::string format = formatOf(wanted);
     if (format.empty()) format = beginsLikeACard(bytes) ? "vcf" : "csv";
-    const std::string name = wanted.file == standardStream ? "standard input" : wanted.file;
+    const std::string name = inputName(wanted.file);
     if (format == "csv") {
         CsvContacts read = readCsvContacts(bytes, name);
         return {std::move(read.contacts), std::move(read.problems)};

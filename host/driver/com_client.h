@@ -43,10 +43,10 @@ inline SAFEARRAY* newTable(const TextTable& table) {
     return array.release();
 }
 
-// The progress control: a dispatch object whose property "value" the module raises.
-class ProgressControl final : public IDispatch {
+// A late-bound object of the host's with one property.
+class OneProperty : public IDispatch {
   public:
-    explicit ProgressControl(std::function<void(Long)> changed) : changed_(std::move(changed)) {}
+    explicit OneProperty(const wchar_t* name) : name_(name) {}
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
         *object = nullptr;
@@ -69,35 +69,85 @@ class ProgressControl final : public IDispatch {
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
         for (UINT i = 0; i < count; ++i)
             ids[i] = DISPID_UNKNOWN;
-        if (count != 1 || lstrcmpiW(names[0], L"value") != 0) return DISP_E_UNKNOWNNAME;
+        if (count != 1 || lstrcmpiW(names[0], name_) != 0) return DISP_E_UNKNOWNNAME;
         ids[0] = DISPID_VALUE;
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD kind, DISPPARAMS* parameters,
                                      VARIANT* result, EXCEPINFO*, UINT*) override {
         if (member != DISPID_VALUE) return DISP_E_MEMBERNOTFOUND;
-        if ((kind & DISPATCH_PROPERTYGET) != 0) {
-            if (!result) return S_OK;
-            V_VT(result) = VT_I4;
-            V_I4(result) = value_;
-            return S_OK;
-        }
+        if ((kind & DISPATCH_PROPERTYGET) != 0) return get(*parameters, result);
         if ((kind & DISPATCH_PROPERTYPUT) == 0) return DISP_E_MEMBERNOTFOUND;
-        if (parameters->cArgs != 1) return DISP_E_BADPARAMCOUNT;
-        VARIANT number;
-        VariantInit(&number);
-        if (FAILED(VariantChangeType(&number, parameters->rgvarg, 0, VT_I4))) return DISP_E_TYPEMISMATCH;
-        value_ = V_I4(&number);
-        changed_(static_cast<Long>(value_));
+        return put(*parameters);
+    }
+
+  protected:
+    virtual ~OneProperty() = default;
+
+    // `result` may be null.
+    virtual HRESULT get(const DISPPARAMS& parameters, VARIANT* result) = 0;
+    virtual HRESULT put(const DISPPARAMS&) { return DISP_E_MEMBERNOTFOUND; }
+
+    static HRESULT numberOf(VARIANT& argument, LONG& number) {
+        VARIANT converted;
+        VariantInit(&converted);
+        if (FAILED(VariantChangeType(&converted, &argument, 0, VT_I4))) return DISP_E_TYPEMISMATCH;
+        number = V_I4(&converted);
         return S_OK;
     }
 
   private:
-    ~ProgressControl() = default;
-
+    const wchar_t* name_;
     std::atomic<ULONG> references_ = 1;
+};
+
+// The progress control: the module raises its property "value".
+class ProgressControl final : public OneProperty {
+  public:
+    explicit ProgressControl(std::function<void(Long)> changed)
+        : OneProperty(L"value"), changed_(std::move(changed)) {}
+
+  private:
+    HRESULT get(const DISPPARAMS&, VARIANT* result) override {
+        if (!result) return S_OK;
+        V_VT(result) = VT_I4;
+        V_I4(result) = value_;
+        return S_OK;
+    }
+    HRESULT put(const DISPPARAMS& parameters) override {
+        if (parameters.cArgs != 1) return DISP_E_BADPARAMCOUNT;
+        if (const HRESULT failed = numberOf(parameters.rgvarg[0], value_); FAILED(failed)) return failed;
+        changed_(static_cast<Long>(value_));
+        return S_OK;
+    }
+
     std::function<void(Long)> changed_;
     LONG value_ = 0;
+};
+
+// The calendar grid: its property "textmatrix"(row, column) gives a cell's text.
+class Grid final : public OneProperty {
+  public:
+    explicit Grid(std::function<Text(Long row, Long column)> cell)
+        : OneProperty(L"textmatrix"), cell_(std::move(cell)) {}
+
+  private:
+    HRESULT get(const DISPPARAMS& parameters, VARIANT* result) override {
+        if (parameters.cArgs != 2) return DISP_E_BADPARAMCOUNT;
+        if (!result) return S_OK;
+        LONG row = 0, column = 0;  // the last argument comes first
+        if (FAILED(numberOf(parameters.rgvarg[1], row)) || FAILED(numberOf(parameters.rgvarg[0], column)))
+            return DISP_E_TYPEMISMATCH;
+        try {
+            V_BSTR(result) = com::newBstr(cell_(static_cast<Long>(row), static_cast<Long>(column)));
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        }
+        V_VT(result) = VT_BSTR;
+        return S_OK;
+    }
+
+    std::function<Text(Long row, Long column)> cell_;
 };
 
 }  // namespace ovno2::host

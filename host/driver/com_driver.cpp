@@ -1,6 +1,7 @@
 // The driver over the COM object, as any program on Windows uses it.
 #include <system_error>
 
+#include "host/driver/calendar_cells.h"
 #include "host/driver/com_client.h"
 #include "host/driver/data_items.h"
 #include "host/driver/directory.h"
@@ -104,17 +105,9 @@ class ComDriver : public PhoneDriver {
         module_->DeleteAddressBookItem(model.address(), serial.address(), contact.get(), &result);
         return static_cast<Long>(result);
     }
-    Long endContacts(bool commit, std::vector<AddedContact>& added) override {
+    Long endContacts(bool commit, std::vector<AddedItem>& added) override {
         constexpr LONG contactsKind = 1;
-        OwnedSafeArray temporaryIds, uids;
-        LONG result = -1;
-        module_->EndWriteSession(contactsKind, temporaryIds.address(), uids.address(),
-                                 commit ? VARIANT_TRUE : VARIANT_FALSE, &result);
-        added.clear();
-        const std::span<BSTR> ids = slotsOf<BSTR>(temporaryIds), names = slotsOf<BSTR>(uids);
-        for (std::size_t i = 0; i < std::min(ids.size(), names.size()); ++i)
-            added.push_back({textOf(ids[i]), textOf(names[i])});
-        return static_cast<Long>(result);
+        return endSession(contactsKind, commit, added);
     }
 
     Long readData(const ListedPhone& phone, DataStore store, const std::function<void(Long)>& progress,
@@ -154,6 +147,85 @@ class ComDriver : public PhoneDriver {
         return static_cast<Long>(result);
     }
 
+    Long listCalendars(const ListedPhone& phone, std::vector<Text>& names) override {
+        Bstr model(phone.model), serial(phone.serial);
+        OwnedSafeArray calendars, ids;
+        LONG result = -1;
+        module_->GetCalendarFolders(model.address(), serial.address(), calendars.address(), ids.address(),
+                                    &result);
+        names.clear();
+        for (const BSTR name : slotsOf<BSTR>(calendars))
+            names.push_back(textOf(name));
+        return static_cast<Long>(result);
+    }
+    Long createCalendar(const ListedPhone& phone, const Text& name) override {
+        Bstr model(phone.model);
+        VARIANT result;
+        VariantInit(&result);
+        module_->CreateCalender(model.address(), Bstr(phone.serial).get(), Bstr(name).get(), &result);
+        return numberIn(result);
+    }
+    Long renameCalendar(const ListedPhone& phone, const Text& name, const Text& newName) override {
+        Bstr model(phone.model);
+        VARIANT result;
+        VariantInit(&result);
+        module_->RenameCalender(model.address(), Bstr(phone.serial).get(), Bstr(name).get(),
+                                Bstr(newName).get(), &result);
+        return numberIn(result);
+    }
+    Long deleteCalendar(const ListedPhone& phone, const Text& name) override {
+        Bstr model(phone.model);
+        VARIANT result;
+        VariantInit(&result);
+        module_->DeleteCalender(model.address(), Bstr(phone.serial).get(), Bstr(name).get(), &result);
+        return numberIn(result);
+    }
+    Long readCalendar(const ListedPhone& phone, const std::function<void(Long)>& progress,
+                      std::vector<CalendarItem>& items) override {
+        Bstr model(phone.model), serial(phone.serial);
+        module_->put_PhoneModel_(model.address());
+        OwnedSafeArray records;
+        OwnedSafeArray noFields(newTable(fieldTable({{CalendarCell::summary, {}}})));
+        ComPointer<IDispatch> control;
+        *control.out() = new ProgressControl(progress);
+        LONG result = -1;
+        module_->NokiaGetCalendarItems(model.address(), serial.address(), records.address(),
+                                       noFields.address(), control.out(), &result);
+        items.clear();
+        for (const tCalItem& record : slotsOf<tCalItem>(records))
+            items.push_back({textOf(record.VCalText), textOf(record.ItemUid)});
+        return static_cast<Long>(result);
+    }
+    Long writeCalendarItem(const ListedPhone& phone, const std::vector<CalendarCell>& cells,
+                           Text& id) override {
+        giveTypeWords();
+        Bstr model(phone.model), serial(phone.serial);
+        module_->put_PhoneModel_(model.address());
+        Bstr uid(id);
+        tCalItem item{};
+        item.ItemUid = uid.release();
+        OwnedSafeArray table(newTable(fieldTable(cells)));
+        ComPointer<IDispatch> grid;
+        *grid.out() = new Grid([&cells](Long, Long column) { return cellText(cells, column); });
+        LONG result = -1;
+        module_->WriteCalendarItem(model.address(), serial.address(), &item, grid.out(), /*indexingrid=*/1,
+                                   table.address(), &result);
+        id = textOf(item.ItemUid);
+        for (const BSTR text : {item.VCalText, item.VCalTextRead, item.ItemUid})
+            SysFreeString(text);
+        return static_cast<Long>(result);
+    }
+    Long deleteCalendarItem(const ListedPhone& phone, const Text& uid) override {
+        Bstr model(phone.model), serial(phone.serial);
+        LONG result = -1;
+        module_->DeleteCalendarItem(model.address(), serial.address(), Bstr(uid).get(), &result);
+        return static_cast<Long>(result);
+    }
+    Long endCalendar(bool commit, std::vector<AddedItem>& added) override {
+        constexpr LONG calendarKind = 2;
+        return endSession(calendarKind, commit, added);
+    }
+
     Long listFolder(const ListedPhone& phone, const Text& folder,
                     std::vector<FolderEntry>& entries) override {
         Bstr model(phone.model);
@@ -190,6 +262,33 @@ class ComDriver : public PhoneDriver {
     }
 
   private:
+    // What has no uid is no item.
+    Long endSession(LONG kind, bool commit, std::vector<AddedItem>& added) {
+        OwnedSafeArray temporaryIds, uids;
+        LONG result = -1;
+        module_->EndWriteSession(kind, temporaryIds.address(), uids.address(),
+                                 commit ? VARIANT_TRUE : VARIANT_FALSE, &result);
+        added.clear();
+        const std::span<const BSTR> ids = slotsOf<BSTR>(temporaryIds), names = slotsOf<BSTR>(uids);
+        for (std::size_t i = 0; i < std::min(ids.size(), names.size()); ++i)
+            if (SysStringLen(names[i]) != 0) added.push_back({textOf(ids[i]), textOf(names[i])});
+        return static_cast<Long>(result);
+    }
+    void giveTypeWords() {
+        using PutWord = HRESULT (STDMETHODCALLTYPE _covNo2::*)(BSTR*);
+        constexpr PutWord members[] = {&_covNo2::put_Meeting_,  &_covNo2::put_Call_,
+                                       &_covNo2::put_Bithday_,  &_covNo2::put_Note_,
+                                       &_covNo2::put_Reminder_, &_covNo2::put_Task_};
+        for (std::size_t i = 0; i < std::size(members); ++i) {
+            Bstr word(calendarTypeWords[i]);
+            (module_.operator->()->*members[i])(word.address());
+        }
+    }
+    static Long numberIn(VARIANT& result) {
+        const Long number = V_VT(&result) == VT_I4 ? static_cast<Long>(V_I4(&result)) : -1;
+        VariantClear(&result);
+        return number;
+    }
     Long writeData(const ListedPhone& phone, const Text& item) {
         return withTexts(&_covNo2::WriteDataItem, phone.model, phone.serial, item);
     }

@@ -64,10 +64,40 @@ using LossQuestion = std::function<LossAnswer(const Text& name)>;
 // What a phone keeps its messages and notes in.
 enum class DataStore : Long { messages = 1, otherMessages = 2, notes = 4 };
 
-// A contact that has come to the phone, and what the phone calls it now.
-struct AddedContact {
+// A contact or calendar entry that has come to the phone, and what the phone calls it now.
+struct AddedItem {
     Text temporaryId;
     Text uid;
+};
+
+// An entry of a calendar.
+struct CalendarItem {
+    Text block;  // lines as of a vCalendar file, "BEGIN:VEVENT" to "END:VEVENT"; "\n" in a value ends a line
+    Text uid;    // pairs of upper-case hexadecimal digits, or the phone's number
+};
+
+// What the module is told to call meetings, calls, birthdays, notes, reminders and to-dos.
+inline constexpr const char16_t* calendarTypeWords[] = {u"Meeting", u"Call",     u"Birthday",
+                                                        u"Note",    u"Reminder", u"Task"};
+
+// A field of an entry that is written.
+struct CalendarCell {
+    enum Field : Long {
+        type = 1,  // one of `calendarTypeWords`
+        description = 3,
+        start = 4,  // dates: ISO 8601 with a blank before the time
+        end = 5,
+        status = 6,  // of to-dos, a number
+        due = 7,
+        rule = 8,  // and " EX:" with days, "20080105;20080112"
+        alarm = 9,
+        location = 11,
+        summary = 12,
+        priority = 13,  // of to-dos, a number
+        calendar = 15   // the name
+    };
+    Field field;
+    Text text;
 };
 
 class PhoneDriver {
@@ -102,7 +132,7 @@ class PhoneDriver {
                               const LossQuestion& ask) = 0;
     virtual Long deleteContact(const ListedPhone& phone, const Text& uid) = 0;
     // Ends the session: all of it is written, or, without `commit` or when that fails, nothing.
-    virtual Long endContacts(bool commit, std::vector<AddedContact>& added) = 0;
+    virtual Long endContacts(bool commit, std::vector<AddedItem>& added) = 0;
 
     // Reads a whole store; `lines` gets a line an item, its parts divided by "|": of a message folder name,
     // folder path, folder id, local time in the user's form, UID, addresses divided by ",", text; of a note
@@ -122,6 +152,28 @@ class PhoneDriver {
                                const Text& uid) = 0;
     virtual Long deleteNote(const ListedPhone& phone, const Text& uid) = 0;
     virtual Long endData(bool commit) = 0;
+
+    // The names of the calendars; the first is the root that all others lie below, and no calendar for
+    // people.
+    virtual Long listCalendars(const ListedPhone& phone, std::vector<Text>& names) = 0;
+    // Done at once. "/" and ":" in a new name become blanks. Deleting a calendar deletes its entries.
+    virtual Long createCalendar(const ListedPhone& phone, const Text& name) = 0;
+    virtual Long renameCalendar(const ListedPhone& phone, const Text& name, const Text& newName) = 0;
+    virtual Long deleteCalendar(const ListedPhone& phone, const Text& name) = 0;
+
+    // Reads the entries of all calendars; those that cannot be read are left out. A result below 0 may come
+    // with the entries of the calendars before the one that failed. `progress` is called as above: for every
+    // calendar (the root, too) a jump of 50, one when its entries begin, and one for each entry.
+    virtual Long readCalendar(const ListedPhone& phone, const std::function<void(Long value)>& progress,
+                              std::vector<CalendarItem>& items) = 0;
+
+    // Writing entries: as with contacts, nothing is changed on the phone until the session ends. `id` is the
+    // entry's uid; empty = a new entry, whose temporary id it becomes. Fields without a cell stay as they
+    // are; a cell `calendar` moves the entry, which then has what the cells say and nothing else.
+    virtual Long writeCalendarItem(const ListedPhone& phone, const std::vector<CalendarCell>& cells,
+                                   Text& id) = 0;
+    virtual Long deleteCalendarItem(const ListedPhone& phone, const Text& uid) = 0;
+    virtual Long endCalendar(bool commit, std::vector<AddedItem>& added) = 0;
 
     // The phone's files. Phone paths are "E:\Images"; an empty one is the phone itself, whose folders are the
     // drives. Listing opens the session with the phone, and the other operations work on the phone that was

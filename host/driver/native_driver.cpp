@@ -1,7 +1,9 @@
 // The driver over the public class, in the same process.
 #include "core/current_platform.h"
 #include "driver/cov_no2.h"
+#include "driver/grid_object.h"
 #include "driver/progress_object.h"
+#include "host/driver/calendar_cells.h"
 #include "host/driver/data_items.h"
 #include "host/driver/directory.h"
 #include "host/driver/loss_answer.h"
@@ -18,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr Long contactsKind = 1;
+constexpr Long contactsKind = 1, calendarKind = 2;
 
 // The host's function that the module calls, for the time of a call.
 class AskedProcedure {
@@ -99,13 +101,8 @@ class NativeDriver : public PhoneDriver {
         Text model = phone.model, serial = phone.serial;
         return module_.DeleteAddressBookItem(model, serial, uid);
     }
-    Long endContacts(bool commit, std::vector<AddedContact>& added) override {
-        TextArray temporaryIds, uids;
-        const Long result = module_.EndWriteSession(contactsKind, temporaryIds, uids, commit);
-        added.clear();
-        for (std::size_t i = 0; i < std::min(temporaryIds.size(), uids.size()); ++i)
-            added.push_back({std::move(temporaryIds.elements()[i]), std::move(uids.elements()[i])});
-        return result;
+    Long endContacts(bool commit, std::vector<AddedItem>& added) override {
+        return endSession(contactsKind, commit, added);
     }
 
     Long readData(const ListedPhone& phone, DataStore store, const std::function<void(Long)>& progress,
@@ -139,6 +136,64 @@ class NativeDriver : public PhoneDriver {
     Long endData(bool commit) override {
         TextArray temporaryIds, uids;
         return module_.EndWriteSession(messagesAndNotes, temporaryIds, uids, commit);
+    }
+
+    Long listCalendars(const ListedPhone& phone, std::vector<Text>& names) override {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        TextArray calendars, ids;
+        const Long result = module_.GetCalendarFolders(model, serial, calendars, ids);
+        names = std::move(calendars.elements());
+        return result;
+    }
+    Long createCalendar(const ListedPhone& phone, const Text& name) override {
+        Text model = phone.model;
+        return numberIn(module_.CreateCalender(model, phone.serial, name));
+    }
+    Long renameCalendar(const ListedPhone& phone, const Text& name, const Text& newName) override {
+        Text model = phone.model;
+        return numberIn(module_.RenameCalender(model, phone.serial, name, newName));
+    }
+    Long deleteCalendar(const ListedPhone& phone, const Text& name) override {
+        Text model = phone.model;
+        return numberIn(module_.DeleteCalender(model, phone.serial, name));
+    }
+    Long readCalendar(const ListedPhone& phone, const std::function<void(Long)>& progress,
+                      std::vector<CalendarItem>& items) override {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        module_.PhoneModel_(phone.model);
+        HostArray<CalItem> records;
+        const Long result = module_.NokiaGetCalendarItems(model, serial, records, TextTable(),
+                                                          std::make_shared<ProgressObject>(progress));
+        items.clear();
+        items.reserve(records.size());
+        for (CalItem& record : records.elements())
+            items.push_back({std::move(record.VCalText), std::move(record.ItemUid)});
+        return result;
+    }
+    Long writeCalendarItem(const ListedPhone& phone, const std::vector<CalendarCell>& cells,
+                           Text& id) override {
+        giveTypeWords();
+        module_.PhoneModel_(phone.model);
+        Text model = phone.model;
+        Text serial = phone.serial;
+        CalItem item;
+        item.ItemUid = id;
+        const Long result = module_.WriteCalendarItem(
+            model, serial, item,
+            std::make_shared<GridObject>([&cells](Long, Long column) { return cellText(cells, column); }),
+            /*indexingrid=*/1, fieldTable(cells));
+        id = item.ItemUid;
+        return result;
+    }
+    Long deleteCalendarItem(const ListedPhone& phone, const Text& uid) override {
+        Text model = phone.model;
+        Text serial = phone.serial;
+        return module_.DeleteCalendarItem(model, serial, uid);
+    }
+    Long endCalendar(bool commit, std::vector<AddedItem>& added) override {
+        return endSession(calendarKind, commit, added);
     }
 
     Long listFolder(const ListedPhone& phone, const Text& folder,
@@ -184,6 +239,29 @@ class NativeDriver : public PhoneDriver {
     void endFiles() override { module_.EndFS(); }
 
   private:
+    static Long numberIn(const Variant& result) {
+        const Long* const number = std::get_if<Long>(&result);
+        return number ? *number : -1;
+    }
+    void giveTypeWords() {
+        module_.Meeting_(calendarTypeWords[0]);
+        module_.Call_(calendarTypeWords[1]);
+        module_.Bithday_(calendarTypeWords[2]);
+        module_.Note_(calendarTypeWords[3]);
+        module_.Reminder_(calendarTypeWords[4]);
+        module_.Task_(calendarTypeWords[5]);
+    }
+
+    // What has no uid is no item.
+    Long endSession(Long kind, bool commit, std::vector<AddedItem>& added) {
+        TextArray temporaryIds, uids;
+        const Long result = module_.EndWriteSession(kind, temporaryIds, uids, commit);
+        added.clear();
+        for (std::size_t i = 0; i < std::min(temporaryIds.size(), uids.size()); ++i)
+            if (!uids.elements()[i].empty())
+                added.push_back({std::move(temporaryIds.elements()[i]), std::move(uids.elements()[i])});
+        return result;
+    }
     Long writeData(const ListedPhone& phone, Text item) {
         Text model = phone.model;
         Text serial = phone.serial;

@@ -91,6 +91,32 @@ constexpr ResultMessage messages[] = {
      "in reach; then retry."},
     {Operation::writeMessages, step(-4), "% did not begin the change. Retry."},
     {Operation::writeMessages, step(-5), "% did not list what it has. Retry."},
+    {Operation::readCalendar, step(-1),
+     "The part of the connectivity software that reads calendars could not be started. Is it installed "
+     "completely?"},
+    {Operation::readCalendar, step(-2),
+     "% is no longer attached, or let nobody read its calendar. Check the cable or the Bluetooth connection "
+     "and retry."},
+    {Operation::readCalendar, step(-3),
+     "% has no calendar that can be read, or refused the connection to it. Accept the connection on the "
+     "phone, and see that it is switched on, not locked and in reach; then retry."},
+    {Operation::readCalendar, step(-4), "% did not tell its calendars. Retry."},
+    {Operation::writeCalendar, step(-1),
+     "$ was not taken: it repeats at an interval above 255 or has more than 255 exceptions, there was no "
+     "memory, or the connectivity software could not be started."},
+    {Operation::writeCalendar, step(-2), "% is no longer attached. Attach it again and retry."},
+    {Operation::writeCalendar, step(-3),
+     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked "
+     "and in reach; then retry."},
+    {Operation::writeCalendar, step(-4), "% did not begin the change. Retry."},
+    {Operation::writeCalendar, step(-5), "% did not list its calendar entries. Retry."},
+    {Operation::changeCalendars, step(-1), "% did not tell its calendars. Retry."},
+    {Operation::changeCalendars, step(-2), "% is no longer attached. Attach it again and retry."},
+    {Operation::changeCalendars, step(-3),
+     "% refused the connection. Accept it on the phone, and see that the phone is switched on, not locked "
+     "and in reach; then retry."},
+    {Operation::changeCalendars, step(-7), "There was no memory for the name of the calendar."},
+    {Operation::changeCalendars, step(-8), "% has no calendar of that name."},
     {Operation::openFiles, step(-1),
      "% did not open its files. It may be locked, busy with another program, attached as a USB drive, or no "
      "longer "

@@ -26,7 +26,7 @@ class People {
         for (const Text& address : message.addresses)
             group.push_back(numberOf(address));
         std::ranges::sort(group);
-        group.erase(std::ranges::unique(group).begin(), group.end());
+        group.erase(std::unique(group.begin(), group.end()), group.end());
         return group;
     }
 

@@ -13,32 +13,7 @@ namespace ovno2::host {
 
 namespace {
 
-// What the phone named, from the steps of the progress control: each folder that it lists is announced by a
-// jump, one step says that its items follow, two steps belong to each of them.
-class ListedItems {
-  public:
-    void advanceTo(Long value) {
-        constexpr Long announcement = 50;
-        const Long step = value - value_;
-        value_ = value;
-        if (step >= announcement)
-            folders_.push_back(0);
-        else if (!folders_.empty())
-            folders_.back() += static_cast<std::size_t>(step);
-    }
-    bool anyFolder() const { return !folders_.empty(); }
-    std::size_t notOpened() const { return static_cast<std::size_t>(std::ranges::count(folders_, 0U)); }
-    std::size_t count() const {
-        std::size_t items = 0;
-        for (const std::size_t steps : folders_)
-            items += steps / 2;
-        return items;
-    }
-
-  private:
-    Long value_ = 0;
-    std::vector<std::size_t> folders_;
-};
+constexpr std::size_t stepsOfAnItem = 2;  // of the progress control
 
 struct StoreKind {
     DataStore store;
@@ -49,28 +24,11 @@ constexpr StoreKind messageStore{DataStore::messages, Operation::readMessages, "
 constexpr StoreKind otherMessageStore{DataStore::otherMessages, Operation::readMessages, "messages"};
 constexpr StoreKind noteStore{DataStore::notes, Operation::readNotes, "notes"};
 
-bool isAttached(PhoneDriver& driver, const ListedPhone& phone) {
-    std::vector<ListedPhone> attached;
-    return driver.listPhones(attached) >= 0 && std::ranges::any_of(attached, [&](const ListedPhone& other) {
-               return other.serial == phone.serial;
-           });
-}
-
-std::string whatToDo(PhoneDriver& driver, const ListedPhone& phone) {
-    if (!isAttached(driver, phone))
-        return " The phone is no longer attached: attach it again and give the command again.";
-    return " The phone is attached but did not hand out the others: another program may be working with it, "
-           "or the "
-           "connection was lost for a while. Close other phone programs, see to the cable or the reception, "
-           "and give "
-           "the command again; \"ovphone log on\" makes the log say what went wrong.";
-}
-
 // Appends what one store holds. The result is the module's.
 template <class Item, class Read>
 Long readStore(const AttachedPhones& phones, const ListedPhone& phone, const StoreKind& kind,
                ItemList<Item>& list, Read&& itemOf) {
-    ListedItems listed;
+    ListedItems listed(stepsOfAnItem);
     std::vector<Text> lines;
     Long result = 0;
     {
@@ -156,12 +114,6 @@ void readAgain(const AttachedPhones& phones, const ListedPhone& phone, ItemList<
 
 void readAgain(const AttachedPhones& phones, const ListedPhone& phone, ItemList<Note>& first) {
     compare(phone, noteStore.items, first, readNotes(phones, phone));
-}
-
-void requireWhole(const std::vector<std::string>& missing) {
-    for (const std::string& message : missing)
-        note("ovphone: " + message);
-    if (!missing.empty()) throw CommandFailure{failed, {}};
 }
 
 NameBook readNames(const AttachedPhones& phones, const ListedPhone& phone) {

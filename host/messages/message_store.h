@@ -3,7 +3,7 @@
 
 #include "host/messages/message.h"
 #include "host/messages/phone_number.h"
-#include "host/phones/attached_phones.h"
+#include "host/phones/arrival.h"
 
 namespace ovno2::host {
 
@@ -25,9 +25,6 @@ ItemList<Note> readNotes(const AttachedPhones& phones, const ListedPhone& phone)
 // list is not missed in one read alone.
 void readAgain(const AttachedPhones& phones, const ListedPhone& phone, ItemList<Message>& first);
 void readAgain(const AttachedPhones& phones, const ListedPhone& phone, ItemList<Note>& first);
-
-// To be called once what has arrived is written: tells what is missing and throws CommandFailure for it.
-void requireWhole(const std::vector<std::string>& missing);
 
 // The names in the phone's phone book. When it cannot be read, the user is told, and there are none.
 NameBook readNames(const AttachedPhones& phones, const ListedPhone& phone);

@@ -208,9 +208,10 @@ void removeMessages(const Context& context, const MessagesOptions& wanted) {
     }
     for (const auto& [folder, inIt] : byFolder) {
         std::vector<DataChange> changes;
+        changes.reserve(inIt.size());
         for (const Text& uid : inIt)
-            changes.emplace_back([&phone, &folder, &uid](PhoneDriver& driver) {
-                return driver.deleteMessage(phone, folder.first, folder.second, uid);
+            changes.emplace_back([&phone, &place = folder, &uid](PhoneDriver& driver) {
+                return driver.deleteMessage(phone, place.first, place.second, uid);
             });
         carryOut(phones, phone, changes);
     }

@@ -184,6 +184,7 @@ void removeNotes(const Context& context, const NotesOptions& wanted) {
         return;
     }
     std::vector<DataChange> changes;
+    changes.reserve(chosen.size());
     for (const Text& uid : chosen)
         changes.emplace_back([&phone, &uid](PhoneDriver& driver) { return driver.deleteNote(phone, uid); });
     carryOut(phones, phone, changes);

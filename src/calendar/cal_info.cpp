@@ -18,7 +18,6 @@ using namespace std::string_view_literals;  // names of routines whose length is
 
 namespace {
 
-using Content::DataItem;
 using library::DateRecord;
 using library::Word;
 

@@ -150,7 +150,7 @@ std::optional<Text> findUntil(Text rule) {
             return ISODate::GetISO8601Date(rule, /*initialiseFormats=*/true, /*convertUtc=*/false);
         }
         const std::size_t blank = rule.find(u' ');
-        if (blank == Text::npos || blank > 2) break;
+        if (blank > 2) break;  // none, or behind a longer word
         rule.erase(0, blank + 1);
     }
     return std::nullopt;

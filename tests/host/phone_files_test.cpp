@@ -39,7 +39,7 @@ class ListingDriver : public PhoneDriver {
         return -1;
     }
     Long deleteContact(const ListedPhone&, const Text&) override { return -1; }
-    Long endContacts(bool, std::vector<AddedContact>&) override { return -1; }
+    Long endContacts(bool, std::vector<AddedItem>&) override { return -1; }
     Long readData(const ListedPhone&, DataStore, const std::function<void(Long)>&,
                   std::vector<Text>&) override {
         return -1;
@@ -49,6 +49,19 @@ class ListingDriver : public PhoneDriver {
     Long deleteMessage(const ListedPhone&, DataStore, const Text&, const Text&) override { return -1; }
     Long deleteNote(const ListedPhone&, const Text&) override { return -1; }
     Long endData(bool) override { return -1; }
+    Long listCalendars(const ListedPhone&, std::vector<Text>&) override { return -1; }
+    Long createCalendar(const ListedPhone&, const Text&) override { return -1; }
+    Long renameCalendar(const ListedPhone&, const Text&, const Text&) override { return -1; }
+    Long deleteCalendar(const ListedPhone&, const Text&) override { return -1; }
+    Long readCalendar(const ListedPhone&, const std::function<void(Long)>&,
+                      std::vector<CalendarItem>&) override {
+        return -1;
+    }
+    Long writeCalendarItem(const ListedPhone&, const std::vector<CalendarCell>&, Text&) override {
+        return -1;
+    }
+    Long deleteCalendarItem(const ListedPhone&, const Text&) override { return -1; }
+    Long endCalendar(bool, std::vector<AddedItem>&) override { return -1; }
     Long getFile(const Text&, const std::string&) override { return -1; }
     Long putFile(const std::string&, const Text&) override { return -1; }
     Long renameFile(const Text&, const Text&) override { return -1; }

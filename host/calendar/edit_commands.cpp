@@ -1,0 +1,149 @@
+// The commands that write entries: `ovphone calendar add`, `edit` and `remove`.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+#include <set>
+
+#include "host/calendar/calendar_changes.h"
+#include "host/calendar/calendar_output.h"
+#include "host/calendar/commands.h"
+#include "host/calendar/entry_fields.h"
+#include "host/messages/changes.h"
+#include "host/output/command_output.h"
+#include "host/output/exit_status.h"
+
+namespace ovno2::host {
+
+namespace {
+
+struct EditOptions {
+    std::vector<std::string> words;
+    std::string id;
+    bool dryRun = false;
+};
+
+constexpr std::size_t pageWidth = 80;
+
+const char* verbOf(CalendarChange::Kind kind) {
+    switch (kind) {
+        case CalendarChange::Kind::add:
+            return "added to ";
+        case CalendarChange::Kind::change:
+            return "changed on ";
+        default:
+            return "deleted from ";
+    }
+}
+
+std::string counted(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " entry " : " entries ");
+}
+
+void carryOutAll(const AttachedPhones& phones, const ListedPhone& phone, const PhoneCalendars& calendars,
+                 std::vector<CalendarChange>& changes, const EditOptions& wanted) {
+    const std::string where = verbOf(changes.front().kind) + titleOf(phone) + ".";
+    if (wanted.dryRun) {
+        for (const CalendarChange& change : changes)
+            write(inFull(change.entry(), pageWidth) + "\n");
+        note(counted(changes.size()) + "would be " + where);
+        return;
+    }
+    carryOut(phones, phone, calendars, changes);
+    std::size_t done = 0;
+    for (const CalendarChange& change : changes) {
+        if (change.isDone())
+            ++done;
+        else
+            note("ovphone: " + titleOf(change.entry()) + ": " + change.failure);
+    }
+    note(counted(done) + where);
+    if (done != changes.size()) throw CommandFailure{failed, {}};
+}
+
+const CalendarEntry& entryWithId(const PhoneCalendars& calendars, const std::string& id) {
+    std::vector<Text> uids;
+    for (const CalendarEntry& entry : calendars.entries)
+        uids.push_back(entry.uid);
+    return calendars.entries[placeOf(uids, id, "entry")];
+}
+
+void addEntry(const Context& context, const EditOptions& wanted) {
+    const AttachedPhones phones(context);
+    const ListedPhone& phone = phones.chosen(Purpose::change);
+    const PhoneCalendars calendars = readCalendars(phones, phone);
+    std::vector<CalendarChange> changes(1);
+    assignFields(changes[0].after, wanted.words, calendars.names, /*isNew=*/true);
+    carryOutAll(phones, phone, calendars, changes, wanted);
+}
+
+void editEntry(const Context& context, const EditOptions& wanted) {
+    const AttachedPhones phones(context);
+    const ListedPhone& phone = phones.chosen(Purpose::change);
+    const PhoneCalendars calendars = readCalendars(phones, phone);
+    const CalendarEntry& entry = entryWithId(calendars, wanted.id);
+    std::vector<CalendarChange> changes{
+        {.kind = CalendarChange::Kind::change, .before = entry, .after = entry}};
+    assignFields(changes[0].after, wanted.words, calendars.names, /*isNew=*/false);
+    carryOutAll(phones, phone, calendars, changes, wanted);
+}
+
+void removeEntries(const Context& context, const EditOptions& wanted) {
+    const AttachedPhones phones(context);
+    const ListedPhone& phone = phones.chosen(Purpose::change);
+    const PhoneCalendars calendars = readCalendars(phones, phone);
+    std::set<const CalendarEntry*> chosen;
+    for (const std::string& word : wanted.words)
+        chosen.insert(&entryWithId(calendars, word));
+    std::vector<CalendarChange> changes;
+    for (const CalendarEntry* const entry : chosen)
+        changes.push_back({.kind = CalendarChange::Kind::remove, .before = *entry});
+    carryOutAll(phones, phone, calendars, changes, wanted);
+}
+
+}  // namespace
+
+void registerCalendarEdits(CLI::App& calendar, Context& context) {
+    using Action = void (*)(const Context&, const EditOptions&);
+    const auto options = std::make_shared<EditOptions>();
+    const auto add = [&](const char* name, const char* description, Action action,
+                         const std::string& footer) -> CLI::App& {
+        CLI::App& command = addCommand(calendar, name, description, context,
+                                       [&context, options, action] { action(context, *options); });
+        addCommonOptions(command, context);
+        addPhoneOption(command, context);
+        addQuietOption(command);
+        command.add_flag("-n,--dry-run", options->dryRun, "only say what would be done");
+        command.footer(footer);
+        return command;
+    };
+    const auto takesFields = [&](CLI::App& command) {
+        command.add_option("FIELD=VALUE", options->words, "what it has: " + entryFieldNames())
+            ->type_name("")
+            ->required();
+    };
+    takesFields(add(
+        "add", "Add an entry", addEntry,
+        R"(Times are "2008-07-14 10:00", whole days 2008-07-14; end= of whole days is the day after the last.
+An alarm is a time, or 15m, 2h, 1d before. A rule is "W2 MO TH 20081231" or "FREQ=WEEKLY;INTERVAL=2;BYDAY=MO,TH".
+Examples:
+  ovphone calendar add summary=Dentist "start=2008-07-14 10:00" "end=2008-07-14 10:30" alarm=15m
+  ovphone calendar add summary=Holidays start=2008-08-04 end=2008-08-18 calendar=Private
+  ovphone calendar add type=birthday summary=Anna start=1975-04-12
+  ovphone calendar add type=to-do "summary=Pay the rent" due=2008-07-31 priority=1)"));
+    CLI::App& edit = add("edit", "Give an entry other values", editEntry,
+                         R"(Fields that are not named stay as they are; an empty value empties one.
+Examples:
+  ovphone calendar edit 0C0001F9 done=yes
+  ovphone calendar edit 0C0001C6 "start=2008-01-16 17:30" calendar=Private)");
+    edit.add_option("ID", options->id, "the entry's id, or as much of it as no other has")
+        ->type_name("")
+        ->required();
+    takesFields(edit);
+    CLI::App& remove = add("remove", "Delete entries from the phone", removeEntries,
+                           "Examples:\n  ovphone calendar remove 0C0001F9 0C0001C6");
+    remove.add_option("ID", options->words, "the entries' ids, or as much of one as no other has")
+        ->type_name("")
+        ->required();
+}
+
+}  // namespace ovno2::host
