@@ -83,8 +83,10 @@ void reportChanges(std::span<const ReportedContact> contacts, std::span<const Co
         if (change && !change->isDone()) {
             note("ovphone: " + title + ": " + forPerson(change->failure));
         } else if ((wanted.verbose || wanted.dryRun) && !isQuiet()) {
-            std::string line = result + ": " + title;
-            if (change && change->kind == ContactChange::Kind::change) line += " (" + fieldsOf(*change) + ")";
+            std::string line = result;
+            line.append(": ").append(title);
+            if (change && change->kind == ContactChange::Kind::change)
+                line.append(" (").append(fieldsOf(*change)).append(")");
             if (change || wanted.verbose) write(line + "\n");
         }
         if (!contact.unplaced.empty())

@@ -61,8 +61,7 @@ ContactContent contentOf(const ContactDraft& contact) {
                              decimalText(static_cast<Long>(bytes.size())) + u"-" + hexText(number));
     }
     std::ranges::sort(content);
-    const auto repeated = std::ranges::unique(content);
-    content.erase(repeated.begin(), repeated.end());
+    content.erase(std::unique(content.begin(), content.end()), content.end());
     return content;
 }
 

@@ -159,6 +159,7 @@ Contact theOne(const ChangedPhone& changed, const Text& wanted) {
 void carryOutAll(ChangedPhone& changed, std::vector<ContactChange>& changes, const Context& context,
                  const ChangeOptions& wanted) {
     std::vector<ReportedContact> reported;
+    reported.reserve(changes.size());
     for (const ContactChange& change : changes)
         reported.push_back({.title = change.title, .change = reported.size(), .unplaced = {}});
     carryOut(changed, changes, reported, context, wanted);
