@@ -209,12 +209,14 @@ class EntryReader {
         const auto found = kept_.find(name);
         if (found == kept_.end()) return std::nullopt;
         const ContentLine& line = *found->second;
-        const std::optional<Moment> moment = momentOf(line, line.value);
-        if (!moment) {
+        const std::optional<Moment> read = momentOf(line, line.value);
+        const std::optional<Moment> moment =
+            read ? std::optional(localMoment(*read, zoneOf(line))) : std::nullopt;
+        if (!moment || isoText(*moment).empty()) {
             say(line.name + ": " + line.value.substr(0, 40) + " is no date");
             return std::nullopt;
         }
-        return localMoment(*moment, zoneOf(line));
+        return moment;
     }
 
     std::optional<seconds> keptDuration() {

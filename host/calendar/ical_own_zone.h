@@ -25,7 +25,7 @@ class OwnZone {
     struct Rule {
         std::chrono::seconds before{0}, after{0};
         std::chrono::local_seconds first{}, last{};  // by the clock before
-        int position = 0;                        // 1 to 5 while all agree, else 0
+        int position = 0;                            // 1 to 5 while all agree, else 0
         bool isLastOfMonth = true;
         bool isOpen = false;  // goes on
 

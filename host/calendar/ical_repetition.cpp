@@ -18,7 +18,7 @@ struct Comparison {
 
 Comparison compare(const Repetition& there, const Repetition& here, const FileRule& rule,
                    const FileZone& zone) {
-    constexpr std::size_t most = 1000;
+    constexpr std::size_t most = 400;
     constexpr local_days horizon(year(2100) / January / 1);  // up to which zones are known
     const auto datesOf = [&](const Repetition& repetition, local_days start) {
         std::vector<local_days> dates;
@@ -52,6 +52,8 @@ Text localRule(const FileRule& rule, std::vector<std::string>& said) {
     // Phones write UTC and mean their own clock.
     const bool isUtc = rule.start.isUtc && !rule.isOldForm;
     if (rule.start.isDay || (!rule.zone && !isUtc) || (rule.isOldForm && rule.start.isUtc))
+        return answer(read(rule, rule.localStart, localHere, here));
+    if (!isUtc && rule.zone->isOwnSince(rule.zone->utcOf(rule.start.time())))
         return answer(read(rule, rule.localStart, localHere, here));
     static const FileZone utc;
     const FileZone& zone = isUtc ? utc : *rule.zone;

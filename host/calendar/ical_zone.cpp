@@ -90,6 +90,27 @@ FileZone::FileZone(const FileComponent& zone) {
     for (const FileComponent& part : zone.parts)
         if (part.name == "STANDARD" || part.name == "DAYLIGHT") addObservance(part);
     sort();
+    compareWithHere();
+}
+
+void FileZone::compareWithHere() {
+    if (changes_.empty()) return;
+    const sys_seconds end = sys_days(year(2038) / January / 1);
+    isOwn_ = true;
+    const auto ask = [&](sys_seconds time) {
+        isOwn_ = isOwn_ && time < end && localHere(time) == localOf(time);
+        return isOwn_;
+    };
+    for (const Change& change : changes_)
+        if (change.time >= end || !ask(change.time) ||
+            (&change != &changes_.front() && !ask(change.time - seconds(1))))
+            break;
+    for (sys_seconds time = changes_.front().time; isOwn_ && time < end; time += days(10))
+        ask(time);
+}
+
+bool FileZone::isOwnSince(sys_seconds time) const {
+    return isOwn_ && time >= changes_.front().time;
 }
 
 void FileZone::addObservance(const FileComponent& observance) {

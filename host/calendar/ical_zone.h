@@ -27,7 +27,12 @@ class FileZone {
     std::chrono::seconds offsetAt(std::chrono::sys_seconds time) const;
     std::chrono::local_seconds localOf(std::chrono::sys_seconds time) const;
 
+    // That from this time on clocks here go by it too, as far as the system is asked.
+    bool isOwnSince(std::chrono::sys_seconds time) const;
+
   private:
+    void compareWithHere();
+
     struct Change {
         std::chrono::sys_seconds time;
         std::chrono::seconds before{0}, after{0};  // east of UTC
@@ -38,6 +43,7 @@ class FileZone {
     std::vector<Change> changes_;     // in order
     std::chrono::seconds before_{0};  // until the first change
     bool isKnown_ = false;
+    bool isOwn_ = false;  // from the first change on
 };
 
 // What this computer's clocks show then.

@@ -86,6 +86,8 @@ std::optional<Moment> readMoment(TextView text) {
 }
 
 Text isoText(const Moment& moment) {
+    const year_month_day date(moment.day);
+    if (date.year() < year(1) || date.year() > year(9999)) return {};
     return fromUtf8(dated(moment, "%04d-%02u-%02u", "T%02d:%02d:%02d"));
 }
 

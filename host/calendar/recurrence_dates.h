@@ -32,7 +32,7 @@ Moment momentAt(std::chrono::local_seconds time);
 std::optional<Moment> readMoment(std::string_view text);
 std::optional<Moment> readMoment(TextView text);
 
-Text isoText(const Moment& moment);
+Text isoText(const Moment& moment);           // empty outside the years
 std::string basicText(const Moment& moment);  // with its "Z"
 
 // What a clock shows at a time of UTC.

@@ -72,7 +72,7 @@ bool hasEnvironment(const std::string& name) {
 }
 
 std::chrono::local_seconds localTime(std::chrono::sys_seconds time) {
-    const std::time_t instant = std::chrono::system_clock::to_time_t(time);
+    const std::time_t instant = time.time_since_epoch().count();  // a system_clock ends in 2262
     std::tm fields{};
     localtime_r(&instant, &fields);
     return std::chrono::local_seconds(time.time_since_epoch() + std::chrono::seconds(fields.tm_gmtoff));
