@@ -12,9 +12,10 @@ using namespace ovno2::host;
 namespace {
 
 bool isSame(const CalendarEntry& a, const CalendarEntry& b) {
-    return a.kind == b.kind && a.start == b.start && a.end == b.end && a.due == b.due && a.alarm == b.alarm &&
-           a.rule == b.rule && a.exceptions == b.exceptions && a.birthYear == b.birthYear &&
-           a.priority == b.priority && a.isDone == b.isDone;
+    return a.kind == b.kind && a.start == b.start && a.end == b.end && a.due == b.due &&
+           a.alarm.substr(0, 10) == b.alarm.substr(0, 10) && a.rule == b.rule &&
+           a.exceptions == b.exceptions && a.birthYear == b.birthYear && a.priority == b.priority &&
+           a.isDone == b.isDone;
 }
 
 }  // namespace

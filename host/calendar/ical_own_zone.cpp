@@ -35,8 +35,8 @@ year_month_day dateOf(local_seconds time) {
 }  // namespace
 
 OwnZone::OwnZone(int first, int last) {
-    constexpr int firstKnown = 1902, lastKnown = 2037;
-    first = std::clamp(first, firstKnown, lastKnown);
+    constexpr int lastKnown = 2037;
+    first = std::clamp(first, firstYear, lastKnown);
     last = std::clamp(last, first, lastKnown);
     const sys_seconds begin = sys_days(year(first) / January / 1),
                       end = sys_days(year(last + 1) / January / 1);

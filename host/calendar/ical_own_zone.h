@@ -11,7 +11,9 @@ namespace ovno2::host {
 
 class OwnZone {
   public:
-    // For the years `first` to `last`; the system is asked for 1902 to 2037 at most. The last rules go on.
+    static constexpr int firstYear = 1902;  // earlier times have no zone that two systems agree on
+
+    // For the years `first` to `last`; the system is asked up to 2037 at most. The last rules go on.
     OwnZone(int first, int last);
 
     const std::string& name() const { return name_; }  // its TZID

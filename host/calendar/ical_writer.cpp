@@ -77,9 +77,13 @@ class CalendarWriter {
         return read;
     }
 
+    bool hasZone(const Moment& moment) const {
+        return !isOld_ && !moment.isDay && yearOf(moment) >= OwnZone::firstYear;
+    }
+
     std::string head(std::string_view name, const Moment& moment) const {
         std::string whole(name);
-        if (isOld_) return whole;
+        if (isOld_ || (!moment.isDay && !hasZone(moment))) return whole;
         return moment.isDay ? whole.append(";VALUE=DATE") : whole.append(";TZID=").append(zone_.name());
     }
 
@@ -148,7 +152,7 @@ class CalendarWriter {
         if (rule.last) {
             Moment last = start;
             last.day = *rule.last;
-            until = basicText(last.isDay ? last : inUtc(last));
+            until = basicText(hasZone(start) ? inUtc(last) : last);
         }
         lines_.line("RRULE", recurrenceRule(rule, start, until));
     }

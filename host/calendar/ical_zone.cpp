@@ -207,6 +207,7 @@ Moment localMoment(const Moment& moment, const FileZone* zone) {
     if (moment.isUtc) return shownBy(localHere, moment);
     if (!zone) return moment;
     const sys_seconds time = zone->utcOf(moment.time());
+    if (zone->isOwnSince(time)) return moment;
     const local_seconds here = localHere(time);
     // The same clock: what is skipped or there twice stays as it is written.
     if (here.time_since_epoch() - time.time_since_epoch() == zone->offsetAt(time)) return moment;
