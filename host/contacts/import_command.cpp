@@ -1,5 +1,6 @@
 // `ovphone contacts import` and `export`: the phone book from and to files.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 
 #include "host/contacts/change_commands.h"
@@ -86,6 +87,12 @@ void importContacts(const Context& context, const ContactFileOptions& fileOption
         changes.push_back(std::move(change));
     }
     carryOut(changed, changes, reported, context, wanted);
+    const auto incomplete = std::ranges::count_if(
+        reported, [](const ReportedContact& contact) { return !contact.unplaced.empty(); });
+    if (incomplete != 0)
+        throw CommandFailure{failed,
+                             std::to_string(incomplete) + " of " + std::to_string(reported.size()) +
+                                 " contacts do not fit as a whole: what is named above has no place."};
     if (!file.problems.empty()) throw CommandFailure{failed, {}};
 }
 

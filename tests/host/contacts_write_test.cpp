@@ -72,10 +72,11 @@ TEST_F(OvphoneContacts, ABookTravelsThroughEveryKindOfFile) {
         const std::vector<std::string> before = items("contacts --phone 356300010000017");
         phones = empty;
         fill("");
-        EXPECT_THAT(items("contacts import " + name),
+        // Three of them have what no field takes.
+        EXPECT_THAT(items("contacts import " + name, 1),
                     AllOf(SizeIs(171), Each(HasSubstr(R"("result":"added")"))));
         const std::string written = store();
-        EXPECT_THAT(items("contacts import " + name), Each(HasSubstr(R"("result":"unchanged")"))) << file;
+        EXPECT_THAT(items("contacts import " + name, 1), Each(HasSubstr(R"("result":"unchanged")"))) << file;
         EXPECT_EQ(written, store());
         run("contacts export again.vcf --force");
         run("contacts import again.vcf");
@@ -96,7 +97,7 @@ TEST_F(OvphoneContacts, AnImportAddsToWhatThePhoneHas) {
           R"({"firstName":"Bob","lastName":"Berg","mobile":["111"])"}},
         // One phone's Anna is nobody else's: born on another day, she is another one.
         {"firstName;mobile;birthday;Shoe size\r\nAnna;9;1980-02-29;38\r\nAnna;5;1975-04-12;\r\n",
-         0,
+         1,
          {R"({"firstName":"Anna","mobile":["5"],"birthday":["1975-04-12"])",
           R"({"firstName":"Anna","mobile":["9"],"birthday":["1980-02-29"])"}},
         {"First name,Mobile\r\nAnna,\"6\r\n", 1, {R"({"firstName":"Anna","mobile":["5"])"}},
