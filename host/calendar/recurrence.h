@@ -23,7 +23,7 @@ struct Repetition {
     Long interval = 1;      // 1 to 255
     unsigned weekdays = 0;  // weekly: bit 0 Monday to bit 6 Sunday, at least one
     // By position: which of the month's Mondays and so on, 1 to 5, is what the start says.
-    std::optional<std::chrono::local_days> last;  // on which it may begin; none = for ever
+    std::optional<std::chrono::local_days> last = {};  // on which it may begin; none = for ever
 };
 
 // The three readers say why the rule cannot be held, for people (UTF-8; empty = `rule` is set). `start` is
