@@ -24,8 +24,12 @@ class Writing {
     }
 
     void carryOut(std::span<CalendarChange> changes) {
+        std::vector<CalendarChange*> written;
         for (CalendarChange& change : changes)
-            write(change);
+            if (change.isDone()) written.push_back(&change);
+        if (written.empty()) return;
+        for (const CalendarChange* const change : written)
+            write(*change);
         std::vector<AddedItem> added;
         const Long result = phones_.driver().endCalendar(/*commit=*/true, added);
         for (const AddedItem& item : added)
@@ -39,9 +43,10 @@ class Writing {
                 throw CommandFailure{failed, why + " The connection to " + titleOf(phone_) +
                                                  " is lost: whether it kept the change is not known."};
         }
-        check(changes);
-        if (result == 0 || std::ranges::all_of(changes, &CalendarChange::isDone)) return;
-        const bool anyDone = std::ranges::any_of(changes, &CalendarChange::isDone);
+        check(written);
+        const auto isDone = [](const CalendarChange* change) { return change->isDone(); };
+        if (result == 0 || std::ranges::all_of(written, isDone)) return;
+        const bool anyDone = std::ranges::any_of(written, isDone);
         throw CommandFailure{failed, titleOf(phone_) + " did not take the change; its memory may be full. " +
                                          why + (anyDone ? "" : " Nothing was changed on the phone.")};
     }
@@ -60,8 +65,9 @@ class Writing {
         if (change.kind == Kind::remove) {
             result = driver.deleteCalendarItem(phone_, id);
         } else {
-            const std::vector<CalendarCell> cells =
-                change.kind == Kind::add ? cellsOf(change.after) : changedCells(change.before, change.after);
+            const std::vector<CalendarCell> cells = change.kind == Kind::add
+                                                        ? cellsOf(change.after, phone_)
+                                                        : changedCells(change.before, change.after, phone_);
             if (!cells.empty()) result = driver.writeCalendarItem(phone_, cells, id);
             // The driver writes an entry that it cannot read as a new one, which would have only what
             // changes.
@@ -78,7 +84,7 @@ class Writing {
                              titleOf(change.entry()) + ": " + why + " Nothing was changed on the phone."};
     }
 
-    void check(std::span<CalendarChange> changes) {
+    void check(const std::vector<CalendarChange*>& changes) {
         const PhoneCalendars now = readCalendars(phones_, phone_);
         for (const std::string& message : now.missing)
             note("ovphone: " + message);
@@ -88,8 +94,8 @@ class Writing {
             byUid[entry.uid] = &entry;
             if (!before_.contains(entry.uid)) added.push_back(&entry);
         }
-        for (CalendarChange& change : changes)
-            change.failure = failureOf(change, byUid, added, now.missing.empty());
+        for (CalendarChange* const change : changes)
+            change->failure = failureOf(*change, byUid, added, now.missing.empty());
     }
 
     std::string failureOf(const CalendarChange& change, const std::map<Text, const CalendarEntry*>& byUid,
@@ -142,6 +148,21 @@ std::string titleOf(const CalendarEntry& entry) {
     constexpr std::size_t minutes = 16;
     if (!when.empty()) title += u" (" + when.substr(0, minutes) + u")";
     return toUtf8(title);
+}
+
+void refuseWhatIsNotKept(const AttachedPhones& phones, const ListedPhone& phone,
+                         std::span<CalendarChange> changes) {
+    constexpr Single firstVersionWithWeekdays = 36;
+    if (phones.driver().software().contentVersion < firstVersionWithWeekdays) return;
+    for (CalendarChange& change : changes) {
+        if (change.kind == Kind::remove || !change.after.rule.starts_with(u"MD")) continue;
+        const std::vector<CalendarCell> cells = change.kind == Kind::add
+                                                    ? cellsOf(change.after, phone)
+                                                    : changedCells(change.before, change.after, phone);
+        if (std::ranges::count(cells, CalendarCell::rule, &CalendarCell::field) != 0)
+            change.failure = "It repeats on a day of the month, which " + titleOf(phone) +
+                             " would take for a weekday. It was not written.";
+    }
 }
 
 void carryOut(const AttachedPhones& phones, const ListedPhone& phone, const PhoneCalendars& calendars,

@@ -24,8 +24,14 @@ struct CalendarChange {
 // What messages call an entry: its summary and when it begins. UTF-8.
 std::string titleOf(const CalendarEntry& entry);
 
-// `calendars` is what the phone had. Throws CommandFailure when the phone refuses one of the changes: then it
-// has kept none. What the phone has otherwise afterwards becomes the change's failure.
+// Gives a failure to changes that would reach the phone as something else: libraries that keep weekdays make
+// the weekday of the start out of every monthly rule by the day.
+void refuseWhatIsNotKept(const AttachedPhones& phones, const ListedPhone& phone,
+                         std::span<CalendarChange> changes);
+
+// Leaves out changes that have a failure. `calendars` is what the phone had. Throws CommandFailure when the
+// phone refuses one of the changes: then it has kept none. What the phone has otherwise afterwards becomes
+// the change's failure.
 void carryOut(const AttachedPhones& phones, const ListedPhone& phone, const PhoneCalendars& calendars,
               std::span<CalendarChange> changes);
 

@@ -203,6 +203,8 @@ void registerCalendar(CLI::App& app, Context& context) {
     show.add_option("WHAT", options->words, "an id, or what an entry holds (default: all)")->type_name("");
     registerCalendarFolders(calendar, context);
     registerCalendarEdits(calendar, context);
+    registerCalendarImport(calendar, context);
+    registerCalendarExport(calendar, context);
     show.footer(
         "Examples:\n  ovphone calendar show --format json > calendar.json     all of them, for programs");
 }

@@ -51,7 +51,8 @@ PhoneCalendars readCalendars(const AttachedPhones& phones, const ListedPhone& ph
         result < 0 ? resultMessage(Operation::readCalendar, result, titleOf(phone)) : std::string();
     if (result < 0 && items.empty()) throw CommandFailure{failed, trouble};
     for (const CalendarItem& item : items)
-        if (std::optional<CalendarEntry> entry = entryOf(item)) list.entries.push_back(std::move(*entry));
+        if (std::optional<CalendarEntry> entry = entryOf(item, phone))
+            list.entries.push_back(std::move(*entry));
 
     const std::size_t folders = std::min(list.names.size() + 1, mostFolders);
     list.listed = std::max(listed.count(folders), items.size());

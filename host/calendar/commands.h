@@ -9,5 +9,7 @@ void registerCalendar(CLI::App& app, Context& context);
 
 void registerCalendarFolders(CLI::App& calendar, Context& context);
 void registerCalendarEdits(CLI::App& calendar, Context& context);
+void registerCalendarImport(CLI::App& calendar, Context& context);
+void registerCalendarExport(CLI::App& calendar, Context& context);
 
 }  // namespace ovno2::host

@@ -42,7 +42,8 @@ std::string counted(std::size_t count) {
 void carryOutAll(const AttachedPhones& phones, const ListedPhone& phone, const PhoneCalendars& calendars,
                  std::vector<CalendarChange>& changes, const EditOptions& wanted) {
     const std::string where = verbOf(changes.front().kind) + titleOf(phone) + ".";
-    if (wanted.dryRun) {
+    refuseWhatIsNotKept(phones, phone, changes);
+    if (wanted.dryRun && changes.front().isDone()) {
         for (const CalendarChange& change : changes)
             write(inFull(change.entry(), pageWidth) + "\n");
         note(counted(changes.size()) + "would be " + where);

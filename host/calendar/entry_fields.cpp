@@ -119,7 +119,7 @@ Text calendarFrom(const std::string& value, const std::vector<Text>& calendars) 
 }
 
 Kind kindFrom(const std::string& value) {
-    const std::optional<Kind> kind = kindNamed(value);
+    const std::optional<Kind> kind = kindCalled(value);
     if (!kind || *kind == Kind::other)
         misuse("type: \"" + value + "\" is none of meeting, call, birthday, note, reminder, to-do.");
     return *kind;

@@ -33,6 +33,20 @@ const KindName& namesOf(Kind kind) {
 constexpr Long mostPriorities = 3, middlePriority = 2;
 constexpr TextView noDueDate = u"2050-12-31";  // what a phone is given for none
 
+// Whether the end of a note is its last day to the driver, on older platforms, or the day after.
+bool writesLastDays(const ListedPhone& phone) {
+    return phone.type < eNokiaPhoneS60_3_FP1;
+}
+
+// A series without an end runs as long as newer platforms can count.
+Text withoutFarEnd(Text rule) {
+    constexpr TextView farYear = u" 2100";
+    constexpr std::size_t dateLength = 9;
+    if (rule.size() > dateLength && rule.substr(rule.size() - dateLength).starts_with(farYear))
+        rule.resize(rule.size() - dateLength);
+    return rule;
+}
+
 // Phones divide lines by CR LF, blocks by "\n".
 Text linesOf(TextView value) {
     return replaceAll(value, u"\\n", u"\n");
@@ -97,21 +111,21 @@ Text ruleCell(const CalendarEntry& entry) {
 
 using Cell = CalendarCell;
 
-void addDates(const CalendarEntry& entry, std::vector<Cell>& cells) {
+void addDates(const CalendarEntry& entry, bool lastDays, std::vector<Cell>& cells) {
     if (entry.kind == Kind::toDo) {
         cells.push_back({Cell::due, dateCell(entry.due)});
     } else {
         cells.push_back({Cell::start, dateCell(startOf(entry))});
-        // Platforms differ in what a day without a time is at the end of a note.
-        const Text end = entry.kind == Kind::note ? daysAfter(endOf(entry), -1) + u" 23:59:00" : endOf(entry);
-        cells.push_back({Cell::end, dateCell(end)});
+        const Text end = endOf(entry);
+        const bool isLastDay = entry.kind == Kind::note && lastDays;
+        cells.push_back({Cell::end, isLastDay ? daysAfter(end, -1) : dateCell(end)});
     }
     cells.push_back({Cell::rule, ruleCell(entry)});
     cells.push_back({Cell::alarm, dateCell(entry.alarm)});
 }
 
 // Those whose cells stand for a value of their own, whatever the others are.
-std::vector<Cell> cellsWithoutCalendar(const CalendarEntry& entry) {
+std::vector<Cell> cellsWithoutCalendar(const CalendarEntry& entry, bool lastDays) {
     std::vector<Cell> cells{{Cell::type, Text(namesOf(entry.kind).word)},
                             {Cell::summary, phoneLines(entry.summary)},
                             {Cell::location, phoneLines(entry.location)}};
@@ -120,7 +134,7 @@ std::vector<Cell> cellsWithoutCalendar(const CalendarEntry& entry) {
         cells.push_back({Cell::priority, decimalText(entry.priority == 0 ? middlePriority : entry.priority)});
         cells.push_back({Cell::status, entry.isDone ? u"1" : u"0"});
     }
-    addDates(entry, cells);
+    addDates(entry, lastDays, cells);
     return cells;
 }
 
@@ -154,13 +168,12 @@ void takeLine(CalendarEntry& entry, TextView name, TextView value, Text& type) {
         entry.exceptions = split(value, u';');
 }
 
-void makeDates(CalendarEntry& entry) {
+void makeDates(CalendarEntry& entry, bool lastDays) {
     const bool wholeDays = hasWholeDays(entry.kind);
     entry.start = momentText(entry.start, wholeDays);
     entry.end = entry.kind == Kind::birthday ? daysAfter(entry.start, 1) : momentText(entry.end, wholeDays);
-    // The driver gives the day after a note of one day, but the last one of a longer note; one of two days
-    // looks like one of one.
-    if (entry.kind == Kind::note && daysBetween(entry.start, entry.end) > 1)
+    // Of older platforms the driver gives the day after a note of one day, but the last one of a longer note.
+    if (entry.kind == Kind::note && lastDays && daysBetween(entry.start, entry.end) > 1)
         entry.end = daysAfter(entry.end, 1);
     entry.due = momentText(entry.due, /*asDay=*/true);
     if (entry.due == noDueDate) entry.due.clear();
@@ -191,7 +204,7 @@ const char* nameOf(Kind kind) {
     return namesOf(kind).name;
 }
 
-std::optional<Kind> kindNamed(std::string_view name) {
+std::optional<Kind> kindCalled(std::string_view name) {
     const auto found = std::ranges::find_if(kindNames, [&](const KindName& one) { return one.name == name; });
     return found == std::end(kindNames) ? std::nullopt : std::optional(found->kind);
 }
@@ -200,7 +213,7 @@ bool hasWholeDays(Kind kind) {
     return kind == Kind::birthday || kind == Kind::note;
 }
 
-std::optional<CalendarEntry> entryOf(const CalendarItem& item) {
+std::optional<CalendarEntry> entryOf(const CalendarItem& item, const ListedPhone& phone) {
     CalendarEntry entry;
     entry.uid = item.uid;
     const bool isToDo = item.block.starts_with(u"BEGIN:VTODO");
@@ -223,20 +236,22 @@ std::optional<CalendarEntry> entryOf(const CalendarItem& item) {
         entry.description.clear();
     }
     if (!isToDo) entry.priority = 0;
-    makeDates(entry);
+    entry.rule = withoutFarEnd(std::move(entry.rule));
+    makeDates(entry, writesLastDays(phone));
     return entry;
 }
 
-std::vector<Cell> cellsOf(const CalendarEntry& entry) {
-    std::vector<Cell> cells = cellsWithoutCalendar(entry);
+std::vector<Cell> cellsOf(const CalendarEntry& entry, const ListedPhone& phone) {
+    std::vector<Cell> cells = cellsWithoutCalendar(entry, writesLastDays(phone));
     if (!entry.calendar.empty()) cells.push_back({Cell::calendar, entry.calendar});
     return cells;
 }
 
-std::vector<Cell> changedCells(const CalendarEntry& before, const CalendarEntry& after) {
-    if (after.calendar != before.calendar && !after.calendar.empty()) return cellsOf(after);
-    const std::vector<Cell> old = cellsWithoutCalendar(before);
-    std::vector<Cell> cells = cellsWithoutCalendar(after);
+std::vector<Cell> changedCells(const CalendarEntry& before, const CalendarEntry& after,
+                               const ListedPhone& phone) {
+    if (after.calendar != before.calendar && !after.calendar.empty()) return cellsOf(after, phone);
+    const std::vector<Cell> old = cellsWithoutCalendar(before, writesLastDays(phone));
+    std::vector<Cell> cells = cellsWithoutCalendar(after, writesLastDays(phone));
     // A rule is kept by the start's day, exceptions by its time.
     const bool starts = startOf(before) != startOf(after) || before.due != after.due;
     if (before.kind == after.kind)
@@ -249,9 +264,9 @@ std::vector<Cell> changedCells(const CalendarEntry& before, const CalendarEntry&
 }
 
 CalendarEntry asPhonesKeepIt(CalendarEntry entry) {
-    if (entry.kind == Kind::other) entry.kind = Kind::meeting;
     entry.start = startOf(entry);
     entry.end = endOf(entry);
+    entry.rule = withoutFarEnd(std::move(entry.rule));
     if (entry.kind == Kind::birthday) {
         entry.description.clear();
         if (const std::optional<Moment> start = readMoment(TextView(entry.start)))
@@ -273,7 +288,7 @@ std::vector<std::string> differences(const CalendarEntry& wanted, const Calendar
         if (!same) names.emplace_back(name);
     };
     const auto text = [](const Text& raw) { return trimBlanks(removeAll(raw, u'\r')); };
-    compare("type", wanted.kind == there.kind);
+    compare("type", wanted.kind == there.kind || (wanted.kind == Kind::other && there.kind == Kind::meeting));
     compare("calendar", wanted.calendar.empty() || wanted.calendar == there.calendar);
     compare("start", wanted.start == there.start);
     const bool isShortNote = wanted.kind == Kind::note && daysBetween(wanted.start, wanted.end) <= 2;

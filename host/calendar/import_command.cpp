@@ -1,0 +1,188 @@
+// `ovphone calendar import`: the entries of a file to a phone.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <set>
+#include <utility>
+
+#include "host/calendar/calendar_changes.h"
+#include "host/calendar/commands.h"
+#include "host/calendar/ical_reader.h"
+#include "host/calendar/phone_entry.h"
+#include "host/contacts/contact_files.h"
+#include "host/output/command_output.h"
+#include "host/output/display_width.h"
+#include "host/output/exit_status.h"
+#include "host/output/input_file.h"
+
+namespace ovno2::host {
+
+namespace {
+
+struct ImportOptions {
+    std::string file;
+    std::string calendar;
+    std::string charset;
+    bool dryRun = false;
+    bool verbose = false;
+};
+
+// The phone's entries by what tells them apart at a glance.
+class KnownEntries {
+  public:
+    KnownEntries(const std::vector<CalendarEntry>& entries, const Text& serial) {
+        for (const CalendarEntry& entry : entries) {
+            byLook_.emplace(lookOf(entry), &entry);
+            byUid_.emplace(exportedUid(serial, entry.uid), &entry);
+        }
+    }
+
+    // One that is the same; the same is not given twice.
+    const CalendarEntry* takeSame(const CalendarEntry& wanted) {
+        const auto [first, last] = byLook_.equal_range(lookOf(wanted));
+        for (auto one = first; one != last; ++one)
+            if (differences(wanted, *one->second).empty()) {
+                const CalendarEntry* const found = one->second;
+                byLook_.erase(one);
+                return found;
+            }
+        return nullptr;
+    }
+    // The one that the file's entry was once exported from.
+    const CalendarEntry* withUid(const Text& uid) const {
+        const auto found = uid.empty() ? byUid_.end() : byUid_.find(uid);
+        return found == byUid_.end() ? nullptr : found->second;
+    }
+
+  private:
+    static Text lookOf(const CalendarEntry& entry) {
+        return entry.start + u"\n" + entry.due + u"\n" + trimBlanks(entry.summary);
+    }
+
+    std::multimap<Text, const CalendarEntry*> byLook_;
+    std::map<Text, const CalendarEntry*> byUid_;
+};
+
+// What a file's entry repeats by and no phone can hold: without it the entry would be another.
+bool losesRepeats(const CalendarEntry& entry) {
+    return std::ranges::any_of(entry.unplaced, [](const std::string& property) {
+        return property.starts_with("RRULE") || property.starts_with("RDATE") ||
+               property.starts_with("EXRULE");
+    });
+}
+
+std::string joined(const std::vector<std::string>& parts) {
+    std::string text;
+    for (const std::string& part : parts)
+        text += (text.empty() ? "" : "; ") + part;
+    return forPerson(text);
+}
+
+// The calendar that the line names; empty = none.
+Text calendarNamed(const std::vector<Text>& names, const std::string& wanted) {
+    Text name = fromUtf8(wanted);
+    if (wanted.empty() || std::ranges::find(names, name) != names.end()) return name;
+    throw CommandFailure{
+        failed, "The phone has no calendar \"" + wanted + "\"; \"ovphone calendar mkdir\" makes one."};
+}
+
+void importCalendar(const Context& context, const ImportOptions& wanted) {
+    CalendarFile file = readCalendarFile(readInputFile(wanted.file), inputName(wanted.file), wanted.charset);
+    for (const std::string& problem : file.problems)
+        note("ovphone: " + forPerson(problem));
+    if (file.entries.empty())
+        throw CommandFailure{failed, "\"" + inputName(wanted.file) + "\" holds no entry for a calendar."};
+    const AttachedPhones phones(context);
+    const ListedPhone& phone = phones.chosen(Purpose::change);
+    const PhoneCalendars calendars = readCalendars(phones, phone);
+    // An entry that could not be read would come a second time.
+    if (!calendars.missing.empty()) {
+        note("ovphone: Nothing was written: what the phone has must be known first.");
+        requireWhole(calendars.missing);
+    }
+
+    KnownEntries known(calendars.entries, phone.serial);
+    std::vector<CalendarChange> changes;
+    std::size_t unchanged = 0, refused = 0;
+    const Text calendar = calendarNamed(calendars.names, wanted.calendar);
+    std::set<Text> homeless;  // calendars that the phone has not got
+    for (CalendarEntry& entry : file.entries) {
+        if (!entry.unplaced.empty())
+            note("ovphone: " + forPerson(titleOf(entry)) + ": the phone has no place for " +
+                 joined(entry.unplaced));
+        if (losesRepeats(entry)) {
+            note("ovphone: " + forPerson(titleOf(entry)) +
+                 ": not written, since it would repeat otherwise there.");
+            ++refused;
+            continue;
+        }
+        if (!wanted.calendar.empty())
+            entry.calendar = calendar;
+        else if (std::ranges::find(calendars.names, entry.calendar) == calendars.names.end())
+            homeless.insert(std::exchange(entry.calendar, {}));
+        if (known.takeSame(asPhonesKeepIt(entry))) {
+            ++unchanged;
+            continue;
+        }
+        const CalendarEntry* const before = known.withUid(entry.uid);
+        if (entry.calendar.empty())
+            entry.calendar = before                    ? before->calendar
+                             : calendars.names.empty() ? Text()
+                                                       : calendars.names[0];
+        CalendarChange change{.kind = before ? CalendarChange::Kind::change : CalendarChange::Kind::add};
+        if (before) change.before = *before;
+        change.after = std::move(entry);
+        change.after.uid = change.before.uid;
+        changes.push_back(std::move(change));
+    }
+    homeless.erase(Text());
+    for (const Text& name : homeless)
+        note("ovphone: The phone has no calendar \"" + toUtf8(name) +
+             "\": new entries of it go to the first one. \"ovphone calendar mkdir\" makes it.");
+    refuseWhatIsNotKept(phones, phone, changes);
+    if (!wanted.dryRun) carryOut(phones, phone, calendars, changes);
+    std::size_t added = 0, changed = 0, bad = refused;
+    for (const CalendarChange& change : changes) {
+        const bool isNew = change.kind == CalendarChange::Kind::add;
+        if (!change.isDone())
+            note("ovphone: " + forPerson(titleOf(change.after)) + ": " + change.failure);
+        else if (wanted.verbose || wanted.dryRun)
+            write(std::string(wanted.dryRun ? "would be " : "") + (isNew ? "added: " : "changed: ") +
+                  titleOf(change.after) + "\n");
+        ++(!change.isDone() ? bad : isNew ? added : changed);
+    }
+    if (!isQuiet())
+        write(std::to_string(added) + (wanted.dryRun ? " would be added, " : " added, ") +
+              std::to_string(changed) + (wanted.dryRun ? " would be changed, " : " changed, ") +
+              std::to_string(unchanged) + " unchanged, " + std::to_string(bad) + " failed\n");
+    if (bad != 0 || !file.problems.empty()) throw CommandFailure{failed, {}};
+}
+
+}  // namespace
+
+void registerCalendarImport(CLI::App& calendar, Context& context) {
+    const auto options = std::make_shared<ImportOptions>();
+    CLI::App& command = addCommand(calendar, "import", "Put the entries of a file on the phone", context,
+                                   [&context, options] { importCalendar(context, *options); });
+    addCommonOptions(command, context);
+    addPhoneOption(command, context);
+    addQuietOption(command);
+    command.add_option("FILE", options->file, "an iCalendar or vCalendar file, or - for standard input")
+        ->type_name("")
+        ->required();
+    command.add_option("--calendar", options->calendar, "the calendar that they go to")->type_name("NAME");
+    command.add_option("--charset", options->charset, "of an old file that does not say it")
+        ->type_name("NAME");
+    command.add_flag("-n,--dry-run", options->dryRun, "only say what would be done");
+    command.add_flag("-v,--verbose", options->verbose, "name every entry");
+    command.footer(
+        R"(What the phone has already stays as it is; the same file imported again changes nothing. An entry that repeats in
+a way that no phone can hold is named and not written.
+
+Examples:
+  ovphone calendar import --dry-run calendar.ics     what would be done
+  ovphone calendar import --calendar Private calendar.ics)");
+}
+
+}  // namespace ovno2::host
