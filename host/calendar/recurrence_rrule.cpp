@@ -185,7 +185,8 @@ class RecurrenceRuleReader {
     std::string refuseTheRest() {
         for (const auto& [name, value] : parts_)
             if (name != "COUNT" && name != "UNTIL" && !name.starts_with("X-"))
-                return name + "=" + value + " is nothing that a phone's repetition has";
+                return std::string(name).append("=").append(value).append(
+                    " is nothing that a phone's repetition has");
         if (interval_ > lastInterval)
             return "INTERVAL=" + std::to_string(interval_) + ": a phone's intervals end at 255";
         rule_.interval = interval_;

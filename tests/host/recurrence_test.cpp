@@ -103,8 +103,9 @@ TEST(Recurrence, HasTheDatesOfLibicalInEveryForm) {
                      .clock = std::chrono::minutes(upTo(1439)),
                      .isDay = upTo(3) == 0};
         if (start.isDay) start.clock = {};
-        Repetition rule{.kind = static_cast<Repetition::Kind>(upTo(4)), .interval = 1 + upTo(upTo(3) * 80)};
-        if (rule.interval > 255) rule.interval = 255;
+        Repetition rule;
+        rule.kind = static_cast<Repetition::Kind>(upTo(4));
+        rule.interval = std::min(1 + upTo(upTo(3) * 80), 255);
         if (rule.kind == Repetition::Kind::weekly)
             rule.weekdays = static_cast<unsigned>(1 + upTo(126)) |
                             1u << std::chrono::weekday(start.day).iso_encoding() >> 1;
@@ -119,15 +120,19 @@ TEST(Recurrence, HasTheDatesOfLibicalInEveryForm) {
 
         const Moment from{.day = start.day + std::chrono::days(upTo(4000) - 500)};
         const Moment to{.day = from.day + std::chrono::days(upTo(3000))};
-        const CalendarEntry entry{.start = isoText(start), .rule = text};
+        CalendarEntry entry;
+        entry.start = isoText(start);
+        entry.rule = text;
         ASSERT_EQ(datesByLibical(current, start, from, to), datesOf(entry, isoText(from), isoText(to)))
             << current << " from " << basicText(start);
     }
 }
 
 TEST(Recurrence, LeavesOutExceptionsAndCostsNothingFarAway) {
-    CalendarEntry entry{
-        .start = u"2008-01-05T10:00:00", .rule = u"D1 20080108", .exceptions = {u"2008-01-06", u"nonsense"}};
+    CalendarEntry entry;
+    entry.start = u"2008-01-05T10:00:00";
+    entry.rule = u"D1 20080108";
+    entry.exceptions = {u"2008-01-06", u"nonsense"};
     EXPECT_EQ((std::vector<Text>{u"2008-01-05T10:00:00", u"2008-01-07T10:00:00", u"2008-01-08T10:00:00"}),
               datesOf(entry, u"2000-01-01", u"9999-01-01"));
     entry.rule = u"D255";
@@ -135,7 +140,10 @@ TEST(Recurrence, LeavesOutExceptionsAndCostsNothingFarAway) {
     entry.rule = u"no rule";
     EXPECT_EQ((std::vector<Text>{u"2008-01-05T10:00:00"}), datesOf(entry, u"2000-01-01", u"9999-01-01"));
     EXPECT_TRUE(datesOf(entry, u"2009-01-01", u"2010-01-01").empty());
-    const CalendarEntry toDo{.kind = CalendarEntry::Kind::toDo, .due = u"2008-02-29", .rule = u"YD1"};
+    CalendarEntry toDo;
+    toDo.kind = CalendarEntry::Kind::toDo;
+    toDo.due = u"2008-02-29";
+    toDo.rule = u"YD1";
     EXPECT_EQ((std::vector<Text>{u"2008-02-29", u"2012-02-29"}), datesOf(toDo, u"2008-01-01", u"2013-01-01"));
 }
 
