@@ -1,6 +1,7 @@
 #include "host/calendar/ical_entry.h"
 
 #include <algorithm>
+#include <set>
 
 #include "host/calendar/ical_names.h"
 #include "host/calendar/ical_repetition.h"
@@ -57,8 +58,7 @@ class EntryReader {
     CalendarEntry& entry() { return result_.entry; }
 
     void say(const std::string& what) {
-        if (std::ranges::find(entry().unplaced, what) == entry().unplaced.end())
-            entry().unplaced.push_back(what);
+        if (said_.insert(what).second) entry().unplaced.push_back(what);
     }
 
     void take(const ContentLine& line) {
@@ -330,8 +330,7 @@ class EntryReader {
                 continue;
             }
             Text day = isoText({.day = localMoment(*date, zoneOf(line)).day});
-            if (std::ranges::find(entry().exceptions, day) == entry().exceptions.end())
-                entry().exceptions.push_back(std::move(day));
+            if (exceptions_.insert(day).second) entry().exceptions.push_back(std::move(day));
         }
     }
 
@@ -373,6 +372,8 @@ class EntryReader {
     const FileClocks& clocks_;
     FileEntry result_;
     std::map<std::string_view, const ContentLine*> kept_;
+    std::set<std::string> said_;
+    std::set<Text> exceptions_;
     std::optional<Moment> start_;  // local; a to-do's due date
     const char* ruleLine_ = "DTSTART";
     bool isToDo_ = false;

@@ -11,8 +11,8 @@ using namespace std::chrono;
 
 namespace {
 
-constexpr int lastYear = 2100;              // up to which rules are followed
-constexpr std::size_t mostChanges = 20000;  // no zone ever had as many
+constexpr int earliestYear = 1900, lastYear = 2100;  // between which rules are followed
+constexpr std::size_t mostChanges = 20000;           // no zone ever had as many
 
 // "+0530", "-08", "+01:24"; the sign may be missing.
 std::optional<seconds> offsetNamed(std::string_view text) {
@@ -135,7 +135,7 @@ void FileZone::addObservance(const FileComponent& observance) {
         if (line.name != "RRULE") continue;
         const YearlyRule rule = readYearlyRule(upperCased(line.value));
         if (!rule.isRead) continue;
-        const int firstYear = static_cast<int>(year_month_day(first->day).year());
+        const int firstYear = std::max(static_cast<int>(year_month_day(first->day).year()), earliestYear);
         for (int year = firstYear; year <= lastYear; ++year) {
             const std::optional<local_days> date = rule.in(year);
             if (!date || *date <= first->day) continue;

@@ -1,5 +1,6 @@
 // The short style and vCalendar 1.0's rules; RFC 5545's are in recurrence_rrule.cpp.
 #include <algorithm>
+#include <bit>
 
 #include "host/calendar/recurrence.h"
 #include "host/calendar/recurrence_names.h"
@@ -174,9 +175,24 @@ std::chrono::local_seconds noClock(sys_seconds time) {
 }  // namespace
 
 void endAfter(Repetition& rule, local_days start, Long count) {
-    std::optional<local_days> last;
+    // Whole weeks and days are not walked through one by one.
+    local_days from = start;
     Long left = count;
-    visitDates(rule, start, start, [&](local_days date) {
+    const local_days monday = start - (weekday(start) - Monday);
+    const auto datesIn = [](unsigned weekdays) { return static_cast<Long>(std::popcount(weekdays & 0x7F)); };
+    const unsigned firstWeek = rule.weekdays >> (start - monday).count();
+    if (rule.kind == Kind::daily) {
+        from = start + days((std::int64_t{count} - 1) * rule.interval);
+        left = 1;
+    } else if (rule.kind == Kind::weekly && left > datesIn(firstWeek)) {
+        const Long weeks = (left - datesIn(firstWeek) - 1) / datesIn(rule.weekdays);
+        left -= datesIn(firstWeek) + weeks * datesIn(rule.weekdays);
+        from = monday + days(7 * (std::int64_t{weeks} + 1) * rule.interval);
+    }
+    constexpr local_days endOfTime(year(9999) / December / 31);
+    if (from < start || from > endOfTime) return;
+    std::optional<local_days> last;
+    visitDates(rule, start, from, [&](local_days date) {
         last = date;
         return --left > 0;
     });
