@@ -96,6 +96,7 @@ void removeEntries(const Context& context, const EditOptions& wanted) {
     for (const std::string& word : wanted.words)
         chosen.insert(&entryWithId(calendars, word));
     std::vector<CalendarChange> changes;
+    changes.reserve(chosen.size());
     for (const CalendarEntry* const entry : chosen)
         changes.push_back({.kind = CalendarChange::Kind::remove, .before = *entry});
     carryOutAll(phones, phone, calendars, changes, wanted);
