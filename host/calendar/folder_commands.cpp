@@ -41,7 +41,7 @@ bool has(const std::vector<Text>& names, const Text& name) {
 
 // The name of one calendar as the phone writes it.
 Text nameOfOne(const std::vector<Text>& names, const std::string& wanted, const ListedPhone& phone) {
-    const Text name = fromUtf8(wanted);
+    Text name = fromUtf8(wanted);
     const auto count = std::ranges::count(names, name);
     if (count == 1) return name;
     if (count > 1)
