@@ -192,6 +192,7 @@ void removeMessages(const Context& context, const MessagesOptions& wanted) {
     const ListedPhone& phone = phones.chosen(Purpose::change);
     const ItemList<Message> list = readMessages(phones, phone);
     std::vector<Text> uids;
+    uids.reserve(list.items.size());
     for (const Message& message : list.items)
         uids.push_back(message.uid);
     // A session deletes from one folder.

@@ -114,6 +114,7 @@ void showNotes(const Context& context, const NotesOptions& wanted) {
 
 std::vector<Text> uidsOf(const std::vector<Note>& notes) {
     std::vector<Text> uids;
+    uids.reserve(notes.size());
     for (const Note& note : notes)
         uids.push_back(note.uid);
     return uids;
@@ -161,7 +162,7 @@ void editNote(const Context& context, const NotesOptions& wanted) {
     const AttachedPhones phones(context);
     const ListedPhone& phone = phones.chosen(Purpose::change);
     const std::vector<Text> uids = uidsOf(readNotes(phones, phone).items);
-    const Text uid = uids[placeOf(uids, wanted.id, "note")];
+    const Text& uid = uids[placeOf(uids, wanted.id, "note")];
     if (wanted.dryRun) {
         note("The note " + toUtf8(uid) + " of " + titleOf(phone) + " would be changed.");
         return;
