@@ -41,9 +41,9 @@ bool has(const std::vector<Text>& names, const Text& name) {
 
 // The name of one calendar as the phone writes it.
 Text nameOfOne(const std::vector<Text>& names, const std::string& wanted, const ListedPhone& phone) {
-    Text name = fromUtf8(wanted);
+    const Text name = fromUtf8(wanted);
     const auto count = std::ranges::count(names, name);
-    if (count == 1) return name;
+    if (count == 1) return Text(name);
     if (count > 1)
         throw CommandFailure{failed, titleOf(phone) + " has several calendars " + quoted(name) +
                                          "; which one is meant cannot be said from here."};

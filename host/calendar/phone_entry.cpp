@@ -102,6 +102,13 @@ Text endOf(const CalendarEntry& entry) {
     return hasWholeDays(entry.kind) ? daysAfter(entry.start, 1) : entry.start;
 }
 
+// Of kinds that have a time of day, a whole day begins and ends at midnight.
+Text atMidnight(const CalendarEntry& entry, Text moment) {
+    const bool isDay = !moment.empty() && moment.find(u'T') == Text::npos;
+    if (isDay && !hasWholeDays(entry.kind)) moment += u"T00:00:00";
+    return moment;
+}
+
 Text ruleCell(const CalendarEntry& entry) {
     Text cell = entry.rule;
     for (std::size_t i = 0; i < entry.exceptions.size(); ++i)
@@ -264,8 +271,8 @@ std::vector<Cell> changedCells(const CalendarEntry& before, const CalendarEntry&
 }
 
 CalendarEntry asPhonesKeepIt(CalendarEntry entry) {
-    entry.start = startOf(entry);
-    entry.end = endOf(entry);
+    entry.start = atMidnight(entry, startOf(entry));
+    entry.end = atMidnight(entry, endOf(entry));
     entry.rule = withoutFarEnd(std::move(entry.rule));
     if (entry.kind == Kind::birthday) {
         entry.description.clear();

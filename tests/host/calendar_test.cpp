@@ -123,6 +123,14 @@ TEST_F(OvphoneCalendar, EntriesTravelThroughFiles) {
                 HasSubstr("295 added, 0 changed, 0 unchanged, 5 failed"));
     EXPECT_THAT(run("calendar import all.ics").output,
                 HasSubstr("0 added, 0 changed, 295 unchanged, 5 failed"));
+    // A whole day of a kind that has a time of day is that day from midnight on.
+    std::ofstream(folder.path() / "day.ics")
+        << "BEGIN:VCALENDAR\nVERSION:2.0\nBEGIN:VEVENT\nSUMMARY:Fair\nDTSTART;VALUE=DATE:20090317\n"
+           "DTEND;VALUE=DATE:20090318\nEND:VEVENT\nEND:VCALENDAR\n";
+    EXPECT_THAT(run("calendar import day.ics").output,
+                HasSubstr("1 added, 0 changed, 0 unchanged, 0 failed"));
+    EXPECT_THAT(run("calendar import day.ics").output,
+                HasSubstr("0 added, 0 changed, 1 unchanged, 0 failed"));
 }
 
 TEST_F(OvphoneCalendar, CalendarsAreMadeRenamedAndDeleted) {
