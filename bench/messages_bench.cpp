@@ -63,7 +63,7 @@ void writeMessages(benchmark::State& state) {
         TextArray tempids, uids;
         state.ResumeTiming();
         for (std::int64_t i = 0; i < state.range(0); ++i) {
-            Text item = u"1\t\t\t\t\t\t+49 171 3920001\tA message like others";
+            Text item = u"1\t\t\t2\t\t\t+49 171 3920001\tA message like others";
             Data::WriteDataItem(bench.model, u"", item);
         }
         if (Data::DataEndWriteSession(tempids, uids, /*commit=*/true) != 0 ||
