@@ -68,9 +68,7 @@ void showOverview(const Context& context) {
 
 void registerOverview(CLI::App& app, Context& context) {
     setAction(app, context, [&context] { showOverview(context); });
-    addCommonOptions(app, context);
-    addPhoneOption(app, context);
-    addQuietOption(app);
+    addPhoneCommandOptions(app, context);
 }
 
 }  // namespace ovno2::host

@@ -178,9 +178,7 @@ void registerCalendar(CLI::App& app, Context& context) {
         return [&context, options, action] { action(context, *options); };
     };
     const auto addOptions = [&](CLI::App& command) {
-        addCommonOptions(command, context);
-        addPhoneOption(command, context);
-        addQuietOption(command);
+        addPhoneCommandOptions(command, context);
         command.add_option("--calendar", options->calendar, "of one calendar only")->type_name("NAME");
     };
     CLI::App& calendar = addCommand(app, "calendar", "Show the calendar of a phone, or change it", context,

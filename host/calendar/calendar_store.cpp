@@ -78,9 +78,7 @@ void readAgain(const AttachedPhones& phones, const ListedPhone& phone, PhoneCale
     if (first.listed == second.listed &&
         std::ranges::equal(first.entries, second.entries, {}, &CalendarEntry::uid, &CalendarEntry::uid))
         return;
-    first.missing.push_back("The " + entriesOf(phone) +
-                            " changed between two reads, or one of them did not see them all. Give the "
-                            "command again, with no other program working with the phone.");
+    first.missing.push_back(changedBetweenReads(entriesOf(phone)));
 }
 
 void sortByStart(std::vector<CalendarEntry>& entries) {

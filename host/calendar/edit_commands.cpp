@@ -111,9 +111,7 @@ void registerCalendarEdits(CLI::App& calendar, Context& context) {
                          const std::string& footer) -> CLI::App& {
         CLI::App& command = addCommand(calendar, name, description, context,
                                        [&context, options, action] { action(context, *options); });
-        addCommonOptions(command, context);
-        addPhoneOption(command, context);
-        addQuietOption(command);
+        addPhoneCommandOptions(command, context);
         command.add_flag("-n,--dry-run", options->dryRun, "only say what would be done");
         command.footer(footer);
         return command;

@@ -69,9 +69,7 @@ void registerCalendarExport(CLI::App& calendar, Context& context) {
     const auto options = std::make_shared<ExportOptions>();
     CLI::App& command = addCommand(calendar, "export", "Write all entries to a file", context,
                                    [&context, options] { exportCalendar(context, *options); });
-    addCommonOptions(command, context);
-    addPhoneOption(command, context);
-    addQuietOption(command);
+    addPhoneCommandOptions(command, context);
     command.add_option("FILE", options->file, "the file, or - for standard output")
         ->type_name("")
         ->required();

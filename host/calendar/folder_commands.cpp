@@ -154,9 +154,7 @@ void registerCalendarFolders(CLI::App& calendar, Context& context) {
                          const char* examples) -> CLI::App& {
         CLI::App& command = addCommand(calendar, name, description, context,
                                        [&context, options, action] { action(context, *options); });
-        addCommonOptions(command, context);
-        addPhoneOption(command, context);
-        addQuietOption(command);
+        addPhoneCommandOptions(command, context);
         command.footer(std::string("Examples:\n") + examples);
         return command;
     };

@@ -165,9 +165,7 @@ void registerCalendarImport(CLI::App& calendar, Context& context) {
     const auto options = std::make_shared<ImportOptions>();
     CLI::App& command = addCommand(calendar, "import", "Put the entries of a file on the phone", context,
                                    [&context, options] { importCalendar(context, *options); });
-    addCommonOptions(command, context);
-    addPhoneOption(command, context);
-    addQuietOption(command);
+    addPhoneCommandOptions(command, context);
     command.add_option("FILE", options->file, "an iCalendar or vCalendar file, or - for standard input")
         ->type_name("")
         ->required();

@@ -58,4 +58,10 @@ void addPhoneOption(CLI::App& command, Context& context) {
         ->type_name("NAME|SERIAL");
 }
 
+void addPhoneCommandOptions(CLI::App& command, Context& context) {
+    addCommonOptions(command, context);
+    addPhoneOption(command, context);
+    addQuietOption(command);
+}
+
 }  // namespace ovno2::host

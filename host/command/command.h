@@ -36,8 +36,9 @@ void setAction(CLI::App& command, Context& context, std::function<void()> action
 CLI::App& addCommand(CLI::App& parent, const char* name, const char* description, Context& context,
                      std::function<void()> action);
 
-void addCommonOptions(CLI::App& command, Context& context);  // --format, --connectivity and --phones
-void addPhoneOption(CLI::App& command, Context& context);    // --phone
-void addQuietOption(CLI::App& command);                      // --quiet
+void addCommonOptions(CLI::App& command, Context& context);        // --format, --connectivity and --phones
+void addPhoneOption(CLI::App& command, Context& context);          // --phone
+void addQuietOption(CLI::App& command);                            // --quiet
+void addPhoneCommandOptions(CLI::App& command, Context& context);  // all of these
 
 }  // namespace ovno2::host

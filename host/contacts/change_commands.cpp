@@ -31,9 +31,7 @@ void nameWhatIsLost(std::span<const ContactChange> changes) {
 }  // namespace
 
 void addChangeOptions(CLI::App& command, Context& context, ChangeOptions& options) {
-    addCommonOptions(command, context);
-    addPhoneOption(command, context);
-    addQuietOption(command);
+    addPhoneCommandOptions(command, context);
     command.add_flag("-n,--dry-run", options.dryRun, "only say what would be done");
     command.add_flag("-v,--verbose", options.verbose, "name every contact");
     command.add_flag("--accept-losses", options.acceptsLosses,

@@ -115,9 +115,7 @@ void registerContacts(CLI::App& app, Context& context) {
         return [&context, options, choose, show] { run(context, *options, choose, show); };
     };
     const auto addOptions = [&](CLI::App& command) {
-        addCommonOptions(command, context);
-        addPhoneOption(command, context);
-        addQuietOption(command);
+        addPhoneCommandOptions(command, context);
         command
             .add_option("--pictures", options->pictures,
                         "write the contacts' pictures to this folder, which is made when it is missing")

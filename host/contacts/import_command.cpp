@@ -161,9 +161,7 @@ void registerExport(CLI::App& contacts, Context& context) {
             "of the cards: 2.1 for old phones, 3.0 (the default), or 4.0")
         ->type_name("2.1|3.0|4.0")
         ->check(CLI::IsMember({"2.1", "3.0", "4.0"}).description(""));
-    addCommonOptions(command, context);
-    addPhoneOption(command, context);
-    addQuietOption(command);
+    addPhoneCommandOptions(command, context);
     command.add_flag("-f,--force", options->force, "overwrite a file that is there");
     command.footer(R"(Examples:
   ovphone contacts export book.vcf               cards, with pictures

@@ -31,19 +31,8 @@ class ListedContacts {
 };
 
 std::string missingContacts(PhoneDriver& driver, const ListedPhone& phone, const PhoneBook& book) {
-    const std::string read = std::to_string(book.contacts.size()), listed = std::to_string(book.listed);
-    std::string message = read + " of " + listed + " contacts of " + titleOf(phone) + " could be read. ";
-    std::vector<ListedPhone> attached;
-    const bool isThere =
-        driver.listPhones(attached) >= 0 &&
-        std::ranges::any_of(attached, [&](const ListedPhone& other) { return other.serial == phone.serial; });
-    if (!isThere)
-        return message + "The phone is no longer attached: attach it again and give the command again.";
-    return message +
-           "The phone is attached but did not hand out the others: another program may be working with it, "
-           "or "
-           "the connection was lost for a while. Close other phone programs, see to the cable or the "
-           "reception, and give the command again; \"ovphone log on\" makes the log say what went wrong.";
+    return std::to_string(book.contacts.size()) + " of " + std::to_string(book.listed) + " contacts of " +
+           titleOf(phone) + " could be read." + whatToDo(driver, phone);
 }
 
 }  // namespace
@@ -72,9 +61,7 @@ PhoneBook readPhoneBook(const AttachedPhones& phones, const ListedPhone& phone, 
 }
 
 void requireWhole(const PhoneBook& book) {
-    for (const std::string& message : book.missing)
-        note("ovphone: " + message);
-    if (!book.missing.empty()) throw CommandFailure{failed, {}};
+    requireWhole(book.missing);
 }
 
 }  // namespace ovno2::host

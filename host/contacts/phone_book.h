@@ -6,7 +6,7 @@
 
 #include "host/contacts/picture_folder.h"
 #include "host/driver/driver.h"
-#include "host/phones/attached_phones.h"
+#include "host/phones/arrival.h"
 
 namespace ovno2::host {
 

@@ -3,7 +3,6 @@
 
 #include "host/driver/calendar_cells.h"
 #include "host/driver/com_client.h"
-#include "host/driver/data_items.h"
 #include "host/driver/directory.h"
 #include "host/driver/loss_answer.h"
 #include "host/output/console.h"
@@ -124,20 +123,6 @@ class ComDriver : public PhoneDriver {
         for (const BSTR item : slotsOf<BSTR>(items))
             lines.push_back(textOf(item));
         return static_cast<Long>(result);
-    }
-    Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients,
-                      const Text& text) override {
-        return writeData(phone, newMessage(recipients, text));
-    }
-    Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text) override {
-        return writeData(phone, noteToWrite(uid, text));
-    }
-    Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId,
-                       const Text& uid) override {
-        return deleteData(phone, messageToDelete(store, folderId, uid));
-    }
-    Long deleteNote(const ListedPhone& phone, const Text& uid) override {
-        return deleteData(phone, noteToDelete(uid));
     }
     Long endData(bool commit) override {
         OwnedSafeArray temporaryIds, uids;
@@ -289,10 +274,10 @@ class ComDriver : public PhoneDriver {
         VariantClear(&result);
         return number;
     }
-    Long writeData(const ListedPhone& phone, const Text& item) {
+    Long writeData(const ListedPhone& phone, const Text& item) override {
         return withTexts(&_covNo2::WriteDataItem, phone.model, phone.serial, item);
     }
-    Long deleteData(const ListedPhone& phone, const Text& item) {
+    Long deleteData(const ListedPhone& phone, const Text& item) override {
         Bstr model(phone.model), serial(phone.serial);
         const Bstr deleted(item);
         LONG result = -1;

@@ -63,6 +63,7 @@ using LossQuestion = std::function<LossAnswer(const Text& name)>;
 
 // What a phone keeps its messages and notes in.
 enum class DataStore : Long { messages = 1, otherMessages = 2, notes = 4 };
+inline constexpr Long messagesAndNotes = 4;  // the kind of their write session
 
 // A contact or calendar entry that has come to the phone, and what the phone calls it now.
 struct AddedItem {
@@ -143,14 +144,12 @@ class PhoneDriver {
 
     // Writing messages and notes: as with contacts, nothing is changed on the phone until the session ends.
     // One session is for messages or for notes. Messages go to the phone's outbox.
-    virtual Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients,
-                              const Text& text) = 0;
+    Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients, const Text& text);
     // An empty UID is a new note.
-    virtual Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text) = 0;
+    Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text);
     // All messages of a session must be of one store and lie in the folder with that id.
-    virtual Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId,
-                               const Text& uid) = 0;
-    virtual Long deleteNote(const ListedPhone& phone, const Text& uid) = 0;
+    Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId, const Text& uid);
+    Long deleteNote(const ListedPhone& phone, const Text& uid);
     virtual Long endData(bool commit) = 0;
 
     // The names of the calendars; the first is the root that all others lie below, and no calendar for
@@ -193,6 +192,11 @@ class PhoneDriver {
         const Text& phonePath) = 0;  // what follows the last "." of its name is left out
     virtual Long deleteFolder(const Text& phonePath) = 0;  // 1 = deleted
     virtual void endFiles() = 0;                           // closes the session
+
+  protected:
+    // Messages and notes as the module takes them: one text of fields divided by tabs.
+    virtual Long writeData(const ListedPhone& phone, const Text& item) = 0;
+    virtual Long deleteData(const ListedPhone& phone, const Text& item) = 0;
 };
 
 // The driver cannot be had at all; `what` says why and what to do, in UTF-8.

@@ -4,7 +4,6 @@
 #include "driver/grid_object.h"
 #include "driver/progress_object.h"
 #include "host/driver/calendar_cells.h"
-#include "host/driver/data_items.h"
 #include "host/driver/directory.h"
 #include "host/driver/loss_answer.h"
 #include "host/output/console.h"
@@ -118,20 +117,6 @@ class NativeDriver : public PhoneDriver {
                                                       std::make_shared<ProgressObject>(progress));
         lines = std::move(items.elements());
         return result;
-    }
-    Long writeMessage(const ListedPhone& phone, const std::vector<Text>& recipients,
-                      const Text& text) override {
-        return writeData(phone, newMessage(recipients, text));
-    }
-    Long writeNote(const ListedPhone& phone, const Text& uid, const Text& text) override {
-        return writeData(phone, noteToWrite(uid, text));
-    }
-    Long deleteMessage(const ListedPhone& phone, DataStore store, const Text& folderId,
-                       const Text& uid) override {
-        return deleteData(phone, messageToDelete(store, folderId, uid));
-    }
-    Long deleteNote(const ListedPhone& phone, const Text& uid) override {
-        return deleteData(phone, noteToDelete(uid));
     }
     Long endData(bool commit) override {
         TextArray temporaryIds, uids;
@@ -262,12 +247,13 @@ class NativeDriver : public PhoneDriver {
                 added.push_back({std::move(temporaryIds.elements()[i]), std::move(uids.elements()[i])});
         return result;
     }
-    Long writeData(const ListedPhone& phone, Text item) {
+    Long writeData(const ListedPhone& phone, const Text& item) override {
         Text model = phone.model;
         Text serial = phone.serial;
-        return module_.WriteDataItem(model, serial, item);
+        Text written = item;
+        return module_.WriteDataItem(model, serial, written);
     }
-    Long deleteData(const ListedPhone& phone, const Text& item) {
+    Long deleteData(const ListedPhone& phone, const Text& item) override {
         Text model = phone.model;
         Text serial = phone.serial;
         return module_.DeleteDataItem(model, serial, item);

@@ -76,10 +76,7 @@ template <class Item>
 void compare(const ListedPhone& phone, const char* items, ItemList<Item>& first,
              const ItemList<Item>& second) {
     if (areTheSame(first, second)) return;
-    first.missing.push_back(
-        "The " + std::string(items) + " of " + titleOf(phone) +
-        " changed between two reads, or one of them did not see them all. Give the command "
-        "again, with no other program working with the phone.");
+    first.missing.push_back(changedBetweenReads(std::string(items) + " of " + titleOf(phone)));
 }
 
 }  // namespace

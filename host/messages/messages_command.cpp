@@ -50,12 +50,10 @@ std::string wordsOf(const MessagesOptions& wanted) {
 struct Mailroom {
     ItemList<Message> list;
     NameBook names;
-    std::vector<Conversation> conversations;
 
     Mailroom(const AttachedPhones& phones, const ListedPhone& phone)
-        : list(readMessages(phones, phone)),
-          names(readNames(phones, phone)),
-          conversations(conversationsOf(list.items, names)) {}
+        : list(readMessages(phones, phone)), names(readNames(phones, phone)) {}
+    std::vector<Conversation> conversations() const { return conversationsOf(list.items, names); }
 };
 
 void showTalks(const std::vector<Conversation>& conversations, const MessagesOptions& wanted) {
@@ -92,8 +90,8 @@ void listMessages(const Context& context, const MessagesOptions&) {
     const Mailroom room(phones, phone);
     if (context.asJson())
         writeMessagesAsJson(room.list.items, room.names, writeData);
-    else if (!room.conversations.empty())
-        writeTable(conversationsAsTable(room.conversations), pageWidth,
+    else if (!room.list.items.empty())
+        writeTable(conversationsAsTable(room.conversations()), pageWidth,
                    "\"ovphone messages show\" or --format json");
     else if (room.list.listed == 0 && room.list.missing.empty())
         note("The phone holds no messages.");
@@ -104,7 +102,7 @@ void showMessages(const Context& context, const MessagesOptions& wanted) {
     const AttachedPhones phones(context);
     const ListedPhone& phone = phones.chosen();
     const Mailroom room(phones, phone);
-    std::vector<Conversation> chosen = room.conversations;
+    std::vector<Conversation> chosen = room.conversations();
     if (!wanted.words.empty()) chosen = conversationsWith(chosen, fromUtf8(wordsOf(wanted)));
     if (chosen.empty() && !wanted.words.empty())
         failWith(room, "There are no messages with \"" + wordsOf(wanted) +
@@ -119,7 +117,7 @@ void findMessages(const Context& context, const MessagesOptions& wanted) {
     const Mailroom room(phones, phone);
     const Text text = fromUtf8(wordsOf(wanted));
     std::vector<Conversation> found;
-    for (Conversation conversation : room.conversations) {
+    for (Conversation conversation : room.conversations()) {
         std::erase_if(conversation.messages,
                       [&](const Message* message) { return !holds(conversation, *message, text); });
         if (!conversation.messages.empty()) found.push_back(std::move(conversation));
@@ -244,7 +242,7 @@ constexpr ExportForm exportForms[] = {
      }},
     {"text", ".txt",
      [](const Mailroom& room, const MessagesOptions& wanted, OutputFile& file) {
-         for (const Conversation& conversation : room.conversations)
+         for (const Conversation& conversation : room.conversations())
              file.write(asTalk(conversation, pageWidth, wanted.verbose) + "\n\n");
      }},
 };
@@ -278,15 +276,10 @@ void registerMessages(CLI::App& app, Context& context) {
     const auto running = [&context, options](Action action) {
         return [&context, options, action] { action(context, *options); };
     };
-    const auto addOptions = [&](CLI::App& command) {
-        addCommonOptions(command, context);
-        addPhoneOption(command, context);
-        addQuietOption(command);
-    };
     CLI::App& messages = addCommand(app, "messages", "Show the messages of a phone, or write and delete some",
                                     context, running(listMessages));
     messages.require_subcommand(0, 1);
-    addOptions(messages);
+    addPhoneCommandOptions(messages, context);
     messages.footer(R"(Examples:
   ovphone messages                               a line for everyone that messages are with
   ovphone messages show Anna                     what was written to and by somebody
@@ -294,7 +287,7 @@ void registerMessages(CLI::App& app, Context& context) {
     const auto add = [&](const char* name, const char* description, Action action,
                          const char* examples) -> CLI::App& {
         CLI::App& command = addCommand(messages, name, description, context, running(action));
-        addOptions(command);
+        addPhoneCommandOptions(command, context);
         command.footer(std::string("Examples:\n") + examples);
         return command;
     };

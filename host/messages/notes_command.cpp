@@ -231,15 +231,10 @@ void registerNotes(CLI::App& app, Context& context) {
     const auto running = [&context, options](Action action) {
         return [&context, options, action] { action(context, *options); };
     };
-    const auto addOptions = [&](CLI::App& command) {
-        addCommonOptions(command, context);
-        addPhoneOption(command, context);
-        addQuietOption(command);
-    };
     CLI::App& notes = addCommand(app, "notes", "Show the notes of a phone, or write and delete some", context,
                                  running(listNotes));
     notes.require_subcommand(0, 1);
-    addOptions(notes);
+    addPhoneCommandOptions(notes, context);
     notes.footer(R"(Examples:
   ovphone notes                         a line a note, with its id
   ovphone notes show shopping           those that hold a word, in full
@@ -247,7 +242,7 @@ void registerNotes(CLI::App& app, Context& context) {
     const auto add = [&](const char* name, const char* description, Action action,
                          const char* examples) -> CLI::App& {
         CLI::App& command = addCommand(notes, name, description, context, running(action));
-        addOptions(command);
+        addPhoneCommandOptions(command, context);
         command.footer(std::string("Examples:\n") + examples);
         return command;
     };

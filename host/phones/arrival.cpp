@@ -43,6 +43,12 @@ std::string whatToDo(PhoneDriver& driver, const ListedPhone& phone) {
            "reception, and give the command again; \"ovphone log on\" makes the log say what went wrong.";
 }
 
+std::string changedBetweenReads(const std::string& items) {
+    return "The " + items +
+           " changed between two reads, or one of them did not see them all. Give the command again, with no "
+           "other program working with the phone.";
+}
+
 void requireWhole(const std::vector<std::string>& missing) {
     for (const std::string& message : missing)
         note("ovphone: " + message);

@@ -28,6 +28,10 @@ bool isAttached(PhoneDriver& driver, const ListedPhone& phone);
 // What the user can do when not all arrived; begins with a blank. UTF-8.
 std::string whatToDo(PhoneDriver& driver, const ListedPhone& phone);
 
+// Told where a second read of the same did not give the same; `items` names it: "messages of Nokia N95".
+// UTF-8.
+std::string changedBetweenReads(const std::string& items);
+
 // To be called once what has arrived is written: tells what is missing and throws CommandFailure for it.
 void requireWhole(const std::vector<std::string>& missing);
 

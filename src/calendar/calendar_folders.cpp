@@ -8,7 +8,6 @@
 #include "devices/current_phone.h"
 #include "devices/devices.h"
 #include "library/library_memory.h"
-#include "library/library_texts.h"
 
 namespace ovno2::Calendar {
 
@@ -55,10 +54,7 @@ bool readRoot(const Text& serial, FolderInfoRecord& root, BeforeRead&& beforeRea
 // The root and, below it, all other folders. Throws RuntimeFailure 7 when one would be missing.
 std::vector<FolderEntry> foldersFrom(const FolderInfoRecord& root) {
     const MemoryWatch memory;
-    std::vector<FolderEntry> list(1);
-    attempt([&] { list[0].Name = library::GetStringFromPointer(root.name); });
-    attempt([&] { list[0].Path = library::GetStringFromPointer(root.path); });
-    list[0].FolderId = static_cast<Long>(root.folderId);
+    std::vector<FolderEntry> list{Content::entryOf(root)};
     if (root.subfolderCount > 0)
         Content::GetSubfolders(root.subfolderCount, root.subfolders, list, state().FolderRecordSize,
                                /*connection=*/0, /*oldName=*/{}, /*newName=*/{});

@@ -5,7 +5,6 @@
 #include "calendar/calendar_connection.h"
 #include "calendar/calendar_folders.h"
 #include "calendar/calendar_state.h"
-#include "content/progress.h"
 #include "content/sessions.h"
 #include "devices/devices.h"
 
@@ -22,8 +21,6 @@ constexpr Long phoneNotFound = -2;
 constexpr Long notConnected = -3;
 constexpr Long operationNotBegun = -4;
 constexpr Long notListed = -5;
-
-constexpr std::uint32_t reconnectPause = 50;  // milliseconds
 
 // Takes the identifiers of all folders. False with the last status when not all could be had: an entry that
 // is not known would be written as a new one.
@@ -101,8 +98,7 @@ Long beginWriting(const Text& model, const Text& phoneId) {
     if (session.open && session.operation != 0) return 0;
     const Long begun = CalendarInitWriteSession(model, phoneId);
     if (begun != notConnected) return begun;
-    attempt([] { currentPlatform().clock().sleep(reconnectPause); });
-    Content::processPendingMessages();
+    Content::waitToReconnect();
     return CalendarInitWriteSession(model, phoneId);
 }
 

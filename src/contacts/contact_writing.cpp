@@ -8,7 +8,6 @@
 #include "contacts/writing_state.h"
 #include "content/host_fields.h"
 #include "content/item_reading.h"
-#include "content/progress.h"
 #include "content/sessions.h"
 #include "devices/devices.h"
 #include "pc/ansi.h"
@@ -24,7 +23,6 @@ using library::Word;
 
 constexpr Long notConnected = -3;
 constexpr Long givenUp = -9;
-constexpr std::uint32_t reconnectPause = 50;  // milliseconds
 constexpr Long lastOldVersion = 32;
 
 constexpr std::size_t wordsPerGroup = 100 * sizeof(library::DataItemRecord) / sizeof(Word);
@@ -33,8 +31,7 @@ Long beginSession(const Text& model, Text& serial) {
     writingState().ContactsWritten = 0;
     const Long begun = ContactsInitWriteSession(model, serial);
     if (begun != notConnected) return begun;
-    attempt([] { currentPlatform().clock().sleep(reconnectPause); });
-    Content::processPendingMessages();
+    Content::waitToReconnect();
     CloseContactsConnection();
     Content::PIMApiTerminate();
     return ContactsInitWriteSession(model, serial);

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "content/progress.h"
+#include "core/attempt.h"
 #include "core/current_platform.h"
 
 namespace ovno2::Content {
@@ -41,6 +43,12 @@ void Connection::remember(Long status) {
 bool Connection::isTrusted(const Text& forSerial) const {
     return lastCheck.status == 0 && forSerial == serial &&
            std::fabs(secondsSinceMidnight() - lastCheck.at) < secondsOfTrust;
+}
+
+void waitToReconnect() {
+    constexpr std::uint32_t pause = 50;  // milliseconds
+    attempt([] { currentPlatform().clock().sleep(pause); });
+    processPendingMessages();
 }
 
 }  // namespace ovno2::Content

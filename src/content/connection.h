@@ -40,4 +40,7 @@ struct Connection {
     bool isTrusted(const Text& forSerial) const;
 };
 
+// Gives a phone that did not let itself be connected a moment, and the host's windows as well.
+void waitToReconnect();
+
 }  // namespace ovno2::Content

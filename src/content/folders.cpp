@@ -140,9 +140,7 @@ Long walk(Word count, Address pointer, std::vector<FolderEntry>& list, Long reco
     if (failure != noFailure) return result;
     for (std::size_t i = 0; i < count; ++i) {
         const FolderInfoRecord record = level.record(i);
-        attempt([&] { list[first + i].Name = library::GetStringFromPointer(record.name); });
-        attempt([&] { list[first + i].Path = library::GetStringFromPointer(record.path); });
-        list[first + i].FolderId = static_cast<Long>(record.folderId);
+        list[first + i] = entryOf(record);
         DebugLine(list[first + i].Path, u":", list[first + i].Name);
         if (!oldName.empty() && list[first + i].Name == oldName)
             return changeFolder(connection, level.recordBytes(i), newName);
@@ -155,6 +153,14 @@ Long walk(Word count, Address pointer, std::vector<FolderEntry>& list, Long reco
 }
 
 }  // namespace
+
+FolderEntry entryOf(const FolderInfoRecord& record) {
+    FolderEntry entry;
+    attempt([&] { entry.Name = library::GetStringFromPointer(record.name); });
+    attempt([&] { entry.Path = library::GetStringFromPointer(record.path); });
+    entry.FolderId = static_cast<Long>(record.folderId);
+    return entry;
+}
 
 Long GetNokiaFolder(Handle connection, FolderInfoRecord& record) {
     const RoutineLog log(u"GetNokiaFolder");

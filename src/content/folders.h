@@ -14,6 +14,9 @@ struct FolderEntry {
     Long FolderId = 0;
 };
 
+// What a record says of its folder; a part that there is no memory for stays empty.
+FolderEntry entryOf(const library::FolderInfoRecord& record);
+
 // Reads the folder that `record` names (a fresh record names the root) into `record`. The result is the size
 // of the record that the library really wrote, 32 or more and even; a negative status when it could not be
 // read, then `record` keeps everything but its size.

@@ -35,7 +35,6 @@ class SessionItems {
 
   private:
     using Places = std::unordered_map<Long, std::size_t>;
-    ItemId* at(const Places& places, Long key);
 
     std::vector<ItemId> items_;
     std::size_t listed_ = 0;

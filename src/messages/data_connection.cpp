@@ -3,7 +3,6 @@
 #include "devices/current_phone.h"
 #include "devices/devices.h"
 #include "library/library_memory.h"
-#include "library/library_texts.h"
 #include "messages/data_state.h"
 
 namespace ovno2::Data {
@@ -31,13 +30,6 @@ Word targetOf(Long what) {
         default:
             return noTarget;
     }
-}
-
-void appendRoot(const library::FolderInfoRecord& root, std::vector<FolderEntry>& list) {
-    list.assign(1, {});
-    attempt([&] { list[0].Name = library::GetStringFromPointer(root.name); });
-    attempt([&] { list[0].Path = library::GetStringFromPointer(root.path); });
-    list[0].FolderId = static_cast<Long>(root.folderId);
 }
 
 }  // namespace
@@ -89,7 +81,7 @@ Long GetDataFolders(const Text& model, const Text& serial, Long what, std::vecto
         return notRead;
     }
     attempt([&] {
-        appendRoot(root, list);
+        list.assign(1, Content::entryOf(root));
         Content::GetSubfolders(root.subfolderCount, root.subfolders, list, /*recordSize=*/0, /*connection=*/0,
                                /*oldName=*/{}, /*newName=*/{});
     });

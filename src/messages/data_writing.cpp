@@ -31,7 +31,6 @@ constexpr Long notConnected = -3;
 constexpr Long operationNotBegun = -4;
 constexpr Long notListed = -5;
 constexpr Long noSuchItem = -1;
-constexpr std::uint32_t reconnectPause = 50;  // milliseconds
 
 constexpr Long kindMask = 0xF;
 
@@ -150,8 +149,7 @@ Long requireSession(const Text& model, const Text& PhoneId, Long what, Long& fol
     if (isWriting()) return 0;
     const Long begun = DataInitWriteSession(model, PhoneId, what, folderId);
     if (begun != notConnected) return begun;
-    attempt([] { currentPlatform().clock().sleep(reconnectPause); });
-    Content::processPendingMessages();
+    Content::waitToReconnect();
     return DataInitWriteSession(model, PhoneId, what, folderId);
 }
 

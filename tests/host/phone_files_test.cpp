@@ -44,10 +44,8 @@ class ListingDriver : public PhoneDriver {
                   std::vector<Text>&) override {
         return -1;
     }
-    Long writeMessage(const ListedPhone&, const std::vector<Text>&, const Text&) override { return -1; }
-    Long writeNote(const ListedPhone&, const Text&, const Text&) override { return -1; }
-    Long deleteMessage(const ListedPhone&, DataStore, const Text&, const Text&) override { return -1; }
-    Long deleteNote(const ListedPhone&, const Text&) override { return -1; }
+    Long writeData(const ListedPhone&, const Text&) override { return -1; }
+    Long deleteData(const ListedPhone&, const Text&) override { return -1; }
     Long endData(bool) override { return -1; }
     Long listCalendars(const ListedPhone&, std::vector<Text>&) override { return -1; }
     Long createCalendar(const ListedPhone&, const Text&) override { return -1; }
