@@ -1,7 +1,5 @@
 #include "host/output/progress.h"
 
-#include <cstdio>
-
 namespace ovno2::host {
 
 namespace {
@@ -18,12 +16,6 @@ ProgressBar::ProgressBar(std::string what, bool shown, const char* doing)
       doing_(doing),
       shown_(shown),
       nextDrawing_(std::chrono::steady_clock::now() + patience) {}
-
-ProgressBar::~ProgressBar() {
-    if (drawn_ == 0) return;
-    show({});
-    std::fputs("\r", stderr);
-}
 
 void ProgressBar::advanceTo(Long value) {
     const Long step = value - value_;
@@ -46,15 +38,7 @@ void ProgressBar::draw() {
     std::string line = std::string(doing_) + ' ' + what_ + " [" + std::string(place, ' ') + "<=>" +
                        std::string(way - place, ' ') + "]";
     if (items_ >= 0) line += " " + std::to_string(items_);
-    show(line);
-}
-
-// Puts `line` in the place of the one on the screen.
-void ProgressBar::show(const std::string& line) {
-    const std::size_t rest = line.size() < drawn_ ? drawn_ - line.size() : 0;
-    std::fputs(("\r" + line + std::string(rest, ' ')).c_str(), stderr);
-    std::fflush(stderr);
-    drawn_ = line.size();
+    line_.show(line);
 }
 
 }  // namespace ovno2::host
