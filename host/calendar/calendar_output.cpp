@@ -38,10 +38,6 @@ Text clockOf(const Text& iso) {
     return iso.size() > placeOfT ? iso.substr(placeOfT + 1, length) : Text();
 }
 
-const Text& beginOf(const CalendarEntry& entry) {
-    return entry.kind == Kind::toDo ? entry.due : entry.start;
-}
-
 // How many days an entry goes on after its first.
 days furtherDays(const CalendarEntry& entry) {
     const std::optional<Moment> start = readMoment(TextView(entry.start));
