@@ -1,5 +1,7 @@
 #include "host/page/page.h"
 
+#include <utility>
+
 namespace ovno2::host {
 
 // `pageFiles` is generated from assets/ and the libraries; see CMakeLists.txt.
