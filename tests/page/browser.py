@@ -1,10 +1,12 @@
 """A browser without a window that opens pages from disk, and knows what they asked for and complained of."""
 import json
+import os
 import shutil
 import tempfile
 from pathlib import Path
 
 from selenium import webdriver
+from selenium.common.exceptions import WebDriverException
 from selenium.webdriver.chrome.options import Options
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
@@ -21,16 +23,33 @@ class Browser:
         options.binary_location = "/usr/bin/chromium"
         for flag in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
                      "--disable-background-networking", "--disable-component-update", "--disable-sync",
-                     "--disable-dev-shm-usage", "--hide-scrollbars", "--lang=en-GB", "--user-data-dir=" + self.profile,
+                     "--disable-dev-shm-usage", "--hide-scrollbars", "--user-data-dir=" + self.profile,
                      f"--window-size={width},{height}"):
             options.add_argument(flag)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
-        self.driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+        self.driver = self.started(options)
         self.driver.set_page_load_timeout(PATIENCE)
         self.driver.set_script_timeout(PATIENCE)
         self.requests = []
+        self.resize(width, height)
+        self.set_dark(dark)
+        self.driver.execute_cdp_cmd("Emulation.setLocaleOverride", {"locale": "en-GB"})
+        self.driver.execute_cdp_cmd("Emulation.setTimezoneOverride", {"timezoneId": "Europe/Berlin"})
+
+    def started(self, options):
+        environment = {**os.environ, "HOME": self.profile, "XDG_CONFIG_HOME": self.profile, "XDG_CACHE_HOME": self.profile}
+        for left in (2, 1, 0):  # another program may have taken the port that was free
+            try:
+                return webdriver.Chrome(service=Service("/usr/bin/chromedriver", env=environment), options=options)
+            except WebDriverException:
+                if left == 0:
+                    raise
+
+    def resize(self, width, height):
         self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
                                     {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
+
+    def set_dark(self, dark):
         self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia",
                                     {"features": [{"name": "prefers-color-scheme", "value": "dark" if dark else "light"}]})
 
@@ -89,6 +108,13 @@ class Browser:
                 parameters = message["params"]
                 self.requests.append(parameters.get("url") or parameters["request"]["url"])
         return [url for url in self.requests if not url.startswith(("file:", "about:", "data:"))]
+
+    def unnamed_controls(self):
+        """What a screen reader has no name for."""
+        tree = self.driver.execute_cdp_cmd("Accessibility.getFullAXTree", {})["nodes"]
+        roles = {"link", "button", "textbox", "searchbox", "combobox", "radio", "list", "region", "navigation", "image", "dialog", "grid"}
+        return [node["role"]["value"] for node in tree if not node["ignored"] and node["role"]["value"] in roles - {"list"}
+                and not node.get("name", {}).get("value", "").strip()]
 
     def screenshot(self, file):
         self.driver.save_screenshot(str(file))

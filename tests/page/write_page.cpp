@@ -1,5 +1,5 @@
-// write_page DIR [NAME...]: writes the page of an archive into DIR, and for each NAME a data file with the JSON of
-// DIR/NAME.json.
+// write_page DIR [NAME...]: writes the page of an archive into DIR, and for each NAME a data file with the
+// JSON of DIR/NAME.json.
 #include <filesystem>
 #include <fstream>
 #include <iterator>

@@ -70,6 +70,17 @@ const calendarEntries = (() => {
             (until ? " until " + words.day(until.slice(1).join("-")) : "");
     }
 
+    // "alarm 10 minutes before".
+    function alarmOf(entry) {
+        const begin = at(beginOf(entry)), alarm = at(entry.alarm);
+        if (begin === undefined || alarm === undefined) return undefined;
+        const minutes = (begin - alarm) / 60000;
+        if (minutes === 0) return "alarm when it begins";
+        const [unit, of] = minutes % 1440 === 0 ? ["day", 1440] : minutes % 60 === 0 ? ["hour", 60] : ["minute", 1];
+        if (minutes > 0 && (of > 1 || minutes < 120)) return "alarm " + words.count(minutes / of, unit, unit + "s") + " before";
+        return ["alarm ", entry.rule ? dom.time(entry.alarm, words.clock(entry.alarm)) : dom.time(entry.alarm, words.dayAndClock(entry.alarm))];
+    }
+
     function ageOf({entry, day}) {
         const age = entry.type === "birthday" && entry.birthYear ? Number(day.slice(0, 4)) - entry.birthYear : 0;
         return age > 0 ? " (" + age + ")" : "";
@@ -82,16 +93,14 @@ const calendarEntries = (() => {
         card(occurrence, colour) {
             const {entry} = occurrence;
             const priority = {1: "high priority", 3: "low priority"}[entry.priority];
-            const furtherText = [entry.rule && entry.type !== "birthday" ? repeats(entry.rule) : "", priority]
-                .filter((text) => text).join(" · ");
+            const further = [entry.calendar && dom.text("bdi", entry.calendar), entry.rule && entry.type !== "birthday" && repeats(entry.rule),
+                priority, alarmOf(entry)].filter((part) => part);
             return dom.make("article", {class: "entry colour-" + colour + (entry.done ? " done" : "")},
                 dom.make("p", {class: "entry-time"}, timesOf(occurrence)),
                 dom.make("h3", {}, dom.text("bdi", calendarEntries.title(entry)), ageOf(occurrence)),
                 entry.location ? dom.text("p", entry.location, {class: "entry-place"}) : "",
                 entry.description ? dom.text("p", entry.description, {class: "prose"}) : "",
-                dom.make("p", {class: "entry-more"}, entry.calendar ? dom.text("bdi", entry.calendar) : "",
-                    furtherText ? (entry.calendar ? " · " : "") + furtherText : "",
-                    entry.alarm ? [" · alarm ", dom.time(entry.alarm, words.dayAndClock(entry.alarm))] : ""),
+                dom.make("p", {class: "entry-more"}, further.map((part, i) => [i > 0 ? " · " : "", part])),
                 dom.gone(entry));
         },
     };

@@ -96,7 +96,7 @@ function contactCard(pane, {contact, name}) {
     const groups = [
         [/^(mobile|phone|homePhone|workPhone|fax|pager)\d?$/, "Numbers"],
         [/^(email|web)\d?$/, "Mail and web"],
-        [/^(home|work)?(street|postcode|town|state|country)$/i, "Addresses"],
+        [/^(home|work)?(street|postcode|town|state|country|address)$/i, "Addresses"],
         [/^(company|jobTitle)$/, "Work"],
         [/^(firstName|lastName|formalName|nickname|title|birthday|categories)$/, "Person"],
         [/^note\d?$/, "Notes"],
@@ -112,7 +112,7 @@ function contactCard(pane, {contact, name}) {
         if (key === "birthday") return dom.make("dd", {}, dom.time(value, words.dayLong(value)));
         const link = linkOf(key, value);
         return link ? dom.make("dd", {}, dom.text("a", value, {href: link, rel: "noreferrer"}))
-            : dom.text("dd", value, {class: /^note/.test(key) ? "prose" : undefined});
+            : dom.text("dd", value, {class: /^note|address$/i.test(key) ? "prose" : undefined});
     }
 
     const heading = dom.text("h2", name, {tabindex: "-1"});
@@ -130,6 +130,20 @@ function contactCard(pane, {contact, name}) {
             return [dom.make("dt", {}, words.label(key)), values.map((value) => shownValue(key, String(value)))];
         })));
     }
+    // The parts of an address under one name, where it is clear which belong together.
+    function joinAddress(kind, label) {
+        const key = (part) => (kind === "" ? part : kind + part.charAt(0).toUpperCase() + part.slice(1));
+        const value = (part) => [left.get(key(part)) ?? ""].flat();
+        const all = ["street", "postcode", "town", "state", "country"];
+        if (all.some((part) => value(part).length > 1)) return;
+        const [street, postcode, town, state, country] = all.map((part) => value(part)[0]);
+        for (const part of all) left.delete(key(part));
+        const lines = [street, [postcode, town].filter((part) => part).join(" "), state, country].filter((line) => line);
+        if (lines.length > 0) left.set(label, [lines.join("\n")]);
+    }
+    joinAddress("home", "homeAddress");
+    joinAddress("work", "workAddress");
+    joinAddress("", "address");
     const losses = contact.notes;
     left.delete("notes");
     for (const [pattern, title] of groups) add(title, [...left.keys()].filter((key) => pattern.test(key)));

@@ -11,7 +11,7 @@ const dom = (() => {
             if (typeof value === "function") element.addEventListener(name.slice(2), value);
             else element.setAttribute(name, value === true ? "" : value);
         }
-        element.append(...children.flat().filter((child) => child !== undefined && child !== ""));
+        element.append(...children.flat(Infinity).filter((child) => child !== undefined && child !== ""));
         return element;
     }
 

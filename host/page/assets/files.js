@@ -57,11 +57,11 @@ sections.files = {
                     dom.make("span", {class: "file-size"}, words.count(entry.entries.length, "item", "items")), dom.gone(entry)));
             }
             const url = entry.file && archive.url(entry.file);
-            const remark = !url ? entry.reason ?? "not in the archive" : active.test(entry.name) ? "in the archive as " + entry.file : "";
+            const remark = entry.reason ?? (!url ? "not in the archive" : active.test(entry.name) ? "in the archive as " + entry.file : "");
             const link = url && !active.test(entry.name) ? {href: url, target: "_blank", rel: "noreferrer"} : {class: "no-link"};
             return dom.make("div", {class: "row"}, dom.make("a", link, dom.icon("file"),
                 dom.make("span", {class: "row-text"}, dom.marked("span", query === "" ? entry.name : entry.path, query, {class: "row-title"}),
-                    remark ? dom.text("span", remark, {class: "row-more" + (url ? "" : " warn")}) : "", dom.gone(entry)),
+                    remark ? dom.text("span", remark, {class: "row-more" + (url && !entry.reason ? "" : " warn")}) : "", dom.gone(entry)),
                 dom.make("span", {class: "file-date"}, dom.time(entry.changed, words.day(entry.changed))),
                 dom.make("span", {class: "file-size"}, words.size(entry.size ?? 0))),
             (entry.replaced ?? []).map((old) => dom.make("a", {class: "earlier", href: archive.url(old.file), target: "_blank", rel: "noreferrer"},

@@ -46,7 +46,7 @@ sections.messages = {
                     dom.make("span", {class: "row-line"}, dom.marked("span", talk.title, query, {class: "row-title"}),
                         dom.make("span", {class: "row-date"}, dom.time(message.time, words.day(message.time)))),
                     dom.make("span", {class: "row-line"},
-                        dom.make("span", {class: "row-more"}, mine, dom.marked("bdi", snippet(message.text ?? ""), query)),
+                        dom.make("span", {class: "row-more"}, mine, dom.marked("bdi", snippet(message.text || "(no text)"), query)),
                         item.conversation ? "" : dom.make("span", {class: "count"}, words.number(talk.entries.length))))));
         }
         // A part of a text with the first of the words that are looked for.
@@ -65,7 +65,7 @@ sections.messages = {
                 isNewDay ? dom.make("p", {class: "talk-day"}, message.time ? dom.time(message.time, words.dayLong(message.time)) : "no time") : "",
                 dom.make("div", {class: "bubble" + (index === chosenEntry ? " chosen" : "") + (message.direction === "draft" ? " draft" : "")},
                     dom.make("span", {class: "unseen"}, side === "mine" ? "You: " : [dom.text("bdi", chosen.title), ": "]),
-                    dom.marked("p", message.text ?? "", query, {class: "prose"}),
+                    message.text ? dom.marked("p", message.text, query, {class: "prose"}) : dom.make("p", {class: "no-text"}, "(no text)"),
                     dom.make("p", {class: "bubble-time"}, remark ? [dom.text("bdi", remark), " "] : "", dom.time(message.time, words.clock(message.time)),
                         " ", dom.gone(message))));
         }

@@ -46,7 +46,7 @@
         for (const [other, link] of links)
             if (other === name) link.setAttribute("aria-current", "page");
             else link.removeAttribute("aria-current");
-        links.get(name).scrollIntoView({block: "nearest", inline: "nearest"});
+        links.get(name).scrollIntoView({block: "nearest", inline: "center"});
         document.title = sections[name].title + " – " + words.bare(phoneName);
         const go = await opened.get(name).go;
         if (addressParts()[0] === name) go(path);

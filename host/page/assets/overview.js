@@ -41,7 +41,7 @@ sections.overview = {
             page.append(dom.make("ul", {class: "runs"}, runs.toReversed().map((run) => dom.make("li", {},
                 dom.time(run.started, words.dayAndClock(run.started)),
                 run.finished ? "" : dom.make("span", {class: "badge warn"}, "interrupted"),
-                texts(run, ["started", "finished"]).map(([key, value]) => [" · ", words.label(key), " ", dom.text("bdi", value)])))));
+                texts(run, ["started", "finished", ...(run.finished ? [] : ["result"])]).map(([key, value]) => [" · ", words.label(key), " ", dom.text("bdi", value)])))));
         }
         page.append(dom.make("p", {class: "muted"}, "All that is shown here lies beside this page in open formats: contacts as " +
             "vCard, calendars as iCalendar, messages and notes as text and JSON, files as they are. ",

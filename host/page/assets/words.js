@@ -33,7 +33,7 @@ const words = (() => {
 
     const dayLong = {weekday: "long", day: "numeric", month: "long", year: "numeric"};
     const day = {day: "numeric", month: "short", year: "numeric"};
-    const clock = {hour: "2-digit", minute: "2-digit"};
+    const clock = {hour: "numeric", minute: "2-digit"};
 
     const combining = /\p{M}+/gu;
     // Letter case, accents and the ways to write a letter do not count.
