@@ -1,5 +1,6 @@
 #include "host/output/progress.h"
 
+#include <cmath>
 #include <cstdio>
 
 namespace ovno2::host {
@@ -10,6 +11,11 @@ constexpr std::chrono::milliseconds patience{300};  // before the first drawing
 constexpr std::chrono::milliseconds interval{80};
 constexpr std::size_t barWidth = 20;
 constexpr std::size_t markWidth = 3;
+
+std::string& stage() {
+    static std::string text;
+    return text;
+}
 
 }  // namespace
 
@@ -25,6 +31,10 @@ ProgressBar::~ProgressBar() {
     std::fputs("\r", stderr);
 }
 
+void ProgressBar::setStage(const std::string& text) {
+    stage() = text;
+}
+
 void ProgressBar::advanceTo(Long value) {
     const Long step = value - value_;
     value_ = value;
@@ -34,6 +44,7 @@ void ProgressBar::advanceTo(Long value) {
         items_ += step;
     if (!shown_) return;
     const auto now = std::chrono::steady_clock::now();
+    if (items_ == 0) itemsBegan_ = now;
     if (now < nextDrawing_) return;
     nextDrawing_ = now + interval;
     draw();
@@ -43,9 +54,13 @@ void ProgressBar::draw() {
     constexpr std::size_t way = barWidth - markWidth;
     const std::size_t there = frame_++ % (2 * way);
     const std::size_t place = there <= way ? there : 2 * way - there;
-    std::string line = std::string(doing_) + ' ' + what_ + " [" + std::string(place, ' ') + "<=>" +
-                       std::string(way - place, ' ') + "]";
+    std::string line = (stage().empty() ? "" : stage() + ": ") + std::string(doing_) + ' ' + what_ + " [" +
+                       std::string(place, ' ') + "<=>" + std::string(way - place, ' ') + "]";
     if (items_ >= 0) line += " " + std::to_string(items_);
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - itemsBegan_).count();
+    if (constexpr double enoughToTell = 0.2; items_ > 0 && seconds > enoughToTell)
+        line += ", " + std::to_string(std::llround(static_cast<double>(items_) / seconds)) + "/s";
     show(line);
 }
 

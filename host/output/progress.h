@@ -23,6 +23,9 @@ class ProgressBar {
     static constexpr Long announcement = 50;
     void advanceTo(Long value);
 
+    // Of which whole all reads from now on are a part: "2 of 5"; empty = none.
+    static void setStage(const std::string& stage);
+
   private:
     void draw();
     void show(const std::string& line);
@@ -34,6 +37,7 @@ class ProgressBar {
     Long value_ = 0;
     Long items_ = -1;  // -1 = the items have not begun
     std::size_t frame_ = 0;
+    std::chrono::steady_clock::time_point itemsBegan_;
     std::chrono::steady_clock::time_point nextDrawing_;
 };
 
