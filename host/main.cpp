@@ -1,3 +1,4 @@
+#include "host/archive/commands.h"
 #include "host/calendar/commands.h"
 #include "host/command_line.h"
 #include "host/contacts/commands.h"
@@ -11,8 +12,9 @@
 int main(int argc, char** argv) {
     using namespace ovno2::host;
     console::useLargePages();
-    constexpr RegisterCommand* commands[] = {registerOverview, registerList,   registerContacts,
-                                             registerMessages, registerNotes,  registerCalendar,
-                                             registerFiles,    registerDoctor, registerLog};
+    constexpr RegisterCommand* commands[] = {registerOverview, registerList,    registerContacts,
+                                             registerMessages, registerNotes,   registerCalendar,
+                                             registerFiles,    registerArchive, registerVerify,
+                                             registerDoctor,   registerLog};
     return runCommandLine(console::arguments(argc, argv), commands);
 }
