@@ -52,6 +52,16 @@ struct ArchiveRun {
         return result;
     }
 
+    // Reads a second time (see `readAgain`). A phone that is lost meanwhile has handed out the first.
+    template <class List>
+    void readTwice(List& first) const {
+        try {
+            readAgain(phones, phone, first);
+        } catch (const CommandFailure& failure) {
+            first.missing.push_back(failure.message);
+        }
+    }
+
     void lose(const char* section, std::string item, std::string what);
     // Of a text that has lost characters on its way.
     void looseCharacters(const char* section, const std::string& item, std::string_view text);

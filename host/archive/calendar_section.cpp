@@ -211,7 +211,7 @@ class CalendarSection {
 void archiveCalendar(ArchiveRun& run, SectionReport& report) {
     const std::optional<PhoneCalendars> list = run.reading(report, [&] {
         PhoneCalendars first = readCalendars(run.phones, run.phone);
-        readAgain(run.phones, run.phone, first);
+        run.readTwice(first);
         return first;
     });
     if (!list) return;

@@ -167,8 +167,11 @@ class ContactsSection {
 void archiveContacts(ArchiveRun& run, SectionReport& report) {
     const fs::path arriving = run.folder.workplace() / "pictures";
     PictureFolder pictures(console::textOf(arriving), /*overwrites=*/true);
-    const std::optional<PhoneBook> book =
-        run.reading(report, [&] { return readPhoneBook(run.phones, run.phone, pictures); });
+    const std::optional<PhoneBook> book = run.reading(report, [&] {
+        PhoneBook first = readPhoneBook(run.phones, run.phone, pictures);
+        run.readTwice(first);
+        return first;
+    });
     if (!book) return;
     if (!book->missing.empty()) run.folder.requireRoom();
     report.state = SectionReport::State::complete;

@@ -47,7 +47,6 @@ class FilesSection {
         try {
             saveAll();
         } catch (const BrokenOff& reason) {
-            run_.progress->hide();
             // An end that the user wants is told by the run.
             if (reason.status == failed) report_.missing.push_back(reason.message);
             report_.state = SectionReport::State::partial;

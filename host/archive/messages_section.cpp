@@ -116,7 +116,7 @@ void archiveMessages(ArchiveRun& run, SectionReport& report) {
     const std::optional<ItemList<Message>> list = run.reading(report, [&] {
         if (!run.names) run.names = readNames(run.phones, run.phone);
         ItemList<Message> first = readMessages(run.phones, run.phone);
-        readAgain(run.phones, run.phone, first);
+        run.readTwice(first);
         return first;
     });
     if (!list) return;

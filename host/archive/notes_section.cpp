@@ -95,7 +95,7 @@ class NotesSection {
 void archiveNotes(ArchiveRun& run, SectionReport& report) {
     const std::optional<ItemList<Note>> list = run.reading(report, [&] {
         ItemList<Note> first = readNotes(run.phones, run.phone);
-        readAgain(run.phones, run.phone, first);
+        run.readTwice(first);
         return first;
     });
     if (!list) return;
