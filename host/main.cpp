@@ -1,3 +1,4 @@
+#include "host/archive/commands.h"
 #include "host/bluetooth/commands.h"
 #include "host/calendar/commands.h"
 #include "host/command_line.h"
@@ -13,7 +14,8 @@ int main(int argc, char** argv) {
     using namespace ovno2::host;
     console::useLargePages();
     constexpr RegisterCommand* commands[] = {
-        registerOverview, registerList,  registerContacts,  registerMessages, registerNotes, registerCalendar,
-        registerFiles,    registerMedia, registerBluetooth, registerDoctor,   registerLog};
+        registerOverview,  registerList,   registerContacts, registerMessages, registerNotes,
+        registerCalendar,  registerFiles,  registerArchive,  registerVerify,   registerMedia,
+        registerBluetooth, registerDoctor, registerLog};
     return runCommandLine(console::arguments(argc, argv), commands);
 }

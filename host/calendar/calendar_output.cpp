@@ -68,32 +68,6 @@ void addMember(JsonLine& line, std::string_view name, const Text& value) {
     if (!value.empty()) line.member(name, TextView(value));
 }
 
-void addEntry(JsonLine& line, const CalendarEntry& entry) {
-    line.member("type", nameOf(entry.kind));
-    addMember(line, "calendar", entry.calendar);
-    addMember(line, "start", entry.start);
-    addMember(line, "end", entry.end);
-    addMember(line, "due", entry.due);
-    addMember(line, "alarm", entry.alarm);
-    addMember(line, "summary", entry.summary);
-    addMember(line, "location", entry.location);
-    addMember(line, "description", entry.description);
-    if (entry.birthYear != 0) line.member("birthYear", entry.birthYear);
-    if (entry.kind == Kind::toDo) {
-        if (entry.priority != 0) line.member("priority", entry.priority);
-        line.member("done", entry.isDone);
-    }
-    addMember(line, "rule", entry.rule);
-    if (!entry.exceptions.empty()) {
-        line.key("exceptions");
-        line.StartArray();
-        for (const Text& day : entry.exceptions)
-            line.text(day);
-        line.EndArray();
-    }
-    addMember(line, "uid", entry.uid);
-}
-
 constexpr const char* priorityNames[] = {"", "high", "normal", "low"};
 
 }  // namespace
@@ -256,13 +230,39 @@ std::string inFull(const CalendarEntry& entry, std::size_t width) {
     return toUtf8(text);
 }
 
+void writeEntry(JsonLine& line, const CalendarEntry& entry) {
+    line.member("type", nameOf(entry.kind));
+    addMember(line, "calendar", entry.calendar);
+    addMember(line, "start", entry.start);
+    addMember(line, "end", entry.end);
+    addMember(line, "due", entry.due);
+    addMember(line, "alarm", entry.alarm);
+    addMember(line, "summary", entry.summary);
+    addMember(line, "location", entry.location);
+    addMember(line, "description", entry.description);
+    if (entry.birthYear != 0) line.member("birthYear", entry.birthYear);
+    if (entry.kind == Kind::toDo) {
+        if (entry.priority != 0) line.member("priority", entry.priority);
+        line.member("done", entry.isDone);
+    }
+    addMember(line, "rule", entry.rule);
+    if (!entry.exceptions.empty()) {
+        line.key("exceptions");
+        line.StartArray();
+        for (const Text& day : entry.exceptions)
+            line.text(day);
+        line.EndArray();
+    }
+    addMember(line, "uid", entry.uid);
+}
+
 void writeEntriesAsJson(const std::vector<CalendarEntry>& entries,
                         const std::function<void(std::string_view)>& write) {
     JsonLines lines(write);
     for (const CalendarEntry& entry : entries) {
         JsonLine& line = lines.next();
         line.StartObject();
-        addEntry(line, entry);
+        writeEntry(line, entry);
         line.EndObject();
     }
     lines.end();
@@ -275,7 +275,7 @@ void writeOccurrencesAsJson(const std::vector<Occurrence>& occurrences,
         JsonLine& line = lines.next();
         line.StartObject();
         line.member("date", TextView(one.start));
-        addEntry(line, *one.entry);
+        writeEntry(line, *one.entry);
         line.EndObject();
     }
     lines.end();
