@@ -1,9 +1,9 @@
 // What the commands of `ovphone` have in common: how they are registered, and the options that several take.
 //
 // A command is one source with a function `void registerX(CLI::App& app, Context& context)`, which adds the
-// command's name, its options and what it does; the list in host/all_commands.h names them all. The function that a
-// command does is called when the whole line has been understood. It throws CommandFailure, or whatever
-// std::exception tells the user what is wrong.
+// command's name, its options and what it does; the list in host/all_commands.h names them all. The function
+// that a command does is called when the whole line has been understood. It throws CommandFailure, or
+// whatever std::exception tells the user what is wrong.
 #pragma once
 
 #include <functional>
@@ -37,9 +37,9 @@ void setAction(CLI::App& command, Context& context, std::function<void()> action
 CLI::App& addCommand(CLI::App& parent, const char* name, const char* description, Context& context,
                      std::function<void()> action);
 
-void addCommonOptions(CLI::App& command, Context& context);        // --format, --connectivity, --phones and --demo
-void addPhoneOption(CLI::App& command, Context& context);          // --phone
-void addQuietOption(CLI::App& command);                            // --quiet
+void addCommonOptions(CLI::App& command, Context& context);  // --format, --connectivity, --phones and --demo
+void addPhoneOption(CLI::App& command, Context& context);    // --phone
+void addQuietOption(CLI::App& command);                      // --quiet
 void addPhoneCommandOptions(CLI::App& command, Context& context);  // all of these
 
 }  // namespace ovno2::host

@@ -203,8 +203,8 @@ std::string innerCommand(const CommandText& command, const std::vector<OptionTex
     });
     std::vector<OptionText> own = command.options;
     std::erase_if(own, [&](const OptionText& option) { return std::ranges::count(common, option) != 0; });
-    std::string text = ".SS " + bold(command.line) + "\n" + synopsis(command) + ".PP\n" + description(command, ending) +
-           described(command.arguments) + described(own);
+    std::string text = ".SS " + bold(command.line) + "\n" + synopsis(command) + ".PP\n" +
+                       description(command, ending) + described(command.arguments) + described(own);
     if (!ending.examples.empty()) text += ".PP\nExamples:\n" + examples(ending.examples);
     return text;
 }
