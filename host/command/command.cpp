@@ -51,6 +51,8 @@ void addCommonOptions(CLI::App& command, Context& context) {
     command.add_option("--phones", context.phones, "folder of phone images for the simulator")
         ->type_name("DIR")
         ->check(quiet(CLI::ExistingDirectory));
+    command.add_flag("--demo", context.demo,
+                     "a simulated phone, to try everything without a real one; what you change on it stays");
 }
 
 void addQuietOption(CLI::App& command) {

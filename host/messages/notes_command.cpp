@@ -279,9 +279,9 @@ void registerNotes(CLI::App& app, Context& context) {
     exported.add_option("FILE", options->file, "the file, or - for standard output")
         ->type_name("")
         ->required();
-    exported.add_option("--as", options->form, "json, csv or text (default: as the file's name ends)")
-        ->check(CLI::IsMember({"json", "csv", "text"}))
-        ->type_name("FORM");
+    exported.add_option("--as", options->form, "what the file is to be (default: as its name ends)")
+        ->type_name("json|csv|text")
+        ->check(CLI::IsMember({"json", "csv", "text"}).description(""));
     exported.add_flag("-f,--force", options->force, "overwrite a file that is there");
 }
 
