@@ -1,7 +1,7 @@
 #!/bin/bash
 # install.sh GROUP...: what the project needs from the distribution, by group: "build" to build and run it, "test" for
-# the tests and checks on top, "windows" to build it and its tests for 32-bit Windows, "bench" and "fuzz" for what these
-# presets add.
+# the tests and checks on top, "windows" to build it and its tests for 32-bit Windows, "package" to make the packages,
+# "root" for scripts/debian-root.sh, "bench" and "fuzz" for what these presets add.
 #
 # Installs the packages that are missing, as root or with sudo, and says so; when all is there it says nothing and does
 # nothing.
@@ -15,17 +15,23 @@ build   /usr/bin/ninja                           ninja-build
 build   /usr/include/nlohmann/json.hpp           nlohmann-json3-dev
 build   /usr/include/rapidjson/reader.h          rapidjson-dev
 build   /usr/include/CLI/CLI.hpp                 libcli11-dev
+build   /usr/share/javascript/chart.js           libjs-chart.js
 test    /usr/include/gtest/gtest.h               libgtest-dev
 test    /usr/include/gmock/gmock.h               libgmock-dev
 test    /usr/bin/clang-format                    clang-format
 test    /usr/bin/clang-tidy                      clang-tidy
 test    /usr/bin/gammu                           gammu
 test    /usr/include/libical/ical.h              libical-dev
+test    /usr/bin/chromium                        chromium
+test    /usr/bin/chromedriver                    chromium-driver
+test    /usr/lib/python3/dist-packages/selenium  python3-selenium
 windows /usr/bin/i686-w64-mingw32-g++-posix      g++-mingw-w64-i686-posix
 windows /usr/bin/i686-w64-mingw32-windres        binutils-mingw-w64-i686
 windows /usr/bin/i686-w64-mingw32-widl           mingw-w64-tools
 windows /usr/include/wine/wine/windows/oaidl.idl libwine-dev
 windows /usr/src/googletest/CMakeLists.txt       googletest
+package /usr/bin/dpkg-shlibdeps                  dpkg-dev
+root    /usr/sbin/debootstrap                    debootstrap
 bench   /usr/include/benchmark/benchmark.h       libbenchmark-dev
 fuzz    /usr/bin/clang++                         clang
 fuzz    /usr/lib/clang/14/lib/linux              libclang-rt-14-dev

@@ -1,7 +1,6 @@
 #include "host/calendar/calendar_import.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "host/calendar/phone_entry.h"
@@ -11,41 +10,9 @@ namespace ovno2::host {
 
 namespace {
 
-// The phone's entries by what tells them apart at a glance.
-class KnownEntries {
-  public:
-    KnownEntries(const std::vector<CalendarEntry>& entries, const Text& serial) {
-        for (const CalendarEntry& entry : entries) {
-            byLook_.emplace(lookOf(entry), &entry);
-            byUid_.emplace(exportedUid(serial, entry.uid), &entry);
-        }
-    }
-
-    // One that is the same; the same is not given twice.
-    const CalendarEntry* takeSame(const CalendarEntry& wanted) {
-        const auto [first, last] = byLook_.equal_range(lookOf(wanted));
-        for (auto one = first; one != last; ++one)
-            if (differences(wanted, *one->second).empty()) {
-                const CalendarEntry* const found = one->second;
-                byLook_.erase(one);
-                return found;
-            }
-        return nullptr;
-    }
-    // The one that the file's entry was once exported from.
-    const CalendarEntry* withUid(const Text& uid) const {
-        const auto found = uid.empty() ? byUid_.end() : byUid_.find(uid);
-        return found == byUid_.end() ? nullptr : found->second;
-    }
-
-  private:
-    static Text lookOf(const CalendarEntry& entry) {
-        return entry.start + u"\n" + entry.due + u"\n" + trimBlanks(entry.summary);
-    }
-
-    std::multimap<Text, const CalendarEntry*> byLook_;
-    std::map<Text, const CalendarEntry*> byUid_;
-};
+Text lookOf(const CalendarEntry& entry) {
+    return entry.start + u"\n" + entry.due + u"\n" + trimBlanks(entry.summary);
+}
 
 // What a file's entry repeats by and no phone can hold: without it the entry would be another.
 bool losesRepeats(const CalendarEntry& entry) {
@@ -57,6 +24,32 @@ bool losesRepeats(const CalendarEntry& entry) {
 
 }  // namespace
 
+KnownEntries::KnownEntries(const std::vector<CalendarEntry>& entries, const Text& serial) {
+    for (const CalendarEntry& entry : entries) {
+        byLook_.emplace(lookOf(entry), &entry);
+        byUid_.emplace(exportedUid(serial, entry.uid), &entry);
+    }
+}
+
+bool KnownEntries::takeSame(const CalendarEntry& wanted) {
+    const auto found = findSame(wanted);
+    if (found == byLook_.end()) return false;
+    byLook_.erase(found);
+    return true;
+}
+
+const CalendarEntry* KnownEntries::withUid(const Text& uid) const {
+    const auto found = uid.empty() ? byUid_.end() : byUid_.find(uid);
+    return found == byUid_.end() ? nullptr : found->second;
+}
+
+KnownEntries::ByLook::const_iterator KnownEntries::findSame(const CalendarEntry& wanted) const {
+    const auto [first, last] = byLook_.equal_range(lookOf(wanted));
+    const auto found =
+        std::find_if(first, last, [&](const auto& one) { return differences(wanted, *one.second).empty(); });
+    return found == last ? byLook_.end() : found;
+}
+
 CalendarImport planImport(std::vector<CalendarEntry> entries, const AttachedPhones& phones,
                           const ListedPhone& phone, const PhoneCalendars& calendars) {
     KnownEntries known(calendars.entries, phone.serial);
@@ -66,6 +59,7 @@ CalendarImport planImport(std::vector<CalendarEntry> entries, const AttachedPhon
         ImportedEntry& imported = import.entries.emplace_back();
         imported.title = titleOf(entry);
         imported.unplaced = entry.unplaced;
+        imported.hasWideRule = entry.wideRule.has_value();
         if (losesRepeats(entry)) {
             imported.refusal = "not written, since it would repeat otherwise there.";
             continue;

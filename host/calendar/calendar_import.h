@@ -1,6 +1,7 @@
 // What the entries of a file become on a phone: new ones, changed ones, or what is there already.
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -9,6 +10,26 @@
 
 namespace ovno2::host {
 
+// The phone's entries by what tells them apart at a glance. They must outlive it.
+class KnownEntries {
+  public:
+    KnownEntries(const std::vector<CalendarEntry>& entries, const Text& serial);
+
+    bool hasSame(const CalendarEntry& wanted) const { return findSame(wanted) != byLook_.end(); }
+    // The same is not given twice.
+    bool takeSame(const CalendarEntry& wanted);
+    // The one that the file's entry was once exported from; null = none.
+    const CalendarEntry* withUid(const Text& uid) const;
+
+  private:
+    using ByLook = std::multimap<Text, const CalendarEntry*>;
+
+    ByLook::const_iterator findSame(const CalendarEntry& wanted) const;
+
+    ByLook byLook_;
+    std::map<Text, const CalendarEntry*> byUid_;
+};
+
 struct ImportedEntry {
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
@@ -16,6 +37,7 @@ struct ImportedEntry {
     std::size_t change = none;          // in the list of changes
     std::vector<std::string> unplaced;  // what the phone has no place for
     std::string refusal;                // why it is not to be written; else, without a change, it is there
+    bool hasWideRule = false;           // single entries can be made of it
 
     bool isThere() const { return change == none && refusal.empty(); }
 };

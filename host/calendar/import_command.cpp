@@ -6,7 +6,10 @@
 
 #include "host/calendar/calendar_import.h"
 #include "host/calendar/commands.h"
+#include "host/calendar/entry_fields.h"
 #include "host/calendar/ical_reader.h"
+#include "host/calendar/phone_entry.h"
+#include "host/calendar/single_entries.h"
 #include "host/output/command_output.h"
 #include "host/output/display_width.h"
 #include "host/output/exit_status.h"
@@ -20,6 +23,7 @@ struct ImportOptions {
     std::string file;
     std::string calendar;
     std::string charset;
+    std::string expandUntil;  // a day; empty = not at all
     bool dryRun = false;
     bool verbose = false;
 };
@@ -29,6 +33,38 @@ std::string joined(const std::vector<std::string>& parts) {
     for (const std::string& part : parts)
         text += (text.empty() ? "" : "; ") + part;
     return forPerson(text);
+}
+
+// Rules that only this phone does not keep are wide ones on it, unless it has them already.
+void widen(std::vector<CalendarEntry>& entries, const AttachedPhones& phones, const KnownEntries& known) {
+    for (CalendarEntry& entry : entries) {
+        if (keepsRule(phones, entry) || known.hasSame(asPhonesKeepIt(entry))) continue;
+        const CalendarEntry* const before = known.withUid(entry.uid);
+        if (!before || before->rule != entry.rule) entry.wideRule = wideRuleOf(entry);
+    }
+}
+
+// Writes what repeats in ways that no phone can hold as single entries.
+void expand(std::vector<CalendarEntry>& entries, std::chrono::local_days last) {
+    std::vector<CalendarEntry> expanded;
+    expanded.reserve(entries.size());
+    for (CalendarEntry& entry : entries) {
+        if (!entry.wideRule) {
+            expanded.push_back(std::move(entry));
+            continue;
+        }
+        SingleEntries singles = singleEntries(entry, last);
+        if (!singles.problem.empty()) {
+            note("ovphone: " + forPerson(titleOf(entry)) +
+                 ": no single entries are made of it: " + forPerson(singles.problem) + ".");
+            expanded.push_back(std::move(entry));
+            continue;
+        }
+        note("ovphone: " + forPerson(titleOf(entry)) + ": becomes " + described(singles, last) +
+             ", since the phone cannot repeat by \"" + forPerson(entry.wideRule->text) + "\".");
+        std::ranges::move(singles.entries, std::back_inserter(expanded));
+    }
+    entries = std::move(expanded);
 }
 
 // The calendar that the line names; empty = none.
@@ -54,6 +90,11 @@ void importCalendar(const Context& context, const ImportOptions& wanted) {
         requireWhole(calendars.missing);
     }
 
+    KnownEntries known(calendars.entries, phone.serial);
+    if (!wanted.expandUntil.empty()) {
+        widen(file.entries, phones, known);
+        expand(file.entries, dayFrom("--expand-until", wanted.expandUntil));
+    }
     if (const Text calendar = calendarNamed(calendars.names, wanted.calendar); !calendar.empty())
         for (CalendarEntry& entry : file.entries)
             entry.calendar = calendar;
@@ -62,7 +103,11 @@ void importCalendar(const Context& context, const ImportOptions& wanted) {
     for (const ImportedEntry& entry : import.entries) {
         const std::string title = "ovphone: " + forPerson(entry.title) + ": ";
         if (!entry.unplaced.empty()) note(title + "the phone has no place for " + joined(entry.unplaced));
-        if (!entry.refusal.empty()) note(title + entry.refusal);
+        if (!entry.refusal.empty())
+            note(title + entry.refusal +
+                 (entry.hasWideRule && wanted.expandUntil.empty()
+                      ? " \"--expand-until DAY\" makes single entries of it."
+                      : ""));
         unchanged += entry.isThere() ? 1 : 0;
         refused += entry.refusal.empty() ? 0 : 1;
     }
@@ -100,15 +145,21 @@ void registerCalendarImport(CLI::App& calendar, Context& context) {
     command.add_option("--calendar", options->calendar, "the calendar that they go to")->type_name("NAME");
     command.add_option("--charset", options->charset, "of an old file that does not say it")
         ->type_name("NAME");
+    command
+        .add_option("--expand-until", options->expandUntil,
+                    "write what no phone can repeat as single entries up to that day, at most " +
+                        std::to_string(mostSingleEntries) + " a rule")
+        ->type_name("DAY");
     command.add_flag("-n,--dry-run", options->dryRun, "only say what would be done");
     command.add_flag("-v,--verbose", options->verbose, "name every entry");
     command.footer(
         R"(What the phone has already stays as it is; the same file imported again changes nothing. An entry that repeats in
-a way that no phone can hold is named and not written.
+a way that no phone can hold is named and not written, or becomes single entries with --expand-until.
 
 Examples:
   ovphone calendar import --dry-run calendar.ics     what would be done
-  ovphone calendar import --calendar Private calendar.ics)");
+  ovphone calendar import --calendar Private calendar.ics
+  ovphone calendar import --expand-until 2009-12-31 calendar.ics)");
 }
 
 }  // namespace ovno2::host

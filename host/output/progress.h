@@ -21,6 +21,9 @@ class ProgressBar {
     static constexpr Long announcement = 50;
     void advanceTo(Long value);
 
+    // Of which whole all reads from now on are a part: "2 of 5"; empty = none.
+    static void setStage(const std::string& stage);
+
   private:
     void draw();
 
@@ -31,6 +34,7 @@ class ProgressBar {
     Long value_ = 0;
     Long items_ = -1;  // -1 = the items have not begun
     std::size_t frame_ = 0;
+    std::chrono::steady_clock::time_point itemsBegan_;
     std::chrono::steady_clock::time_point nextDrawing_;
 };
 
