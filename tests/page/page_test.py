@@ -281,7 +281,8 @@ class Hostile(PageTest):
         self.assertIn("<img src=x onerror=hacked()>", next(text for text, link in rows.items() if text.startswith("lost")))
         self.assertEqual(2, sum(link is not None and "#files" not in link for link in rows.values()), rows)
         self.browser.go("photos")
-        self.browser.wait(lambda: self.browser.run("return document.querySelector('.photo img')?.naturalWidth") > 0, "a name with everything in it")
+        loaded = "return [...document.querySelectorAll('.photo img')].filter((image) => image.naturalWidth > 0).map((image) => image.getAttribute('src'))"
+        self.browser.wait(lambda: len(self.browser.run(loaded)) == 2, "names with everything in them")
 
     def test_the_policy_holds(self):
         self.browser.open(self.folder)
