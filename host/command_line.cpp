@@ -132,9 +132,9 @@ int run(const std::function<void()>& action) {
 
 }  // namespace
 
-int runCommandLine(const std::vector<std::string>& arguments, std::span<RegisterCommand* const> commands) {
-    Context context;
-    CLI::App app("Shows the attached phones and what they hold.", "ovphone");
+std::unique_ptr<CLI::App> makeCommandLine(Context& context, std::span<RegisterCommand* const> commands) {
+    auto program = std::make_unique<CLI::App>("Shows the attached phones and what they hold.", "ovphone");
+    CLI::App& app = *program;
     app.footer(examples);
     app.allow_windows_style_options(false);  // a path may begin with "/"
     app.require_subcommand(0, 1);
@@ -142,14 +142,20 @@ int runCommandLine(const std::vector<std::string>& arguments, std::span<Register
     for (RegisterCommand* const command : commands)
         command(app, context);
     addHelp(app, context);
+    return program;
+}
+
+int runCommandLine(const std::vector<std::string>& arguments, std::span<RegisterCommand* const> commands) {
+    Context context;
+    const std::unique_ptr<CLI::App> app = makeCommandLine(context, commands);
 
     // The parser takes the arguments from the back.
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     if (!reversed.empty()) reversed.pop_back();
     try {
-        app.parse(reversed);
+        app->parse(reversed);
     } catch (const CLI::ParseError& error) {
-        return explain(app, error);
+        return explain(*app, error);
     }
     return run(context.action);
 }

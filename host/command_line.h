@@ -2,6 +2,7 @@
 // went wrong.
 #pragma once
 
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -12,8 +13,12 @@ namespace ovno2::host {
 
 using RegisterCommand = void(CLI::App& app, Context& context);
 
-// `arguments` begins with the program's name; the help shows the commands in the order of `commands`. Gives
-// the exit status. The command's result goes to standard output, everything else to standard error.
+// The program with its commands, their options and help texts; the help shows the commands in the order of
+// `commands`. `context` must live as long.
+std::unique_ptr<CLI::App> makeCommandLine(Context& context, std::span<RegisterCommand* const> commands);
+
+// `arguments` begins with the program's name. Gives the exit status. The command's result goes to standard
+// output, everything else to standard error.
 int runCommandLine(const std::vector<std::string>& arguments, std::span<RegisterCommand* const> commands);
 
 }  // namespace ovno2::host

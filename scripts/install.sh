@@ -1,7 +1,7 @@
 #!/bin/bash
 # install.sh GROUP...: what the project needs from the distribution, by group: "build" to build and run it, "test" for
-# the tests and checks on top, "windows" to build it and its tests for 32-bit Windows, "bench" and "fuzz" for what these
-# presets add.
+# the tests and checks on top, "windows" to build it and its tests for 32-bit Windows, "package" to make the packages,
+# "root" for scripts/debian-root.sh, "bench" and "fuzz" for what these presets add.
 #
 # Installs the packages that are missing, as root or with sudo, and says so; when all is there it says nothing and does
 # nothing.
@@ -30,6 +30,8 @@ windows /usr/bin/i686-w64-mingw32-windres        binutils-mingw-w64-i686
 windows /usr/bin/i686-w64-mingw32-widl           mingw-w64-tools
 windows /usr/include/wine/wine/windows/oaidl.idl libwine-dev
 windows /usr/src/googletest/CMakeLists.txt       googletest
+package /usr/bin/dpkg-shlibdeps                  dpkg-dev
+root    /usr/sbin/debootstrap                    debootstrap
 bench   /usr/include/benchmark/benchmark.h       libbenchmark-dev
 fuzz    /usr/bin/clang++                         clang
 fuzz    /usr/lib/clang/14/lib/linux              libclang-rt-14-dev

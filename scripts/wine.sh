@@ -7,7 +7,7 @@
 #   wine.sh path FILE                       the file's Windows path (Z:\...)
 #
 # The system's own Wine is taken when a 32-bit program runs under it. Otherwise a 32-bit root with wine32 in it is made
-# by debootstrap, from the mirror that apt uses on this machine, and kept in ${XDG_CACHE_HOME:-~/.cache}/ovno2. A program
+# by debian-root.sh and kept in ${XDG_CACHE_HOME:-~/.cache}/ovno2. A program
 # runs in a mount namespace of its own in which that root's /usr lies over the system's: every other path, the current
 # directory, the environment, the standard streams and the exit status are the caller's, and no mount is left behind.
 #
@@ -27,15 +27,6 @@ linger=${OVNO2_WINE_LINGER:-60}
 
 say() { echo "wine: $*" >&2; }
 fail() { say "$*"; exit 125; }
-
-as_root() {
-    if [ "$(id -u)" -eq 0 ]; then
-        "$@"
-    else
-        command -v sudo >/dev/null || fail "$1 needs root or sudo"
-        sudo "$@"
-    fi
-}
 
 # --- Which Wine ------------------------------------------------------------------------------------------------------
 
@@ -73,44 +64,6 @@ find_wine() {
     fi
 }
 
-# --- The 32-bit root -------------------------------------------------------------------------------------------------
-
-make_root() {
-    local codename mirror temp started=$SECONDS
-    if ! command -v debootstrap >/dev/null; then
-        say "installing debootstrap"
-        as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends \
-            -o DPkg::Lock::Timeout=600 debootstrap >/dev/null 2>&1 ||
-            { as_root apt-get -qq update; as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y \
-                --no-install-recommends -o DPkg::Lock::Timeout=600 debootstrap >/dev/null; } ||
-            fail "could not install debootstrap"
-    fi
-    [ -h /lib ] || fail "this system keeps libraries outside /usr; install a 32-bit Wine by hand"
-    codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
-    mirror=$(apt-get indextargets --format '$(RELEASE) $(COMPONENT) $(REPO_URI)' 'Created-By: Packages' |
-        awk -v codename="$codename" '($1 == codename || $1 !~ /[-\/]/) && $2 == "main" { print $3; exit }')
-    [ -n "$codename" ] && [ -n "$mirror" ] || fail "apt knows no mirror for this system (\"$codename\")"
-    [ -n "${http_proxy:-}" ] || eval "$(apt-config shell http_proxy Acquire::http::Proxy)"
-    [ -n "${https_proxy:-}" ] || eval "$(apt-config shell https_proxy Acquire::https::Proxy)"
-
-    say "making a 32-bit root with Wine in $root (once; a minute or two, about 1 GB)"
-    as_root rm -rf --one-file-system "$root".new.*
-    temp=$root.new.$$
-    trap 'as_root rm -rf --one-file-system "$temp"; exit 130' INT TERM HUP
-    # In a mount namespace, what debootstrap mounts goes away with it, however it ends.
-    if ! as_root env http_proxy="${http_proxy:-}" https_proxy="${https_proxy:-}" unshare -m \
-        debootstrap --arch=i386 --variant=minbase --include=wine32,tzdata "$codename" "$temp" "$mirror" >"$base/debootstrap.log" 2>&1
-    then
-        tail -n 5 "$base/debootstrap.log" "$temp/debootstrap/debootstrap.log" >&2
-        as_root rm -rf --one-file-system "$temp"
-        fail "debootstrap failed; its output is in $base/debootstrap.log"
-    fi
-    as_root rm -rf "$temp/var/cache/apt" "$temp/var/lib/apt/lists" "$temp/usr/share/doc" "$temp/usr/share/man"
-    as_root mv -T "$temp" "$root"
-    trap - INT TERM HUP
-    say "the 32-bit root is ready after $((SECONDS - started)) s"
-}
-
 ensure() {
     local stamp
     find_wine
@@ -132,7 +85,12 @@ ensure() {
                 fi
             fi
             find_wine
-            [ "$kind" != none ] || { make_root; find_wine; }
+            if [ "$kind" = none ]; then
+                [ -h /lib ] || fail "this system keeps libraries outside /usr; install a 32-bit Wine by hand"
+                say "making a 32-bit system with Wine in it, about 1 GB"
+                "$here/debian-root.sh" "$root" i386 wine32 tzdata 9>&- || fail "no 32-bit Wine"
+                find_wine
+            fi
         fi
         exec 9>&-
     fi

@@ -73,9 +73,9 @@ void registerCalendarExport(CLI::App& calendar, Context& context) {
     command.add_option("FILE", options->file, "the file, or - for standard output")
         ->type_name("")
         ->required();
-    command.add_option("--as", options->form, "ics, vcs or json (default: as the file's name ends)")
-        ->check(CLI::IsMember({"ics", "vcs", "json"}))
-        ->type_name("FORM");
+    command.add_option("--as", options->form, "what the file is to be (default: as its name ends)")
+        ->type_name("ics|vcs|json")
+        ->check(CLI::IsMember({"ics", "vcs", "json"}).description(""));
     command.add_flag("-f,--force", options->force, "overwrite a file that is there");
     command.footer(R"(Examples:
   ovphone calendar export calendar.ics      for every program of today

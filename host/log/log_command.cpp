@@ -83,12 +83,15 @@ void registerLog(CLI::App& app, Context& context) {
     addCommand(log, "off", "Switch the log off", context, [] { showChange(switchLogOff()); });
     CLI::App& file = addCommand(log, "file", "Write the log to this file", context,
                                 [options] { showChange(setLogFile(logFileOf(options->file))); });
-    file.add_option("PATH", options->file, "a file; it is made when it is missing")->required();
+    file.add_option("FILE", options->file, "a file; it is made when it is missing")
+        ->type_name("")
+        ->required();
     CLI::App& level = addCommand(log, "level", "Choose how much a viewer of the log is sent", context,
                                  [options] { showChange(setLogLevel(options->level, options->timestamps)); });
     level.add_option("N", options->level, "0 (ordinary lines only) to 15")
+        ->type_name("")
         ->required()
-        ->check(CLI::Range(0, 15));
+        ->check(CLI::Range(0, 15).description(""));
     level.add_flag("--timestamps", options->timestamps,
                    "begin every line with the time, in seconds of the day");
     addCommand(log, "follow", "Show the log's lines as they come; Ctrl-C ends it", context, followLog);

@@ -330,9 +330,9 @@ void registerMessages(CLI::App& app, Context& context) {
     exported.add_option("FILE", options->file, "the file, or - for standard output")
         ->type_name("")
         ->required();
-    exported.add_option("--as", options->form, "mbox, json, csv or text (default: as the file's name ends)")
-        ->check(CLI::IsMember({"mbox", "json", "csv", "text"}))
-        ->type_name("FORM");
+    exported.add_option("--as", options->form, "what the file is to be (default: as its name ends)")
+        ->type_name("mbox|json|csv|text")
+        ->check(CLI::IsMember({"mbox", "json", "csv", "text"}).description(""));
     exported.add_flag("-f,--force", options->force, "overwrite a file that is there");
     verbose(exported);
 }

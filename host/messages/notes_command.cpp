@@ -8,6 +8,7 @@
 #include "host/formats/csv.h"
 #include "host/messages/changes.h"
 #include "host/messages/commands.h"
+#include "host/messages/message_output.h"
 #include "host/messages/message_store.h"
 #include "host/output/command_output.h"
 #include "host/output/console.h"
@@ -58,8 +59,7 @@ void writeAsJson(const std::vector<Note>& notes, const Write& write) {
     for (const Note& note : notes) {
         JsonLine& line = lines.next();
         line.StartObject();
-        line.member("text", TextView(note.text));
-        if (!note.uid.empty()) line.member("uid", TextView(note.uid));
+        writeNote(line, note);
         line.EndObject();
     }
     lines.end();
@@ -279,9 +279,9 @@ void registerNotes(CLI::App& app, Context& context) {
     exported.add_option("FILE", options->file, "the file, or - for standard output")
         ->type_name("")
         ->required();
-    exported.add_option("--as", options->form, "json, csv or text (default: as the file's name ends)")
-        ->check(CLI::IsMember({"json", "csv", "text"}))
-        ->type_name("FORM");
+    exported.add_option("--as", options->form, "what the file is to be (default: as its name ends)")
+        ->type_name("json|csv|text")
+        ->check(CLI::IsMember({"json", "csv", "text"}).description(""));
     exported.add_flag("-f,--force", options->force, "overwrite a file that is there");
 }
 

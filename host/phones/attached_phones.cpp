@@ -10,6 +10,7 @@
 #include "host/output/display_width.h"
 #include "host/output/exit_status.h"
 #include "host/output/text.h"
+#include "host/phones/demo_phone.h"
 
 namespace ovno2::host {
 
@@ -31,6 +32,13 @@ std::string connectivityFolder(const std::string& given) {
 }  // namespace
 
 std::unique_ptr<PhoneDriver> openDriver(const Context& context) {
+    if (context.demo) {
+        if (!context.phones.empty() || !context.connectivity.empty())
+            throw CommandFailure{wrongUsage,
+                                 "--demo brings its own phone; leave --phones and --connectivity out."};
+        console::setEnvironment("OVNO2_PHONES", console::textOf(demoPhones()));
+        return makePhoneDriver(console::textOf(simulatorFolder()));
+    }
     if (!context.phones.empty())
         console::setEnvironment("OVNO2_PHONES",
                                 console::textOf(fs::absolute(console::pathOf(context.phones))));
