@@ -86,7 +86,7 @@ class Demo(PageTest):
 
     def test_overview(self):
         self.browser.open(self.folder)
-        self.assertEqual("Anna's phone", self.browser.find("h1").text)
+        self.assertEqual("Nokia N95", self.browser.find("h1").text)
         shown = dict(zip(self.browser.texts(".tile-name"), self.browser.texts(".tile-number")))
         counts = self.data["archive"]["sections"]
         self.assertEqual({"contacts": str(counts["contacts"]["count"]), "entries": str(counts["calendar"]["count"]),
@@ -172,10 +172,17 @@ class Demo(PageTest):
             return canvas.width > 0 && new Set(canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height).data).size > 3"""
         self.browser.wait(lambda: self.browser.run(drawn), "a plot")
         self.browser.click(".statistic summary")
-        figures = [text for text in self.browser.texts(".figures td")]
+        figures = self.browser.wait(lambda: self.browser.texts(".figures td"), "the figures")
         self.assertEqual(sum("time" in message for message in self.data["messages"]), sum(map(int, figures)))
         self.browser.all(".statistic summary")[1].click()
         self.browser.wait(lambda: "Lukas Fährmann" in self.browser.texts(".figures tbody th"), "the second table")
+
+    def test_losses(self):
+        self.browser.open(self.folder, "losses")
+        self.browser.click(".loss summary")
+        self.assertIn("Anna Müller", self.browser.find(".loss-items").text)
+        counts = [int(text) for text in self.browser.texts(".loss .count")]
+        self.assertEqual(len(self.data["losses"]), sum(counts))
 
     def test_with_keys_alone(self):
         self.browser.open(self.folder)

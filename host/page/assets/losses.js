@@ -16,6 +16,9 @@ sections.losses = {
             page.append(parts.empty("Nothing is missing", dom.make("p", {}, leftOut.length > 0 ? "What was asked for is here, whole." : "All that the phone handed out is here.")));
             return () => {};
         }
+        const isAllHere = Object.values(info.sections ?? {}).every(({state}) => state === "complete");
+        if (isAllHere && !losses.some(({kind}) => kind === "unread"))
+            page.append(dom.make("p", {}, "All that the phone named is in the archive. Some details of it have no place in the formats here, or the phone does not hand them over."));
         const groups = new Map();
         for (const loss of losses) {
             // "Mobile, E-mail: whether ...": what is lost is the same, whichever fields it is lost of.
@@ -25,7 +28,7 @@ sections.losses = {
             if (loss.item !== undefined) groups.get(key).items.push({name: loss.item, fields});
         }
         const kinds = {unread: ["Could not be read", "The phone has it, and it is not in this archive."],
-            lost: ["Has no place in the files", "The phone had more than the files here can hold."]};
+            lost: ["Details without a place", "What they belong to is in the archive."]};
         for (const [kind, [title, explanation]] of Object.entries(kinds)) {
             const ofKind = [...groups.values()].filter((group) => group.kind === kind);
             if (ofKind.length === 0) continue;

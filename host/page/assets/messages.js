@@ -56,7 +56,7 @@ sections.messages = {
         function snippet(text) {
             const word = query.toLowerCase().split(/\s+/)[0];
             const place = word ? text.toLowerCase().indexOf(word) : -1;
-            return (place > 40 ? "… " + text.slice(place - 25) : text).slice(0, 200);
+            return (place > 20 ? "… " + text.slice(text.lastIndexOf(" ", place - 8) + 1) : text).slice(0, 200);
         }
 
         function bubble({message, index}, place) {
@@ -81,7 +81,8 @@ sections.messages = {
             } else {
                 const people = findTalks(text), found = findMessages(text);
                 shown = [...people, ...found];
-                search.say(words.count(people.length, "conversation", "conversations") + ", " + words.count(found.length, "message", "messages") + " found");
+                search.say((people.length > 0 ? words.count(people.length, "conversation", "conversations") + ", " : "") +
+                    words.count(found.length, "message", "messages") + " found");
             }
             list.show(shown);
             mark();
