@@ -209,11 +209,8 @@ class CalendarSection {
 }  // namespace
 
 void archiveCalendar(ArchiveRun& run, SectionReport& report) {
-    const std::optional<PhoneCalendars> list = run.reading(report, [&] {
-        PhoneCalendars first = readCalendars(run.phones, run.phone);
-        run.readTwice(first);
-        return first;
-    });
+    const std::optional<PhoneCalendars> list =
+        run.readingTwice(report, [&] { return readCalendars(run.phones, run.phone); });
     if (!list) return;
     report.state = SectionReport::State::complete;
     report.listed = list->listed;

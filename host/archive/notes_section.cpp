@@ -93,11 +93,8 @@ class NotesSection {
 }  // namespace
 
 void archiveNotes(ArchiveRun& run, SectionReport& report) {
-    const std::optional<ItemList<Note>> list = run.reading(report, [&] {
-        ItemList<Note> first = readNotes(run.phones, run.phone);
-        run.readTwice(first);
-        return first;
-    });
+    const std::optional<ItemList<Note>> list =
+        run.readingTwice(report, [&] { return readNotes(run.phones, run.phone); });
     if (!list) return;
     std::vector<SavedNote> before;
     try {
