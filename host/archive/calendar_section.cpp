@@ -185,8 +185,8 @@ class CalendarSection {
             run_.losses.push_back({section, isWhole, titleOf(entries[place]), what + "."});
         }
         if (left != 0)
-            report_.lose(std::to_string(left) +
-                         " entries have no date to begin on and stand in no calendar file: "
+            report_.lose(std::to_string(left) + (left == 1 ? " entry has" : " entries have") +
+                         " no date to begin on and no place in a calendar file: "
                          "losses.json names them, and the page shows them.");
         report_.saved -= left;
         for (const CalendarEntry& entry : entries)
