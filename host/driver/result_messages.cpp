@@ -32,7 +32,7 @@ constexpr ResultMessage messages[] = {
     {Operation::listPhones, step(-7),
      "The connectivity library was not found. Install the phone maker's connectivity software, or name the "
      "folder of "
-     "the library with --connectivity."},
+     "the library with --connectivity. --demo shows everything on a simulated phone."},
     {Operation::readContacts, step(-1),
      "The part of the connectivity software that reads contacts could not be started. Is it installed "
      "completely?"},
