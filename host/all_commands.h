@@ -1,6 +1,8 @@
 // The commands of `ovphone`, in the order in which its help shows them.
 #pragma once
 
+#include "host/archive/commands.h"
+#include "host/bluetooth/commands.h"
 #include "host/calendar/commands.h"
 #include "host/command_line.h"
 #include "host/contacts/commands.h"
@@ -12,8 +14,9 @@
 
 namespace ovno2::host {
 
-inline constexpr RegisterCommand* allCommands[] = {registerOverview, registerList,   registerContacts,
-                                                   registerMessages, registerNotes,  registerCalendar,
-                                                   registerFiles,    registerDoctor, registerLog};
+inline constexpr RegisterCommand* allCommands[] = {
+    registerOverview,  registerList,   registerContacts, registerMessages, registerNotes,
+    registerCalendar,  registerFiles,  registerArchive,  registerVerify,   registerMedia,
+    registerBluetooth, registerDoctor, registerLog};
 
 }  // namespace ovno2::host

@@ -15,12 +15,16 @@ build   /usr/bin/ninja                           ninja-build
 build   /usr/include/nlohmann/json.hpp           nlohmann-json3-dev
 build   /usr/include/rapidjson/reader.h          rapidjson-dev
 build   /usr/include/CLI/CLI.hpp                 libcli11-dev
+build   /usr/share/javascript/chart.js           libjs-chart.js
 test    /usr/include/gtest/gtest.h               libgtest-dev
 test    /usr/include/gmock/gmock.h               libgmock-dev
 test    /usr/bin/clang-format                    clang-format
 test    /usr/bin/clang-tidy                      clang-tidy
 test    /usr/bin/gammu                           gammu
 test    /usr/include/libical/ical.h              libical-dev
+test    /usr/bin/chromium                        chromium
+test    /usr/bin/chromedriver                    chromium-driver
+test    /usr/lib/python3/dist-packages/selenium  python3-selenium
 windows /usr/bin/i686-w64-mingw32-g++-posix      g++-mingw-w64-i686-posix
 windows /usr/bin/i686-w64-mingw32-windres        binutils-mingw-w64-i686
 windows /usr/bin/i686-w64-mingw32-widl           mingw-w64-tools

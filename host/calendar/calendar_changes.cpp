@@ -150,12 +150,16 @@ std::string titleOf(const CalendarEntry& entry) {
     return toUtf8(title);
 }
 
+bool keepsRule(const AttachedPhones& phones, const CalendarEntry& entry) {
+    constexpr Single firstVersionWithWeekdays = 36;
+    return !entry.rule.starts_with(u"MD") ||
+           phones.driver().software().contentVersion < firstVersionWithWeekdays;
+}
+
 void refuseWhatIsNotKept(const AttachedPhones& phones, const ListedPhone& phone,
                          std::span<CalendarChange> changes) {
-    constexpr Single firstVersionWithWeekdays = 36;
-    if (phones.driver().software().contentVersion < firstVersionWithWeekdays) return;
     for (CalendarChange& change : changes) {
-        if (change.kind == Kind::remove || !change.after.rule.starts_with(u"MD")) continue;
+        if (change.kind == Kind::remove || keepsRule(phones, change.after)) continue;
         const std::vector<CalendarCell> cells = change.kind == Kind::add
                                                     ? cellsOf(change.after, phone)
                                                     : changedCells(change.before, change.after, phone);

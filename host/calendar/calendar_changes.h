@@ -24,8 +24,11 @@ struct CalendarChange {
 // What messages call an entry: its summary and when it begins. UTF-8.
 std::string titleOf(const CalendarEntry& entry);
 
-// Gives a failure to changes that would reach the phone as something else: libraries that keep weekdays make
-// the weekday of the start out of every monthly rule by the day.
+// Whether the phone's software keeps the rule of a new entry: libraries that keep weekdays make the weekday
+// of the start out of every monthly rule by the day.
+bool keepsRule(const AttachedPhones& phones, const CalendarEntry& entry);
+
+// Gives a failure to changes that would reach the phone with another rule.
 void refuseWhatIsNotKept(const AttachedPhones& phones, const ListedPhone& phone,
                          std::span<CalendarChange> changes);
 

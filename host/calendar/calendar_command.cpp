@@ -6,6 +6,7 @@
 #include "host/calendar/calendar_output.h"
 #include "host/calendar/calendar_store.h"
 #include "host/calendar/commands.h"
+#include "host/calendar/entry_fields.h"
 #include "host/calendar/recurrence_dates.h"
 #include "host/output/command_output.h"
 #include "host/output/console.h"
@@ -34,14 +35,6 @@ std::size_t widthHere() {
 year_month thisMonth() {
     const year_month_day today(floor<days>(console::localTime(floor<seconds>(system_clock::now()))));
     return today.year() / today.month();
-}
-
-local_days dayFrom(const char* option, const std::string& text) {
-    const std::optional<Moment> moment = readMoment(std::string_view(text));
-    if (!moment || !moment->isDay)
-        throw CommandFailure{wrongUsage,
-                             std::string(option) + ": \"" + text + "\" is no date such as 2008-07-14."};
-    return moment->day;
 }
 
 year_month monthFrom(const std::string& text) {

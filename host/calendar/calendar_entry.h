@@ -3,12 +3,26 @@
 // meet here.
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "host/calendar/recurrence_dates.h"
 #include "host/output/text.h"
 
 namespace ovno2::host {
+
+class FileZone;
+
+// A repetition that phones have no room for, as its source has it: single_entries.h makes entries of it.
+struct WideRule {
+    std::string text;        // an RRULE, or a rule of vCalendar 1.0
+    bool isOldForm = false;  // the latter
+    Moment start = {};       // its first date by its own clock: UTC, that of `zone`, or else this computer's
+    std::shared_ptr<const FileZone> zone = {};
+    std::vector<Moment> exceptions = {};  // by this computer's clock; a day stands for all of its times
+};
 
 struct CalendarEntry {
     // The kinds that phones know.
@@ -35,8 +49,19 @@ struct CalendarEntry {
     Text rule = {};
     std::vector<Text> exceptions = {};  // ISO dates on which it does not take place
 
+    // Instead of a rule where no phone can hold it.
+    std::optional<WideRule> wideRule = {};
+
     // What the source had and no entry here can hold, for people: "ATTENDEE", "RRULE: BYSETPOS". UTF-8.
     std::vector<std::string> unplaced = {};
 };
+
+// When it begins: its start, of a to-do its due date; empty = none.
+inline const Text& beginOf(const CalendarEntry& entry) {
+    return entry.kind == CalendarEntry::Kind::toDo ? entry.due : entry.start;
+}
+
+// Moves the entry's start or due date, and what it has after its start along with it: its end and its alarm.
+void moveBegin(CalendarEntry& entry, Text CalendarEntry::*begin, const Moment& to);
 
 }  // namespace ovno2::host

@@ -38,10 +38,6 @@ Text clockOf(const Text& iso) {
     return iso.size() > placeOfT ? iso.substr(placeOfT + 1, length) : Text();
 }
 
-const Text& beginOf(const CalendarEntry& entry) {
-    return entry.kind == Kind::toDo ? entry.due : entry.start;
-}
-
 // How many days an entry goes on after its first.
 days furtherDays(const CalendarEntry& entry) {
     const std::optional<Moment> start = readMoment(TextView(entry.start));
@@ -70,32 +66,6 @@ Text ageOf(const Occurrence& one) {
 
 void addMember(JsonLine& line, std::string_view name, const Text& value) {
     if (!value.empty()) line.member(name, TextView(value));
-}
-
-void addEntry(JsonLine& line, const CalendarEntry& entry) {
-    line.member("type", nameOf(entry.kind));
-    addMember(line, "calendar", entry.calendar);
-    addMember(line, "start", entry.start);
-    addMember(line, "end", entry.end);
-    addMember(line, "due", entry.due);
-    addMember(line, "alarm", entry.alarm);
-    addMember(line, "summary", entry.summary);
-    addMember(line, "location", entry.location);
-    addMember(line, "description", entry.description);
-    if (entry.birthYear != 0) line.member("birthYear", entry.birthYear);
-    if (entry.kind == Kind::toDo) {
-        if (entry.priority != 0) line.member("priority", entry.priority);
-        line.member("done", entry.isDone);
-    }
-    addMember(line, "rule", entry.rule);
-    if (!entry.exceptions.empty()) {
-        line.key("exceptions");
-        line.StartArray();
-        for (const Text& day : entry.exceptions)
-            line.text(day);
-        line.EndArray();
-    }
-    addMember(line, "uid", entry.uid);
 }
 
 constexpr const char* priorityNames[] = {"", "high", "normal", "low"};
@@ -260,13 +230,39 @@ std::string inFull(const CalendarEntry& entry, std::size_t width) {
     return toUtf8(text);
 }
 
+void writeEntry(JsonLine& line, const CalendarEntry& entry) {
+    line.member("type", nameOf(entry.kind));
+    addMember(line, "calendar", entry.calendar);
+    addMember(line, "start", entry.start);
+    addMember(line, "end", entry.end);
+    addMember(line, "due", entry.due);
+    addMember(line, "alarm", entry.alarm);
+    addMember(line, "summary", entry.summary);
+    addMember(line, "location", entry.location);
+    addMember(line, "description", entry.description);
+    if (entry.birthYear != 0) line.member("birthYear", entry.birthYear);
+    if (entry.kind == Kind::toDo) {
+        if (entry.priority != 0) line.member("priority", entry.priority);
+        line.member("done", entry.isDone);
+    }
+    addMember(line, "rule", entry.rule);
+    if (!entry.exceptions.empty()) {
+        line.key("exceptions");
+        line.StartArray();
+        for (const Text& day : entry.exceptions)
+            line.text(day);
+        line.EndArray();
+    }
+    addMember(line, "uid", entry.uid);
+}
+
 void writeEntriesAsJson(const std::vector<CalendarEntry>& entries,
                         const std::function<void(std::string_view)>& write) {
     JsonLines lines(write);
     for (const CalendarEntry& entry : entries) {
         JsonLine& line = lines.next();
         line.StartObject();
-        addEntry(line, entry);
+        writeEntry(line, entry);
         line.EndObject();
     }
     lines.end();
@@ -279,7 +275,7 @@ void writeOccurrencesAsJson(const std::vector<Occurrence>& occurrences,
         JsonLine& line = lines.next();
         line.StartObject();
         line.member("date", TextView(one.start));
-        addEntry(line, *one.entry);
+        writeEntry(line, *one.entry);
         line.EndObject();
     }
     lines.end();

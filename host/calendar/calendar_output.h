@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "host/calendar/calendar_entry.h"
+#include "host/output/json.h"
 
 namespace ovno2::host {
 
@@ -47,6 +48,8 @@ std::string inFull(const CalendarEntry& entry, std::size_t width);
 // "08:00-09:30", "whole day"; UTF-8.
 std::string timesOf(const Occurrence& occurrence);
 
+// The members of an entry's object.
+void writeEntry(JsonLine& line, const CalendarEntry& entry);
 // An array with one object an entry, one a line; texts are always valid UTF-8. What is absent is left out.
 void writeEntriesAsJson(const std::vector<CalendarEntry>& entries,
                         const std::function<void(std::string_view)>& write);

@@ -8,6 +8,7 @@
 #include "host/calendar/calendar_output.h"
 #include "host/calendar/commands.h"
 #include "host/calendar/entry_fields.h"
+#include "host/calendar/single_entries.h"
 #include "host/messages/changes.h"
 #include "host/output/command_output.h"
 #include "host/output/exit_status.h"
@@ -19,6 +20,7 @@ namespace {
 struct EditOptions {
     std::vector<std::string> words;
     std::string id;
+    std::string expandUntil;  // a day; empty = not at all
     bool dryRun = false;
 };
 
@@ -72,8 +74,24 @@ void addEntry(const Context& context, const EditOptions& wanted) {
     const AttachedPhones phones(context);
     const ListedPhone& phone = phones.chosen(Purpose::change);
     const PhoneCalendars calendars = readCalendars(phones, phone);
-    std::vector<CalendarChange> changes(1);
-    assignFields(changes[0].after, wanted.words, calendars.names, /*isNew=*/true);
+    const bool expands = !wanted.expandUntil.empty();
+    CalendarEntry entry;
+    assignFields(entry, wanted.words, calendars.names, {.isNew = true, .keepsWideRule = expands});
+    if (expands && !keepsRule(phones, entry)) entry.wideRule = wideRuleOf(entry);
+    std::vector<CalendarEntry> entries{entry};
+    if (entry.wideRule) {
+        const std::chrono::local_days until = dayFrom("--expand-until", wanted.expandUntil);
+        SingleEntries singles = singleEntries(entry, until);
+        if (!singles.problem.empty())
+            throw CommandFailure{wrongUsage,
+                                 "rule: \"" + entry.wideRule->text + "\": " + singles.problem + "."};
+        remark("It becomes " + described(singles, until) + ".");
+        entries = std::move(singles.entries);
+    }
+    std::vector<CalendarChange> changes;
+    changes.reserve(entries.size());
+    for (CalendarEntry& one : entries)
+        changes.push_back({.after = std::move(one)});
     carryOutAll(phones, phone, calendars, changes, wanted);
 }
 
@@ -84,7 +102,7 @@ void editEntry(const Context& context, const EditOptions& wanted) {
     const CalendarEntry& entry = entryWithId(calendars, wanted.id);
     std::vector<CalendarChange> changes{
         {.kind = CalendarChange::Kind::change, .before = entry, .after = entry}};
-    assignFields(changes[0].after, wanted.words, calendars.names, /*isNew=*/false);
+    assignFields(changes[0].after, wanted.words, calendars.names, {});
     carryOutAll(phones, phone, calendars, changes, wanted);
 }
 
@@ -121,7 +139,7 @@ void registerCalendarEdits(CLI::App& calendar, Context& context) {
             ->type_name("")
             ->required();
     };
-    takesFields(add(
+    CLI::App& adding = add(
         "add", "Add an entry", addEntry,
         R"(Times are "2008-07-14 10:00", whole days 2008-07-14; end= of whole days is the day after the last.
 An alarm is a time, or 15m, 2h, 1d before. A rule is "W2 MO TH 20081231" or "FREQ=WEEKLY;INTERVAL=2;BYDAY=MO,TH".
@@ -129,7 +147,13 @@ Examples:
   ovphone calendar add summary=Dentist "start=2008-07-14 10:00" "end=2008-07-14 10:30" alarm=15m
   ovphone calendar add summary=Holidays start=2008-08-04 end=2008-08-18 calendar=Private
   ovphone calendar add type=birthday summary=Anna start=1975-04-12
-  ovphone calendar add type=to-do "summary=Pay the rent" due=2008-07-31 priority=1)"));
+  ovphone calendar add type=to-do "summary=Pay the rent" due=2008-07-31 priority=1
+  ovphone calendar add summary=Choir "start=2008-01-27 19:00" rule=FREQ=MONTHLY\;BYDAY=-1SU --expand-until 2008-12-31)");
+    takesFields(adding);
+    adding
+        .add_option("--expand-until", options->expandUntil,
+                    "write a rule that no phone can hold as single entries up to that day")
+        ->type_name("DAY");
     CLI::App& edit = add("edit", "Give an entry other values", editEntry,
                          R"(Fields that are not named stay as they are; an empty value empties one.
 Examples:

@@ -5,6 +5,7 @@
 
 #include "host/calendar/phone_entry.h"
 #include "host/calendar/recurrence.h"
+#include "host/calendar/recurrence_names.h"
 #include "host/output/command_output.h"
 #include "host/output/console.h"
 #include "host/output/exit_status.h"
@@ -47,8 +48,8 @@ std::map<std::string, std::string> valuesIn(const std::vector<std::string>& word
     return values;
 }
 
-std::optional<Moment> beginOf(const CalendarEntry& entry) {
-    return readMoment(TextView(entry.kind == Kind::toDo ? entry.due : entry.start));
+std::optional<Moment> beginMoment(const CalendarEntry& entry) {
+    return readMoment(TextView(beginOf(entry)));
 }
 
 // Of an alarm "15m", "2h" or "1d": before the start.
@@ -72,7 +73,7 @@ std::optional<std::chrono::seconds> leadIn(const std::string& value) {
 
 Text alarmFrom(const CalendarEntry& entry, const std::string& value) {
     if (value.empty()) return {};
-    const std::optional<Moment> begin = beginOf(entry);
+    const std::optional<Moment> begin = beginMoment(entry);
     if (const std::optional<std::chrono::seconds> lead = leadIn(value)) {
         if (!begin) misuse("alarm: without a date it has nothing to be before.");
         return isoText(momentAt(begin->time() - *lead));
@@ -82,17 +83,22 @@ Text alarmFrom(const CalendarEntry& entry, const std::string& value) {
     return isoText(moment);
 }
 
-// Either style; what the phone cannot hold is refused.
-Text ruleFrom(const CalendarEntry& entry, const std::string& value) {
-    if (value.empty()) return {};
-    const std::optional<Moment> begin = beginOf(entry);
+// Either style. What the phone cannot hold is refused, or kept as it is.
+void assignRule(CalendarEntry& entry, const std::string& value, bool keepsWideRule) {
+    entry.rule.clear();
+    if (value.empty()) return;
+    const std::optional<Moment> begin = beginMoment(entry);
     if (!begin) misuse("rule: an entry without a date cannot repeat.");
+    const bool isOldForm = upperCased(value).find("FREQ=") == std::string::npos;
     Repetition rule;
-    const std::string why = value.find("FREQ=") != std::string::npos
-                                ? readRecurrenceRule(value, *begin, console::localTime, rule)
-                                : readShortRule(value, *begin, rule);
-    if (!why.empty()) misuse("rule: \"" + value + "\": " + why);
-    return shortRule(rule, *begin);
+    const std::string why = isOldForm ? readShortRule(value, *begin, rule)
+                                      : readRecurrenceRule(value, *begin, console::localTime, rule);
+    if (why.empty())
+        entry.rule = shortRule(rule, *begin);
+    else if (keepsWideRule)
+        entry.wideRule = {.text = value, .isOldForm = isOldForm, .start = *begin};
+    else
+        misuse("rule: \"" + value + "\": " + why);
 }
 
 // The rule of an entry whose start was moved: what repeated on the start's day of the week or of the month
@@ -125,19 +131,6 @@ Kind kindFrom(const std::string& value) {
     return *kind;
 }
 
-// Moves what an entry has after its start along with it.
-void moveStart(CalendarEntry& entry, const Moment& start) {
-    const std::optional<Moment> old = readMoment(TextView(entry.start));
-    entry.start = isoText(start);
-    if (!old) return;
-    for (Text* const iso : {&entry.end, &entry.alarm})
-        if (const std::optional<Moment> moment = readMoment(TextView(*iso))) {
-            Moment moved = momentAt(moment->time() + (start.time() - old->time()));
-            moved.isDay = moment->isDay;
-            *iso = isoText(moved);
-        }
-}
-
 Long numberFrom(const std::string& name, const std::string& value, Long last) {
     const Long number = numericLong(fromUtf8(value));
     if (value.empty() || value.find_first_not_of("0123456789") != std::string::npos || number > last)
@@ -166,6 +159,13 @@ void require(const CalendarEntry& entry) {
 
 }  // namespace
 
+std::chrono::local_days dayFrom(const char* option, const std::string& text) {
+    const std::optional<Moment> moment = readMoment(std::string_view(text));
+    if (!moment || !moment->isDay)
+        misuse(std::string(option) + ": \"" + text + "\" is no date such as 2008-07-14.");
+    return moment->day;
+}
+
 std::string entryFieldNames() {
     std::string names;
     for (const char* const name : fieldNames)
@@ -174,17 +174,18 @@ std::string entryFieldNames() {
 }
 
 void assignFields(CalendarEntry& entry, const std::vector<std::string>& words,
-                  const std::vector<Text>& calendars, bool isNew) {
+                  const std::vector<Text>& calendars, const FieldRules& rules) {
+    const bool isNew = rules.isNew;
     const std::map<std::string, std::string> values = valuesIn(words);
     const auto valueOf = [&](const char* name) -> const std::string* {
         const auto found = values.find(name);
         return found == values.end() ? nullptr : &found->second;
     };
-    const std::optional<Moment> oldBegin = beginOf(entry);
+    const std::optional<Moment> oldBegin = beginMoment(entry);
     if (const std::string* const value = valueOf("start")) {
         const Moment start = momentFrom("start", *value);
         if (isNew && start.isDay) entry.kind = Kind::note;
-        moveStart(entry, start);
+        moveBegin(entry, &CalendarEntry::start, start);
     }
     if (isNew && valueOf("due")) entry.kind = Kind::toDo;
     if (const std::string* const value = valueOf("type")) entry.kind = kindFrom(*value);
@@ -204,13 +205,17 @@ void assignFields(CalendarEntry& entry, const std::vector<std::string>& words,
     if (const std::string* const value = valueOf("calendar"))
         entry.calendar = calendarFrom(*value, calendars);
     require(entry);
-    if (const std::optional<Moment> begin = beginOf(entry); begin && oldBegin && *begin != *oldBegin)
+    if (const std::optional<Moment> begin = beginMoment(entry); begin && oldBegin && *begin != *oldBegin)
         entry.rule = movedRule(entry.rule, *oldBegin, *begin);
-    if (const std::string* const value = valueOf("rule")) entry.rule = ruleFrom(entry, *value);
+    if (const std::string* const value = valueOf("rule")) assignRule(entry, *value, rules.keepsWideRule);
     if (const std::string* const value = valueOf("not-on")) {
         entry.exceptions.clear();
+        std::vector<Moment> exceptions;
         for (const Text& day : split(fromUtf8(*value), u','))
-            entry.exceptions.push_back(isoText({.day = momentFrom("not-on", toUtf8(trimBlanks(day))).day}));
+            exceptions.push_back({.day = momentFrom("not-on", toUtf8(trimBlanks(day))).day});
+        for (const Moment& day : exceptions)
+            entry.exceptions.push_back(isoText(day));
+        if (entry.wideRule) entry.wideRule->exceptions = exceptions;
     }
     if (const std::string* const value = valueOf("alarm")) entry.alarm = alarmFrom(entry, *value);
     if (isNew && entry.summary.empty()) misuse("A new entry needs summary=.");

@@ -185,16 +185,21 @@ class EntryReader {
     // ------------------------------------------------------------------------------------------------
 
     // The clock that a line's times are by; null = none in particular.
-    const FileZone* zoneOf(const ContentLine& line) {
+    std::shared_ptr<const FileZone> zoneOf(const ContentLine& line) {
         const std::string_view name = line.parameter("TZID");
         if (!name.empty()) {
             const auto found = clocks_.zones.find(name);
-            if (found != clocks_.zones.end() && found->second.isKnown()) return &found->second;
+            if (found != clocks_.zones.end() && found->second->isKnown()) return found->second;
             say("TZID: the file does not describe " + std::string(name) +
                 "; its times are taken as they stand");
             return nullptr;
         }
-        return line.isOldForm && clocks_.oldZone.isKnown() ? &clocks_.oldZone : nullptr;
+        return line.isOldForm ? clocks_.oldZone : nullptr;
+    }
+
+    // A line's time as clocks here show it.
+    Moment localHereOf(const Moment& moment, const ContentLine& line) {
+        return localMoment(moment, zoneOf(line).get());
     }
 
     std::optional<Moment> momentOf(const ContentLine& line, std::string_view value) {
@@ -210,8 +215,7 @@ class EntryReader {
         if (found == kept_.end()) return std::nullopt;
         const ContentLine& line = *found->second;
         const std::optional<Moment> read = momentOf(line, line.value);
-        const std::optional<Moment> moment =
-            read ? std::optional(localMoment(*read, zoneOf(line))) : std::nullopt;
+        const std::optional<Moment> moment = read ? std::optional(localHereOf(*read, line)) : std::nullopt;
         if (!moment || isoText(*moment).empty()) {
             say(line.name + ": " + line.value.substr(0, 40) + " is no date");
             return std::nullopt;
@@ -288,7 +292,7 @@ class EntryReader {
         if (parts.empty() || parts[0].empty()) return;
         const std::optional<Moment> alarm = momentOf(line, parts[0]);
         if (!alarm) return say(line.name + ": " + std::string(parts[0].substr(0, 40)) + " is no date");
-        setAlarm(localMoment(*alarm, zoneOf(line)));
+        setAlarm(localHereOf(*alarm, line));
     }
 
     void readAlarms() {
@@ -304,7 +308,7 @@ class EntryReader {
             }
             if (part.find("REPEAT")) say("VALARM: REPEAT");
             if (const std::optional<Moment> alarm = momentOf(*trigger, trigger->value)) {
-                setAlarm(localMoment(*alarm, zoneOf(*trigger)));
+                setAlarm(localHereOf(*alarm, *trigger));
                 continue;
             }
             const std::optional<seconds> lead = readDuration(upperCased(trigger->value));
@@ -329,8 +333,9 @@ class EntryReader {
                 say("EXDATE: " + std::string(word.substr(0, 40)) + " is no date");
                 continue;
             }
-            Text day = isoText({.day = localMoment(*date, zoneOf(line)).day});
-            if (exceptions_.insert(day).second) entry().exceptions.push_back(std::move(day));
+            exceptions_.push_back(localHereOf(*date, line));
+            Text day = isoText({.day = exceptions_.back().day});
+            if (exceptionDays_.insert(day).second) entry().exceptions.push_back(std::move(day));
         }
     }
 
@@ -338,7 +343,7 @@ class EntryReader {
         say("RECURRENCE-ID");
         if (!line.parameter("RANGE").empty()) say("RECURRENCE-ID: RANGE");
         if (const std::optional<Moment> date = momentOf(line, line.value))
-            result_.instead = isoText({.day = localMoment(*date, zoneOf(line)).day});
+            result_.instead = localHereOf(*date, line);
     }
 
     void readRepetition() {
@@ -352,10 +357,8 @@ class EntryReader {
                             .start = *momentOf(*start->second, start->second->value),
                             .localStart = *start_,
                             .zone = zoneOf(*start->second)};
-        std::vector<std::string> said;
-        entry().rule = localRule(rule, said);
-        for (const std::string& one : said)
-            say("RRULE: " + one);
+        if (const std::string why = takeRule(rule, entry()); !why.empty()) say("RRULE: " + why);
+        if (entry().wideRule) entry().wideRule->exceptions = std::move(exceptions_);
     }
 
     // Phones that have no room of their own for the year of birth write it where the description stands.
@@ -373,7 +376,8 @@ class EntryReader {
     FileEntry result_;
     std::map<std::string_view, const ContentLine*> kept_;
     std::set<std::string> said_;
-    std::set<Text> exceptions_;
+    std::set<Text> exceptionDays_;
+    std::vector<Moment> exceptions_;
     std::optional<Moment> start_;  // local; a to-do's due date
     const char* ruleLine_ = "DTSTART";
     bool isToDo_ = false;

@@ -2,15 +2,9 @@
 
 #include <algorithm>
 
-namespace ovno2::host {
+#include "host/calendar/recurrence_names.h"
 
-std::string upperCased(std::string_view text) {
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), [](char c) {
-        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    });
-    return result;
-}
+namespace ovno2::host {
 
 const ContentLine* FileComponent::find(std::string_view property) const {
     const auto found = std::ranges::find(lines, property, &ContentLine::name);

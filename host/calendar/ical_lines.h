@@ -25,6 +25,4 @@ struct FileTree {
 // What is nested deeper than calendars ever are is left out, and said. Cost is linear in the file's size.
 FileTree readComponents(std::string_view bytes, std::string_view file, std::string_view charset);
 
-std::string upperCased(std::string_view text);
-
 }  // namespace ovno2::host

@@ -28,15 +28,14 @@ class CalendarFileReader {
   private:
     void readCalendar(const FileComponent& calendar) {
         FileClocks clocks;
-        clocks.oldZone = FileZone::ofOldForm(calendar);
+        const auto oldZone = std::make_shared<const FileZone>(FileZone::ofOldForm(calendar));
         // Half the clocks of the world are another's: without the days of summer the offset says little.
-        if (clocks.oldZone.isKnown() && !clocks.oldZone.hasDaylight() &&
-            isOwnOffset(clocks.oldZone.standardOffset()))
-            clocks.oldZone = {};
+        if (oldZone->isKnown() && (oldZone->hasDaylight() || !isOwnOffset(oldZone->standardOffset())))
+            clocks.oldZone = oldZone;
         for (const FileComponent& part : calendar.parts)
             if (part.name == "VTIMEZONE")
                 if (const ContentLine* const name = part.find("TZID"))
-                    clocks.zones.emplace(name->value, FileZone(part));
+                    clocks.zones.emplace(name->value, std::make_shared<const FileZone>(part));
         if (const ContentLine* const name = calendar.find("X-WR-CALNAME"); name && result_.name.empty())
             result_.name = fromUtf8(unescaped(*name, name->value));
         readEntries(calendar.parts, clocks);
@@ -65,8 +64,8 @@ class CalendarFileReader {
         if (!read.problem.empty()) return problem(component.line, read.problem);
         const std::size_t index = result_.entries.size();
         const Text& uid = read.entry.uid;
-        if (!read.instead.empty())
-            replaced_.emplace_back(index, read.instead);
+        if (read.instead)
+            replaced_.emplace_back(index, *read.instead);
         else if (!uid.empty())
             series_.emplace(uid, index);
         result_.entries.push_back(std::move(read.entry));
@@ -75,10 +74,13 @@ class CalendarFileReader {
 
     // An entry that stands for one date of a series takes that date out of it and is one of its own.
     void leaveOutReplaced() {
-        for (const auto& [index, day] : replaced_) {
+        for (const auto& [index, date] : replaced_) {
             CalendarEntry& entry = result_.entries[index];
-            if (const auto found = series_.find(entry.uid); found != series_.end())
-                result_.entries[found->second].exceptions.push_back(day);
+            if (const auto found = series_.find(entry.uid); found != series_.end()) {
+                CalendarEntry& series = result_.entries[found->second];
+                series.exceptions.push_back(isoText({.day = date.day}));
+                if (series.wideRule) series.wideRule->exceptions.push_back(date);
+            }
             entry.uid.clear();
         }
     }
@@ -90,8 +92,8 @@ class CalendarFileReader {
     std::string file_;
     FileTree tree_;
     CalendarFile result_;
-    std::map<Text, std::size_t> series_;                  // by uid
-    std::vector<std::pair<std::size_t, Text>> replaced_;  // entries and the dates they stand for
+    std::map<Text, std::size_t> series_;                    // by uid
+    std::vector<std::pair<std::size_t, Moment>> replaced_;  // entries and the dates they stand for
 };
 
 }  // namespace

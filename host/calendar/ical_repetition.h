@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "host/calendar/ical_zone.h"
 #include "host/calendar/recurrence.h"
@@ -14,10 +13,11 @@ struct FileRule {
     bool isOldForm = false;
     Moment start;       // as the file has it
     Moment localStart;  // the same here
-    const FileZone* zone = nullptr;
+    std::shared_ptr<const FileZone> zone = {};
 };
 
-// The rule in the short style; empty when it cannot be held. `said` gets the reason, or what is not quite so.
-Text localRule(const FileRule& rule, std::vector<std::string>& said);
+// Gives the entry the rule in the short style, or as it is where no phone can hold it. Says why it cannot;
+// empty = it can.
+std::string takeRule(const FileRule& rule, CalendarEntry& entry);
 
 }  // namespace ovno2::host

@@ -33,20 +33,24 @@ struct Years {
     }
 };
 
+void beginFile(ContentLineWriter& lines, std::string_view version) {
+    lines.line("BEGIN", "VCALENDAR");
+    lines.line("VERSION", version);
+    lines.line("PRODID", "-//ovphone//EN");
+}
+
 class CalendarWriter {
   public:
-    CalendarWriter(std::span<const CalendarEntry> entries, CalendarForm form)
+    CalendarWriter(std::span<const CalendarEntry> entries, CalendarForm form, sys_seconds stamp)
         : entries_(entries),
           isOld_(form == CalendarForm::vCalendar),
           lines_(result_.text, isOld_ ? LineForm::old : LineForm::current),
-          zone_(zoneFor(entries)) {}
+          zone_(zoneFor(entries)),
+          stamp_(momentAt(local_seconds(stamp.time_since_epoch()))) {}
 
     CalendarText written() {
-        stamp_ = momentAt(local_seconds(floor<seconds>(system_clock::now()).time_since_epoch()));
         stamp_.isUtc = true;
-        lines_.line("BEGIN", "VCALENDAR");
-        lines_.line("VERSION", isOld_ ? "1.0" : "2.0");
-        lines_.line("PRODID", "-//ovphone//EN");
+        beginFile(lines_, isOld_ ? "1.0" : "2.0");
         if (!isOld_ && hasTimes_) zone_.write(lines_);
         for (place_ = 0; place_ < entries_.size(); ++place_)
             write(entries_[place_]);
@@ -215,8 +219,32 @@ class CalendarWriter {
 
 }  // namespace
 
-CalendarText writeCalendarFile(std::span<const CalendarEntry> entries, CalendarForm form) {
-    return CalendarWriter(entries, form).written();
+CalendarText writeCalendarFile(std::span<const CalendarEntry> entries, CalendarForm form,
+                               std::optional<sys_seconds> stamp) {
+    return CalendarWriter(entries, form, stamp.value_or(floor<seconds>(system_clock::now()))).written();
+}
+
+namespace {
+
+OwnZone zoneOfAllYears() {
+    constexpr int lastYear = 9999;
+    return OwnZone(OwnZone::firstYear, lastYear);
+}
+
+}  // namespace
+
+std::string calendarFileAround(std::string_view components) {
+    std::string text;
+    ContentLineWriter lines(text, LineForm::current);
+    beginFile(lines, "2.0");
+    zoneOfAllYears().write(lines);
+    text += components;
+    lines.line("END", "VCALENDAR");
+    return text;
+}
+
+std::string ownZoneName() {
+    return zoneOfAllYears().name();
 }
 
 }  // namespace ovno2::host

@@ -2,6 +2,8 @@
 // `unplaced` and from line ends, which come back as "\n".
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -21,6 +23,13 @@ struct CalendarText {
     std::vector<std::pair<std::size_t, std::string>> lost;
 };
 
-CalendarText writeCalendarFile(std::span<const CalendarEntry> entries, CalendarForm form);
+// `stamp` is the time of which the file says that the entries were written; now, unless another is given.
+CalendarText writeCalendarFile(std::span<const CalendarEntry> entries, CalendarForm form,
+                               std::optional<std::chrono::sys_seconds> stamp = {});
+
+// An iCalendar file around components that were taken from others, with this computer's zone for all years.
+std::string calendarFileAround(std::string_view components);
+// How such files call this computer's zone.
+std::string ownZoneName();
 
 }  // namespace ovno2::host

@@ -8,8 +8,10 @@
 
 #include "host/calendar/calendar_changes.h"
 #include "host/calendar/commands.h"
+#include "host/calendar/entry_fields.h"
 #include "host/calendar/ical_reader.h"
 #include "host/calendar/phone_entry.h"
+#include "host/calendar/single_entries.h"
 #include "host/contacts/contact_files.h"
 #include "host/output/command_output.h"
 #include "host/output/display_width.h"
@@ -24,6 +26,7 @@ struct ImportOptions {
     std::string file;
     std::string calendar;
     std::string charset;
+    std::string expandUntil;  // a day; empty = not at all
     bool dryRun = false;
     bool verbose = false;
 };
@@ -38,16 +41,13 @@ class KnownEntries {
         }
     }
 
-    // One that is the same; the same is not given twice.
-    const CalendarEntry* takeSame(const CalendarEntry& wanted) {
-        const auto [first, last] = byLook_.equal_range(lookOf(wanted));
-        for (auto one = first; one != last; ++one)
-            if (differences(wanted, *one->second).empty()) {
-                const CalendarEntry* const found = one->second;
-                byLook_.erase(one);
-                return found;
-            }
-        return nullptr;
+    bool hasSame(const CalendarEntry& wanted) const { return findSame(wanted) != byLook_.end(); }
+    // The same is not given twice.
+    bool takeSame(const CalendarEntry& wanted) {
+        const auto found = findSame(wanted);
+        if (found == byLook_.end()) return false;
+        byLook_.erase(found);
+        return true;
     }
     // The one that the file's entry was once exported from.
     const CalendarEntry* withUid(const Text& uid) const {
@@ -60,7 +60,16 @@ class KnownEntries {
         return entry.start + u"\n" + entry.due + u"\n" + trimBlanks(entry.summary);
     }
 
-    std::multimap<Text, const CalendarEntry*> byLook_;
+    using ByLook = std::multimap<Text, const CalendarEntry*>;
+
+    ByLook::const_iterator findSame(const CalendarEntry& wanted) const {
+        const auto [first, last] = byLook_.equal_range(lookOf(wanted));
+        const auto found = std::find_if(
+            first, last, [&](const auto& one) { return differences(wanted, *one.second).empty(); });
+        return found == last ? byLook_.end() : found;
+    }
+
+    ByLook byLook_;
     std::map<Text, const CalendarEntry*> byUid_;
 };
 
@@ -77,6 +86,38 @@ std::string joined(const std::vector<std::string>& parts) {
     for (const std::string& part : parts)
         text += (text.empty() ? "" : "; ") + part;
     return forPerson(text);
+}
+
+// Rules that only this phone does not keep are wide ones on it, unless it has them already.
+void widen(std::vector<CalendarEntry>& entries, const AttachedPhones& phones, const KnownEntries& known) {
+    for (CalendarEntry& entry : entries) {
+        if (keepsRule(phones, entry) || known.hasSame(asPhonesKeepIt(entry))) continue;
+        const CalendarEntry* const before = known.withUid(entry.uid);
+        if (!before || before->rule != entry.rule) entry.wideRule = wideRuleOf(entry);
+    }
+}
+
+// Writes what repeats in ways that no phone can hold as single entries.
+void expand(std::vector<CalendarEntry>& entries, std::chrono::local_days last) {
+    std::vector<CalendarEntry> expanded;
+    expanded.reserve(entries.size());
+    for (CalendarEntry& entry : entries) {
+        if (!entry.wideRule) {
+            expanded.push_back(std::move(entry));
+            continue;
+        }
+        SingleEntries singles = singleEntries(entry, last);
+        if (!singles.problem.empty()) {
+            note("ovphone: " + forPerson(titleOf(entry)) +
+                 ": no single entries are made of it: " + forPerson(singles.problem) + ".");
+            expanded.push_back(std::move(entry));
+            continue;
+        }
+        note("ovphone: " + forPerson(titleOf(entry)) + ": becomes " + described(singles, last) +
+             ", since the phone cannot repeat by \"" + forPerson(entry.wideRule->text) + "\".");
+        std::ranges::move(singles.entries, std::back_inserter(expanded));
+    }
+    entries = std::move(expanded);
 }
 
 // The calendar that the line names; empty = none.
@@ -103,6 +144,10 @@ void importCalendar(const Context& context, const ImportOptions& wanted) {
     }
 
     KnownEntries known(calendars.entries, phone.serial);
+    if (!wanted.expandUntil.empty()) {
+        widen(file.entries, phones, known);
+        expand(file.entries, dayFrom("--expand-until", wanted.expandUntil));
+    }
     std::vector<CalendarChange> changes;
     std::size_t unchanged = 0, refused = 0;
     const Text calendar = calendarNamed(calendars.names, wanted.calendar);
@@ -113,7 +158,10 @@ void importCalendar(const Context& context, const ImportOptions& wanted) {
                  joined(entry.unplaced));
         if (losesRepeats(entry)) {
             note("ovphone: " + forPerson(titleOf(entry)) +
-                 ": not written, since it would repeat otherwise there.");
+                 ": not written, since it would repeat otherwise there." +
+                 (entry.wideRule && wanted.expandUntil.empty()
+                      ? " \"--expand-until DAY\" makes single entries of it."
+                      : ""));
             ++refused;
             continue;
         }
@@ -172,15 +220,21 @@ void registerCalendarImport(CLI::App& calendar, Context& context) {
     command.add_option("--calendar", options->calendar, "the calendar that they go to")->type_name("NAME");
     command.add_option("--charset", options->charset, "of an old file that does not say it")
         ->type_name("NAME");
+    command
+        .add_option("--expand-until", options->expandUntil,
+                    "write what no phone can repeat as single entries up to that day, at most " +
+                        std::to_string(mostSingleEntries) + " a rule")
+        ->type_name("DAY");
     command.add_flag("-n,--dry-run", options->dryRun, "only say what would be done");
     command.add_flag("-v,--verbose", options->verbose, "name every entry");
     command.footer(
         R"(What the phone has already stays as it is; the same file imported again changes nothing. An entry that repeats in
-a way that no phone can hold is named and not written.
+a way that no phone can hold is named and not written, or becomes single entries with --expand-until.
 
 Examples:
   ovphone calendar import --dry-run calendar.ics     what would be done
-  ovphone calendar import --calendar Private calendar.ics)");
+  ovphone calendar import --calendar Private calendar.ics
+  ovphone calendar import --expand-until 2009-12-31 calendar.ics)");
 }
 
 }  // namespace ovno2::host

@@ -194,7 +194,7 @@ void makeDates(CalendarEntry& entry, bool lastDays) {
 bool sameDates(const CalendarEntry& a, const CalendarEntry& b) {
     if (a.rule == b.rule && a.exceptions == b.exceptions) return true;
     if (a.rule.empty() != b.rule.empty()) return false;
-    const std::optional<Moment> start = readMoment(TextView(a.kind == Kind::toDo ? a.due : a.start));
+    const std::optional<Moment> start = readMoment(TextView(beginOf(a)));
     if (!start) return false;
     constexpr Long day = 1, year = 366;
     for (const auto& [first, last] : {std::pair(0 * day, year), {year, 12 * year}, {80 * year, 84 * year}}) {

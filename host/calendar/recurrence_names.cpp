@@ -1,5 +1,6 @@
 #include "host/calendar/recurrence_names.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace ovno2::host {
@@ -44,6 +45,41 @@ std::optional<Long> numberOf(std::string_view text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size() || number < 0) return std::nullopt;
     return number;
+}
+
+std::optional<NamedDay> namedDay(std::string_view word) {
+    NamedDay day;
+    if (word.size() < 2) return std::nullopt;
+    const std::optional<int> weekday = weekdayNamed(word.substr(word.size() - 2));
+    if (!weekday) return std::nullopt;
+    day.weekday = *weekday;
+    word.remove_suffix(2);
+    if (word.empty()) return day;
+    day.fromEnd = word.front() == '-';
+    if (word.front() == '-' || word.front() == '+') word.remove_prefix(1);
+    const std::optional<Long> position = numberOf(word);
+    if (!position || *position == 0) return std::nullopt;
+    day.position = *position;
+    return day;
+}
+
+std::string upperCased(std::string_view text) {
+    std::string result(text);
+    std::ranges::transform(result, result.begin(), [](char c) {
+        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    });
+    return result;
+}
+
+std::string readRuleParts(std::string_view text, RuleParts& parts) {
+    const std::string whole = upperCased(text);
+    for (const std::string_view part : wordsOf(whole, ';')) {
+        const std::size_t mark = part.find('=');
+        if (mark == std::string_view::npos) return std::string(part) + " is no part of a rule";
+        if (!parts.emplace(part.substr(0, mark), part.substr(mark + 1)).second)
+            return std::string(part.substr(0, mark)) + " stands there twice";
+    }
+    return {};
 }
 
 }  // namespace ovno2::host

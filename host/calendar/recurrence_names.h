@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,5 +27,21 @@ std::vector<std::string_view> wordsOf(std::string_view text, char separator);
 
 // A number without a sign that fits a Long.
 std::optional<Long> numberOf(std::string_view text);
+
+// "2TU", "-1SU", "MO": the position is 0 where none stands.
+struct NamedDay {
+    Long position = 0;
+    bool fromEnd = false;
+    int weekday = 0;
+};
+std::optional<NamedDay> namedDay(std::string_view word);
+
+// ASCII letters.
+std::string upperCased(std::string_view text);
+
+// "FREQ=DAILY;COUNT=3" by the names of its parts, all in upper case. Says what is wrong, for people; empty =
+// nothing.
+using RuleParts = std::map<std::string, std::string, std::less<>>;
+std::string readRuleParts(std::string_view text, RuleParts& parts);
 
 }  // namespace ovno2::host

@@ -11,50 +11,13 @@ using Kind = Repetition::Kind;
 
 namespace {
 
-std::string upper(std::string_view text) {
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), [](char c) {
-        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    });
-    return result;
-}
-
-// "2TU": the position is 0 where none stands.
-struct NamedDay {
-    Long position = 0;
-    bool fromEnd = false;
-    int weekday = 0;
-};
-
-std::optional<NamedDay> namedDay(std::string_view word) {
-    NamedDay day;
-    if (word.size() < 2) return std::nullopt;
-    const std::optional<int> weekday = weekdayNamed(word.substr(word.size() - 2));
-    if (!weekday) return std::nullopt;
-    day.weekday = *weekday;
-    word.remove_suffix(2);
-    if (word.empty()) return day;
-    day.fromEnd = word.front() == '-';
-    if (word.front() == '-' || word.front() == '+') word.remove_prefix(1);
-    const std::optional<Long> position = numberOf(word);
-    if (!position || *position == 0) return std::nullopt;
-    day.position = *position;
-    return day;
-}
-
 class RecurrenceRuleReader {
   public:
     RecurrenceRuleReader(const Moment& start, const Clock& clock, Repetition& rule)
         : start_(start), clock_(clock), rule_(rule) {}
 
     std::string read(std::string_view text) {
-        const std::string whole = upper(text);
-        for (const std::string_view part : wordsOf(whole, ';')) {
-            const std::size_t mark = part.find('=');
-            if (mark == std::string_view::npos) return std::string(part) + " is no part of a rule";
-            if (!parts_.emplace(part.substr(0, mark), part.substr(mark + 1)).second)
-                return std::string(part.substr(0, mark)) + " stands there twice";
-        }
+        if (std::string why = readRuleParts(text, parts_); !why.empty()) return why;
         rule_ = {};
         for (const auto step : {&RecurrenceRuleReader::readFrequency, &RecurrenceRuleReader::readWeekStart,
                                 &RecurrenceRuleReader::readDays, &RecurrenceRuleReader::readPlaces,
@@ -214,7 +177,7 @@ class RecurrenceRuleReader {
     Moment start_;
     const Clock& clock_;
     Repetition& rule_;
-    std::map<std::string, std::string, std::less<>> parts_;
+    RuleParts parts_;
     Long interval_ = 1;
     int weekStart_ = 0;
     bool hasMonth_ = false;

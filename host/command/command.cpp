@@ -29,12 +29,21 @@ CLI::App& addCommand(CLI::App& parent, const char* name, const char* description
     return command;
 }
 
-void addCommonOptions(CLI::App& command, Context& context) {
+void addFormatOption(CLI::App& command, Context& context) {
     command
         .add_option("--format", context.format,
                     "for people (the default; cut to fit a terminal) or for programs")
         ->type_name("table|json")
         ->check(quiet(CLI::IsMember({"table", "json"})));
+}
+
+void addJsonFlag(CLI::App& command, Context& context) {
+    command.add_flag_callback(
+        "--json", [&context] { context.format = "json"; }, "the same as --format json");
+}
+
+void addCommonOptions(CLI::App& command, Context& context) {
+    addFormatOption(command, context);
     command
         .add_option("--connectivity", context.connectivity,
                     "the connectivity library's folder, or its name beside this program")

@@ -37,9 +37,11 @@ void setAction(CLI::App& command, Context& context, std::function<void()> action
 CLI::App& addCommand(CLI::App& parent, const char* name, const char* description, Context& context,
                      std::function<void()> action);
 
-void addCommonOptions(CLI::App& command, Context& context);  // --format, --connectivity, --phones and --demo
-void addPhoneOption(CLI::App& command, Context& context);    // --phone
-void addQuietOption(CLI::App& command);                      // --quiet
+void addFormatOption(CLI::App& command, Context& context);         // --format
+void addJsonFlag(CLI::App& command, Context& context);             // --json, for --format json
+void addCommonOptions(CLI::App& command, Context& context);        // and --connectivity, --phones, --demo
+void addPhoneOption(CLI::App& command, Context& context);          // --phone
+void addQuietOption(CLI::App& command);                            // --quiet
 void addPhoneCommandOptions(CLI::App& command, Context& context);  // all of these
 
 }  // namespace ovno2::host

@@ -95,6 +95,23 @@ void writeContactsAsJson(std::span<const Contact> contacts, bool notes,
     lines.end();
 }
 
+void writeDraft(JsonLine& line, const ContactDraft& contact) {
+    for (std::size_t i = 0; i < fieldRows().size(); ++i) {
+        const std::vector<Text>& values = contact.values[i];
+        if (values.empty()) continue;
+        if (fieldRows()[i].holds == Holds::one) {
+            line.member(fieldRows()[i].key, TextView(values.front()));
+            continue;
+        }
+        line.key(fieldRows()[i].key);
+        line.StartArray();
+        for (const Text& value : values)
+            line.text(value);
+        line.EndArray();
+    }
+    writeMember(line, "uid", contact.uid);
+}
+
 Table contactsAsTable(std::span<const Contact> contacts) {
     std::vector<std::vector<Text>> records;
     std::vector<std::size_t> filled(fieldRows().size());

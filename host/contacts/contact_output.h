@@ -5,7 +5,9 @@
 #include <span>
 #include <string_view>
 
+#include "host/contacts/contact_draft.h"
 #include "host/driver/driver.h"
+#include "host/output/json.h"
 #include "host/output/table.h"
 
 namespace ovno2::host {
@@ -16,6 +18,9 @@ namespace ovno2::host {
 // with an array "notes" on what the record could not hold ("fields", "lost"). Always valid UTF-8.
 void writeContactsAsJson(std::span<const Contact> contacts, bool notes,
                          const std::function<void(std::string_view)>& write);
+
+// The members of a contact that lies outside a phone, without pictures: its values and its uid.
+void writeDraft(JsonLine& line, const ContactDraft& contact);
 
 // One row a contact: the name, then the fields that any of the contacts has, those that most have first, long
 // texts last.

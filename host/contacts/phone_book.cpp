@@ -30,6 +30,16 @@ class ListedContacts {
     std::size_t count_ = 0;
 };
 
+// A picture's value is where this read has put it.
+Text withoutPictures(TextView values) {
+    static const std::size_t pictureRow = rowOf(HostField::picture);
+    Text others;
+    forEachValue(values, [&](std::size_t row, TextView value) {
+        if (row != pictureRow) others.append(decimalText(static_cast<Long>(row))).append(value).append(u"\t");
+    });
+    return others;
+}
+
 std::string missingContacts(PhoneDriver& driver, const ListedPhone& phone, const PhoneBook& book) {
     return std::to_string(book.contacts.size()) + " of " + std::to_string(book.listed) + " contacts of " +
            titleOf(phone) + " could be read." + whatToDo(driver, phone);
@@ -58,6 +68,17 @@ PhoneBook readPhoneBook(const AttachedPhones& phones, const ListedPhone& phone, 
         book.missing.push_back(missingContacts(phones.driver(), phone, book));
     std::ranges::move(pictures.keep(book.contacts), std::back_inserter(book.missing));
     return book;
+}
+
+void readAgain(const AttachedPhones& phones, const ListedPhone& phone, PhoneBook& first) {
+    PictureFolder pictures;
+    const PhoneBook second = readPhoneBook(phones, phone, pictures);
+    const auto areTheSame = [](const Contact& a, const Contact& b) {
+        return a.uid == b.uid && a.location == b.location &&
+               withoutPictures(a.values) == withoutPictures(b.values);
+    };
+    if (first.listed != second.listed || !std::ranges::equal(first.contacts, second.contacts, areTheSame))
+        first.missing.push_back(changedBetweenReads("contacts of " + titleOf(phone)));
 }
 
 void requireWhole(const PhoneBook& book) {

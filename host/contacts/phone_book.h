@@ -20,6 +20,9 @@ struct PhoneBook {
 // Shows how far it has come. Throws CommandFailure when nothing could be read at all.
 PhoneBook readPhoneBook(const AttachedPhones& phones, const ListedPhone& phone, PictureFolder& pictures);
 
+// Reads a second time and says so among the missing when both reads differ. Pictures are not compared.
+void readAgain(const AttachedPhones& phones, const ListedPhone& phone, PhoneBook& first);
+
 // To be called once what has arrived is written: tells what is missing and throws CommandFailure for it.
 void requireWhole(const PhoneBook& book);
 

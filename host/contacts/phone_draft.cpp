@@ -118,6 +118,10 @@ void DraftWriter::addAddresses(Rows& rows, const ContactDraft& before, const Con
 }
 
 ContactDraft draftOf(const Contact& contact, const PictureFolder& pictures) {
+    return draftOf(contact, pictures.filesOf(contact));
+}
+
+ContactDraft draftOf(const Contact& contact, std::span<const fs::path> pictures) {
     ContactDraft draft;
     draft.values.resize(fieldRows().size());
     forEachValue(contact.values, [&](std::size_t i, TextView value) {
@@ -129,7 +133,7 @@ ContactDraft draftOf(const Contact& contact, const PictureFolder& pictures) {
             draft.values[i].push_back(row.code == HostField::birthday ? isoDate(part) : Text(part));
         });
     });
-    for (const fs::path& file : pictures.filesOf(contact)) {
+    for (const fs::path& file : pictures) {
         std::ifstream stream(file, std::ios::binary);
         std::string bytes{std::istreambuf_iterator<char>(stream), {}};
         if (bytes.empty()) continue;

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <map>
+#include <span>
 
 #include "host/contacts/contact_draft.h"
 #include "host/contacts/picture_folder.h"
@@ -12,6 +13,8 @@ namespace ovno2::host {
 
 // With the pictures that the folder has of it; the uid is the phone's own.
 ContactDraft draftOf(const Contact& contact, const PictureFolder& pictures);
+// With the pictures that these files hold.
+ContactDraft draftOf(const Contact& contact, std::span<const std::filesystem::path> pictures);
 
 // A picture could not be written to a file for the driver; `why` is for people, UTF-8.
 struct PictureNotWritten {

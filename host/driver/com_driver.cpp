@@ -56,6 +56,25 @@ class ComDriver : public PhoneDriver {
         return static_cast<Long>(result);
     }
 
+    Long switchMedium(Long medium, bool on) override {
+        LONG result = -1;
+        module_->Connect(medium, /*Medium2=*/-1, /*Phone=*/nullptr, /*Id=*/nullptr,
+                         on ? VARIANT_FALSE : VARIANT_TRUE, &result);
+        return static_cast<Long>(result);
+    }
+    Long searchBluetooth(std::vector<FoundPhone>& found) override {
+        constexpr LONG defaultTimeout = 200;
+        OwnedSafeArray names, addresses, numbers, states;
+        LONG result = -1;
+        module_->MediaSearchBT(names.address(), addresses.address(), numbers.address(), states.address(),
+                               defaultTimeout, &result);
+        found.clear();
+        for (std::size_t i = 0; i < slotsOf<BSTR>(addresses).size(); ++i)
+            found.push_back({textOf(slotsOf<BSTR>(names)[i]), textOf(slotsOf<BSTR>(addresses)[i]),
+                             textOf(slotsOf<BSTR>(numbers)[i]), static_cast<Long>(slotsOf<LONG>(states)[i])});
+        return static_cast<Long>(result);
+    }
+
     Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
                       const std::function<void(Long)>& progress, std::vector<Contact>& contacts) override {
         LONG on = 1;
@@ -273,6 +292,18 @@ class ComDriver : public PhoneDriver {
         const Long number = V_VT(&result) == VT_I4 ? static_cast<Long>(V_I4(&result)) : -1;
         VariantClear(&result);
         return number;
+    }
+    Long connections() override {
+        LONG result = -1;
+        module_->GetConnections(&result);
+        return static_cast<Long>(result);
+    }
+    Long changeTrust(const Text& address, Long what, const Text& passkey) override {
+        Bstr named(address), secret(passkey);
+        LONG result = -1;
+        module_->ChangeDeviceTrustedState(named.address(), what, secret.get(), &result);
+        if (secret.get()) SecureZeroMemory(secret.get(), SysStringByteLen(secret.get()));
+        return static_cast<Long>(result);
     }
     Long writeData(const ListedPhone& phone, const Text& item) override {
         return withTexts(&_covNo2::WriteDataItem, phone.model, phone.serial, item);

@@ -65,6 +65,15 @@ using LossQuestion = std::function<LossAnswer(const Text& name)>;
 enum class DataStore : Long { messages = 1, otherMessages = 2, notes = 4 };
 inline constexpr Long messagesAndNotes = 4;  // the kind of their write session
 
+// A phone that a Bluetooth search has found.
+struct FoundPhone {
+    enum State : Long { paired = 1, trusted = 2 };
+    Text name;     // as its owner has called it; may be empty
+    Text address;  // "02:00:00:4E:95:01"
+    Text deviceNumber;
+    Long state = 0;  // the library's bit set, with those of `State`
+};
+
 // A contact or calendar entry that has come to the phone, and what the phone calls it now.
 struct AddedItem {
     Text temporaryId;
@@ -113,6 +122,19 @@ class PhoneDriver {
 
     // The result is the number of devices that the library reports, which may be more than are listed.
     virtual Long listPhones(std::vector<ListedPhone>& phones) = 0;
+
+    // The connection media that are on, a bit set of `tMedia`; 0 also when they cannot be listed.
+    Long activeMedia();
+    // Switches one of `tMedia`. 0 also when nothing was switched: `activeMedia` tells.
+    virtual Long switchMedium(Long medium, bool on) = 0;
+
+    // Searches for phones with Bluetooth, which takes as long as the library says, 20 seconds at most.
+    // Switches Bluetooth on before.
+    virtual Long searchBluetooth(std::vector<FoundPhone>& found) = 0;
+    // The phone with that address, 17 characters as in FoundPhone. Pairing needs a passkey, which the phone's
+    // user enters there as well; it is kept nowhere. Either may take half a minute.
+    Long pairBluetooth(const Text& address, const Text& passkey);
+    Long trustBluetooth(const Text& address);
 
     // Reads the whole phone book; `contacts` gets the contacts in the phone's order, without those that could
     // not be read. Pictures are written to the folder `pictures`, an absolute path. `progress` is called with
@@ -194,6 +216,10 @@ class PhoneDriver {
     virtual void endFiles() = 0;                           // closes the session
 
   protected:
+    virtual Long connections() = 0;  // the media that are on, in the library's numbering
+    // `what` has bit 1 for pairing, bit 2 for trusting.
+    virtual Long changeTrust(const Text& address, Long what, const Text& passkey) = 0;
+
     // Messages and notes as the module takes them: one text of fields divided by tabs.
     virtual Long writeData(const ListedPhone& phone, const Text& item) = 0;
     virtual Long deleteData(const ListedPhone& phone, const Text& item) = 0;

@@ -67,6 +67,21 @@ class NativeDriver : public PhoneDriver {
         return result;
     }
 
+    Long switchMedium(Long medium, bool on) override {
+        return module_.Connect(medium, /*Medium2=*/-1, {}, {}, /*Dicsonnect=*/!on);
+    }
+    Long searchBluetooth(std::vector<FoundPhone>& found) override {
+        TextArray names, addresses, numbers;
+        LongArray states;
+        const Long result = module_.MediaSearchBT(names, addresses, numbers, states);
+        found.clear();
+        for (std::size_t i = 0; i < addresses.size(); ++i) {
+            const Long index = static_cast<Long>(i);
+            found.push_back({names.at(index), addresses.at(index), numbers.at(index), states.at(index)});
+        }
+        return result;
+    }
+
     Long readContacts(const ListedPhone& phone, const TextTable& fields, const std::string& pictures,
                       const std::function<void(Long)>& progress, std::vector<Contact>& contacts) override {
         module_.GetAllFields_(1);
@@ -246,6 +261,11 @@ class NativeDriver : public PhoneDriver {
             if (!uids.elements()[i].empty())
                 added.push_back({std::move(temporaryIds.elements()[i]), std::move(uids.elements()[i])});
         return result;
+    }
+    Long connections() override { return module_.GetConnections(); }
+    Long changeTrust(const Text& address, Long what, const Text& passkey) override {
+        Text named = address;
+        return module_.ChangeDeviceTrustedState(named, what, passkey);
     }
     Long writeData(const ListedPhone& phone, const Text& item) override {
         Text model = phone.model;

@@ -21,6 +21,22 @@ constexpr std::uint32_t step(Long number) {
 constexpr const char* connectionLost =
     "The connection to % was lost. Check the cable or the reception and retry.";
 
+constexpr const char* libraryMissing =
+    "The connectivity library was not found. Install the phone maker's connectivity software, or name the "
+    "folder of the library with --connectivity. --demo shows everything on a simulated phone.";
+constexpr const char* softwareNotStarted =
+    "The connectivity software could not be started, or is not there: install the phone maker's connectivity "
+    "software, close other phone programs, and retry. \"ovphone doctor\" tells what is missing.";
+constexpr const char* outOfReach =
+    "% was not reached, although it was searched for. See that the phone is on, near, that its Bluetooth is "
+    "on and the phone visible to others, and retry.";
+constexpr const char* bluetoothOff =
+    "Bluetooth is off on this computer and could not be switched on, so % was not reached. Plug its adapter "
+    "in or switch it on in the system's settings, and retry; \"ovphone media\" tells whether it is on.";
+constexpr const char* pairingRefused =
+    "% refused to be paired: the passkeys were not the same, or the request was turned down on the phone. "
+    "Retry, and enter the same passkey on the phone when it asks.";
+
 // Numbers of a step mean what the operation says; library statuses mean the same everywhere.
 constexpr ResultMessage messages[] = {
     {Operation::listPhones, step(-1),
@@ -29,10 +45,24 @@ constexpr ResultMessage messages[] = {
     {Operation::listPhones, step(-2),
      "The connectivity software did not tell how many phones are attached. Retry."},
     {Operation::listPhones, step(-3), "The connectivity software did not list the attached phones. Retry."},
-    {Operation::listPhones, step(-7),
-     "The connectivity library was not found. Install the phone maker's connectivity software, or name the "
-     "folder of "
-     "the library with --connectivity. --demo shows everything on a simulated phone."},
+    {Operation::listPhones, step(-7), libraryMissing},
+    {Operation::switchMedia, step(-1),
+     "The part of the connectivity software that switches connections could not be started. Is it installed "
+     "completely?"},
+    {Operation::switchMedia, step(-9), libraryMissing},
+    {Operation::searchBluetooth, step(-1), softwareNotStarted},
+    {Operation::searchBluetooth, step(-2),
+     "The connectivity software did not search. See that no other program is searching, and retry."},
+    {Operation::pairPhone, step(-1), softwareNotStarted},
+    {Operation::pairPhone, step(-2), pairingRefused},
+    {Operation::pairPhone, step(-9), "A passkey is needed to pair with %."},
+    {Operation::pairPhone, 0x80200000, outOfReach},
+    {Operation::pairPhone, 0x8020000D, bluetoothOff},
+    {Operation::pairPhone, 0x80200100, pairingRefused},
+    {Operation::trustPhone, step(-1), softwareNotStarted},
+    {Operation::trustPhone, 0x80200000, outOfReach},
+    {Operation::trustPhone, 0x8020000D, bluetoothOff},
+    {Operation::trustPhone, 0x80200100, "% did not let itself be trusted. Pair with it anew, and retry."},
     {Operation::readContacts, step(-1),
      "The part of the connectivity software that reads contacts could not be started. Is it installed "
      "completely?"},

@@ -9,6 +9,10 @@ namespace ovno2::host {
 
 enum class Operation {
     listPhones,
+    switchMedia,
+    searchBluetooth,
+    pairPhone,
+    trustPhone,
     readContacts,
     readMessages,
     readNotes,

@@ -16,25 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::seconds timeTolerance{2};  // what memory cards round times to
-
 std::string quoted(const fs::path& path) {
     return "\"" + console::textOf(path) + "\"";
-}
-
-std::optional<std::chrono::sys_seconds> changeTime(const fs::path& file) {
-    std::error_code error;
-    const auto time = fs::last_write_time(file, error);
-    if (error) return std::nullopt;
-    return std::chrono::floor<std::chrono::seconds>(std::chrono::file_clock::to_sys(time));
-}
-
-bool isEqual(const PhoneEntry& entry, const fs::path& local) {
-    std::error_code error;
-    if (fs::file_size(local, error) != entry.size || error) return false;
-    if (!entry.changed) return true;
-    const auto changed = changeTime(local);
-    return changed && std::chrono::abs(*changed - *entry.changed) <= timeTolerance;
 }
 
 }  // namespace
@@ -45,11 +28,8 @@ Download::Download(const PhoneFiles& phone, fs::path target, bool overwrite, boo
       overwrite_(overwrite),
       isTrial_(isTrial),
       fetcher_(phone, target_) {
-    const std::string path = console::textOf(target_);
-    if (path.find_first_of(isWindows ? "?" : "?\\\"") != std::string::npos)
-        throw CommandFailure{failed, quoted(target_) +
-                                         ": the phone driver cannot write to a folder with such a name. "
-                                         "Choose another one."};
+    if (const std::string wrong = arrivalObstacle(target_); !wrong.empty())
+        throw CommandFailure{failed, wrong};
     std::error_code error;
     if (!isTrial_) fs::create_directories(target_, error);
     if (!fs::is_directory(target_) && (!isTrial_ || fs::exists(target_)))
@@ -133,7 +113,7 @@ FileResult Download::copy(const Item& item, TransferProgress& progress) {
     FileResult result{toUtf8(entry.path), console::textOf(item.local), FileOutcome::success, entry.size, {}};
     std::error_code error;
     const fs::file_status there = fs::symlink_status(item.local, error);
-    if (fs::is_regular_file(there) && isEqual(entry, item.local)) {
+    if (fs::is_regular_file(there) && hasSizeAndTime(item.local, entry)) {
         result.outcome = FileOutcome::equal;
     } else if (fs::is_directory(there)) {
         result.message = quoted(item.local) + " is a folder; " + result.path + " cannot take its place.";

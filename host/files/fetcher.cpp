@@ -30,6 +30,24 @@ const char* fetchingObstacle(TextView name, bool onWindows) {
     return localName(written) == written ? nullptr : "Windows has no such name";
 }
 
+std::string arrivalObstacle(const fs::path& folder) {
+    const std::string path = console::textOf(folder);
+    if (path.find_first_of(isWindows ? "?" : "?\\\"") == std::string::npos) return {};
+    return "\"" + path +
+           "\": the phone driver cannot write to a folder with such a name. Choose another one.";
+}
+
+bool hasSizeAndTime(const fs::path& file, const PhoneEntry& entry) {
+    constexpr std::chrono::seconds timeTolerance{2};  // what memory cards round times to
+    std::error_code error;
+    if (fs::file_size(file, error) != entry.size || error) return false;
+    if (!entry.changed) return true;
+    const auto time = fs::last_write_time(file, error);
+    if (error) return false;
+    const auto changed = std::chrono::floor<std::chrono::seconds>(std::chrono::file_clock::to_sys(time));
+    return std::chrono::abs(changed - *entry.changed) <= timeTolerance;
+}
+
 std::string Fetcher::fetch(const PhoneEntry& entry, fs::path& file) {
     const std::string path = toUtf8(entry.path);
     if (const char* obstacle = fetchingObstacle(entry.name, isWindows))

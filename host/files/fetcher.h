@@ -19,6 +19,12 @@ inline constexpr bool isWindows = false;
 // rules hold.
 const char* fetchingObstacle(TextView name, bool onWindows);
 
+// Why the driver cannot write to a folder of that path; empty when it can. UTF-8.
+std::string arrivalObstacle(const std::filesystem::path& folder);
+
+// Whether a file here has the size and, as far as memory cards keep it, the time of the phone's.
+bool hasSizeAndTime(const std::filesystem::path& file, const PhoneEntry& entry);
+
 class Fetcher {
   public:
     // The incoming folder lies in `folder`; it is made for the first file.

@@ -57,6 +57,10 @@ std::string titleOf(const PhoneFiles& phone, const PhoneEntry& top) {
 
 }  // namespace
 
+void writeEntry(JsonLine& line, const PhoneEntry& entry) {
+    writeMembers(line, entry);
+}
+
 std::string entriesAsJson(std::span<const PhoneEntry> entries) {
     std::string text;
     JsonLines lines([&](std::string_view piece) { text += piece; });

@@ -5,9 +5,13 @@
 #include <string>
 
 #include "host/files/phone_files.h"
+#include "host/output/json.h"
 #include "host/output/table.h"
 
 namespace ovno2::host {
+
+// The members of an entry's object.
+void writeEntry(JsonLine& line, const PhoneEntry& entry);
 
 // An array with one object an entry, one a line. Times are UTC.
 std::string entriesAsJson(std::span<const PhoneEntry> entries);

@@ -47,7 +47,8 @@ std::string transferLine(const TransferState& state, std::size_t width) {
         state.total == 0 ? 0
                          : std::min(1.0, static_cast<double>(state.done) / static_cast<double>(state.total));
     const auto filled = static_cast<std::size_t>(share * barWidth);
-    std::string line = "[" + std::string(filled, '#') + std::string(barWidth - filled, ' ') + "] " +
+    std::string line = state.place + (state.place.empty() ? "[" : " [") + std::string(filled, '#') +
+                       std::string(barWidth - filled, ' ') + "] " +
                        std::to_string(static_cast<int>(share * 100)) + " % of " + sizeText(state.total);
     if (state.done != 0 && state.seconds > 0) {
         const double rate = static_cast<double>(state.done) / state.seconds;

@@ -23,6 +23,7 @@ struct TransferState {
     Text name;                // of the file under way
     std::uint64_t size = 0;   // its bytes
     double fileSeconds = 0;   // since it began
+    std::string place = {};   // of the copy in a larger whole: "5 of 5, file 3 of 171"; mostly empty
 };
 // The line, cut to `width` cells.
 std::string transferLine(const TransferState& state, std::size_t width);
@@ -35,6 +36,7 @@ class TransferProgress {
     TransferProgress(const TransferProgress&) = delete;
     TransferProgress& operator=(const TransferProgress&) = delete;
 
+    void setPlace(std::string place) { state_.place = std::move(place); }
     void begin(const Text& name, std::uint64_t bytes);  // a file
     void tick();                                        // draws anew while it is under way
     void copied(std::uint64_t bytes);

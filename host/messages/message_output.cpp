@@ -56,19 +56,28 @@ void writeMember(JsonLine& line, std::string_view name, const Text& value) {
 
 }  // namespace
 
+void writeMessage(JsonLine& line, const Message& message, const NameBook& names) {
+    writeMember(line, "time", message.time);
+    if (*nameOf(message.direction) != 0) line.member("direction", nameOf(message.direction));
+    writeMember(line, "folder", message.folder);
+    writeTexts(line, "addresses", message.addresses);
+    writeTexts(line, "names", namesOf(message, names));
+    line.member("text", TextView(message.text));
+    writeMember(line, "uid", message.uid);
+}
+
+void writeNote(JsonLine& line, const Note& note) {
+    line.member("text", TextView(note.text));
+    writeMember(line, "uid", note.uid);
+}
+
 void writeMessagesAsJson(const std::vector<Message>& messages, const NameBook& names,
                          const std::function<void(std::string_view)>& write) {
     JsonLines lines(write);
     for (const Message& message : messages) {
         JsonLine& line = lines.next();
         line.StartObject();
-        writeMember(line, "time", message.time);
-        if (*nameOf(message.direction) != 0) line.member("direction", nameOf(message.direction));
-        writeMember(line, "folder", message.folder);
-        writeTexts(line, "addresses", message.addresses);
-        writeTexts(line, "names", namesOf(message, names));
-        line.member("text", TextView(message.text));
-        writeMember(line, "uid", message.uid);
+        writeMessage(line, message, names);
         line.EndObject();
     }
     lines.end();

@@ -5,9 +5,14 @@
 #include <string_view>
 
 #include "host/messages/conversations.h"
+#include "host/output/json.h"
 #include "host/output/table.h"
 
 namespace ovno2::host {
+
+// The members of a message's and of a note's object.
+void writeMessage(JsonLine& line, const Message& message, const NameBook& names);
+void writeNote(JsonLine& line, const Note& note);
 
 // An array with one object a message, one a line, in the phone's order; `write` gets it piece by piece. What
 // is absent is left out. Always valid UTF-8.

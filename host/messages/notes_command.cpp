@@ -8,6 +8,7 @@
 #include "host/formats/csv.h"
 #include "host/messages/changes.h"
 #include "host/messages/commands.h"
+#include "host/messages/message_output.h"
 #include "host/messages/message_store.h"
 #include "host/output/command_output.h"
 #include "host/output/console.h"
@@ -58,8 +59,7 @@ void writeAsJson(const std::vector<Note>& notes, const Write& write) {
     for (const Note& note : notes) {
         JsonLine& line = lines.next();
         line.StartObject();
-        line.member("text", TextView(note.text));
-        if (!note.uid.empty()) line.member("uid", TextView(note.uid));
+        writeNote(line, note);
         line.EndObject();
     }
     lines.end();

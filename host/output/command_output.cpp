@@ -30,6 +30,13 @@ void note(const std::string& text) {
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+void notePrompt(const std::string& text) {
+    std::fflush(stdout);
+    const std::string harmlessText = harmless(text);
+    std::fwrite(harmlessText.data(), 1, harmlessText.size(), stderr);
+    std::fflush(stderr);
+}
+
 void remark(const std::string& text) {
     if (!quiet) note(text);
 }

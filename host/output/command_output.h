@@ -15,7 +15,8 @@ struct CommandFailure {
 
 // What a person reads: control characters become visible pictures; a line's end and a tab stay.
 void write(std::string_view text);
-void note(const std::string& text);  // a line of its own
+void note(const std::string& text);        // a line of its own
+void notePrompt(const std::string& text);  // the beginning of a line: what the user is asked
 // A note that the command is as good without; `beQuiet` silences them.
 void remark(const std::string& text);
 void beQuiet();

@@ -1,6 +1,8 @@
 #include "host/output/incoming.h"
 
+#include <chrono>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include "host/output/console.h"
@@ -37,6 +39,19 @@ Incoming::Incoming(const fs::path& folder) {
         path_ = folder / newName();
         owner_ = IncomingOwner::make(path_);
     }
+}
+
+std::unique_ptr<Incoming> Incoming::alone(const fs::path& folder) {
+    fs::path path = folder / (std::string(prefix) + "alone");
+    // A program that was killed holds it for as long as it takes to clear it away.
+    constexpr int attempts = 40;
+    for (int i = 0; i < attempts; ++i) {
+        if (i != 0) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        IncomingOwner::removeAbandoned(path);
+        if (std::unique_ptr<IncomingOwner> owner = IncomingOwner::make(path))
+            return std::unique_ptr<Incoming>(new Incoming(std::move(path), std::move(owner)));
+    }
+    return nullptr;
 }
 
 Incoming::~Incoming() {

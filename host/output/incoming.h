@@ -21,6 +21,9 @@ class Incoming {
 
     // Makes one in `folder`. Throws std::filesystem::filesystem_error.
     explicit Incoming(const std::filesystem::path& folder);
+    // One that only one program at a time can have in `folder`; null while another has it. Throws
+    // std::filesystem::filesystem_error.
+    static std::unique_ptr<Incoming> alone(const std::filesystem::path& folder);
     ~Incoming();
     Incoming(const Incoming&) = delete;
     Incoming& operator=(const Incoming&) = delete;
@@ -35,6 +38,9 @@ class Incoming {
     static bool move(const std::filesystem::path& file, const std::filesystem::path& place, bool overwrite);
 
   private:
+    Incoming(std::filesystem::path path, std::unique_ptr<IncomingOwner> owner)
+        : path_(std::move(path)), owner_(std::move(owner)) {}
+
     std::filesystem::path path_;
     std::unique_ptr<IncomingOwner> owner_;
 };

@@ -1,6 +1,6 @@
 #include "host/output/progress.h"
 
-#include <cstdio>
+#include <cmath>
 
 namespace ovno2::host {
 
@@ -11,6 +11,11 @@ constexpr std::chrono::milliseconds interval{80};
 constexpr std::size_t barWidth = 20;
 constexpr std::size_t markWidth = 3;
 
+std::string& stage() {
+    static std::string text;
+    return text;
+}
+
 }  // namespace
 
 ProgressBar::ProgressBar(std::string what, bool shown, const char* doing)
@@ -19,10 +24,8 @@ ProgressBar::ProgressBar(std::string what, bool shown, const char* doing)
       shown_(shown),
       nextDrawing_(std::chrono::steady_clock::now() + patience) {}
 
-ProgressBar::~ProgressBar() {
-    if (drawn_ == 0) return;
-    show({});
-    std::fputs("\r", stderr);
+void ProgressBar::setStage(const std::string& text) {
+    stage() = text;
 }
 
 void ProgressBar::advanceTo(Long value) {
@@ -34,6 +37,7 @@ void ProgressBar::advanceTo(Long value) {
         items_ += step;
     if (!shown_) return;
     const auto now = std::chrono::steady_clock::now();
+    if (items_ == 0) itemsBegan_ = now;
     if (now < nextDrawing_) return;
     nextDrawing_ = now + interval;
     draw();
@@ -43,18 +47,14 @@ void ProgressBar::draw() {
     constexpr std::size_t way = barWidth - markWidth;
     const std::size_t there = frame_++ % (2 * way);
     const std::size_t place = there <= way ? there : 2 * way - there;
-    std::string line = std::string(doing_) + ' ' + what_ + " [" + std::string(place, ' ') + "<=>" +
-                       std::string(way - place, ' ') + "]";
+    std::string line = (stage().empty() ? "" : stage() + ": ") + std::string(doing_) + ' ' + what_ + " [" +
+                       std::string(place, ' ') + "<=>" + std::string(way - place, ' ') + "]";
     if (items_ >= 0) line += " " + std::to_string(items_);
-    show(line);
-}
-
-// Puts `line` in the place of the one on the screen.
-void ProgressBar::show(const std::string& line) {
-    const std::size_t rest = line.size() < drawn_ ? drawn_ - line.size() : 0;
-    std::fputs(("\r" + line + std::string(rest, ' ')).c_str(), stderr);
-    std::fflush(stderr);
-    drawn_ = line.size();
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - itemsBegan_).count();
+    if (constexpr double enoughToTell = 0.2; items_ > 0 && seconds > enoughToTell)
+        line += ", " + std::to_string(std::llround(static_cast<double>(items_) / seconds)) + "/s";
+    line_.show(line);
 }
 
 }  // namespace ovno2::host

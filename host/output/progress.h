@@ -7,6 +7,7 @@
 #include <chrono>
 #include <string>
 
+#include "host/output/status_line.h"
 #include "host/output/text.h"
 
 namespace ovno2::host {
@@ -15,25 +16,25 @@ class ProgressBar {
   public:
     // `what` names what is read, such as "contacts". With `shown` false nothing is ever written.
     ProgressBar(std::string what, bool shown, const char* doing = "Reading");
-    ~ProgressBar();
-    ProgressBar(const ProgressBar&) = delete;
-    ProgressBar& operator=(const ProgressBar&) = delete;
 
     // The value of the progress control; a jump of 50 announces that the items follow one by one.
     static constexpr Long announcement = 50;
     void advanceTo(Long value);
 
+    // Of which whole all reads from now on are a part: "2 of 5"; empty = none.
+    static void setStage(const std::string& stage);
+
   private:
     void draw();
-    void show(const std::string& line);
 
     std::string what_;
     const char* doing_;
     bool shown_;
-    std::size_t drawn_ = 0;  // length of the line on the screen
+    StatusLine line_;
     Long value_ = 0;
     Long items_ = -1;  // -1 = the items have not begun
     std::size_t frame_ = 0;
+    std::chrono::steady_clock::time_point itemsBegan_;
     std::chrono::steady_clock::time_point nextDrawing_;
 };
 

@@ -7,5 +7,6 @@ namespace ovno2::host {
 
 void registerList(CLI::App& app, Context& context);
 void registerDoctor(CLI::App& app, Context& context);
+void registerMedia(CLI::App& app, Context& context);
 
 }  // namespace ovno2::host

@@ -47,19 +47,23 @@ void writeMember(JsonLine& line, const char* name, const char* value) {
 
 }  // namespace
 
+void writePhone(JsonLine& line, const ListedPhone& phone) {
+    writeMember(line, "model", phone.model);
+    writeMember(line, "medium", nameOf(media, phone.media));
+    writeMember(line, "serialNumber", phone.serial);
+    writeMember(line, "address", phone.address);
+    writeMember(line, "name", phone.name);
+    writeMember(line, "platform", nameOf(platforms, phone.type));
+    if (phone.type != eNokiaPhoneType) line.member("platformType", phone.type);
+}
+
 std::string phonesAsJson(std::span<const ListedPhone> phones) {
     std::string text;
     JsonLines lines([&](std::string_view piece) { text += piece; });
     for (const ListedPhone& phone : phones) {
         JsonLine& line = lines.next();
         line.StartObject();
-        writeMember(line, "model", phone.model);
-        writeMember(line, "medium", nameOf(media, phone.media));
-        writeMember(line, "serialNumber", phone.serial);
-        writeMember(line, "address", phone.address);
-        writeMember(line, "name", phone.name);
-        writeMember(line, "platform", nameOf(platforms, phone.type));
-        if (phone.type != eNokiaPhoneType) line.member("platformType", phone.type);
+        writePhone(line, phone);
         line.EndObject();
     }
     lines.end();

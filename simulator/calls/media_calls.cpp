@@ -4,6 +4,7 @@
 #include "simulator/calls/exports.h"
 #include "simulator/calls/memory_calls.h"
 #include "simulator/calls/record_builder.h"
+#include "simulator/images/surroundings_image.h"
 
 using namespace ovno2::simulator;
 using namespace ovno2::library;
@@ -13,6 +14,11 @@ namespace {
 constexpr std::size_t mediaWords = sizeof(MediaRecord) / sizeof(Word);
 constexpr Word stateOn = 1;
 constexpr Word stateOff = 2;
+
+// As another process may have left them.
+void refreshMedia(World& world) {
+    if (!world.phonesFolder.empty()) world.media = readMedia(world.phonesFolder);
+}
 
 }  // namespace
 
@@ -40,6 +46,7 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAMMGetMedia(Handle session, Word* c
         [&](World& world) {
             require<MediaSession>(world, session);
             requireGiven(count, list);
+            refreshMedia(world);
             const std::size_t media = world.media.size();
             *count = static_cast<Word>(media);
             *list = 0;
@@ -73,10 +80,13 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAMMSetMedia(Handle session, MediaRe
         requireGiven(media);
         if (media->size != sizeof(MediaRecord)) return status::wrongRecordSize;
         if (media->state != stateOn && media->state != stateOff) return status::invalidParameter;
+        const system::FolderLock lock = lockImage(world.phonesFolder);
+        refreshMedia(world);
         const auto found = std::find_if(world.media.begin(), world.media.end(),
                                         [&](const Medium& one) { return one.medium == media->medium; });
         if (found == world.media.end()) return status::notSupported;
         found->on = media->state == stateOn;
+        if (!world.phonesFolder.empty()) writeMedia(world.phonesFolder, world.media);
         return statusOk;
     });
 }

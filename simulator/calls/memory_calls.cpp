@@ -76,7 +76,7 @@ using namespace ovno2::library;
 
 SIMULATOR_EXPORT char16_t* SIMULATOR_STDCALL CONAAllocString(signature::WideText text) {
     return serveValue<char16_t*>(
-        {"CONAAllocString"}, [&](ArgumentText& line) { line.text(text); },
+        {"CONAAllocString"}, [&](ArgumentText& line) { line.secret(text); },
         [&](World& world) {
             requireGiven(text);
             const std::size_t units = std::char_traits<char16_t>::length(text) + 1;
@@ -90,7 +90,7 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAFreeString(char16_t* text) {
     const auto arguments = [&](ArgumentText& line) {
         const LowMemory::Block block = theWorld().memory.find(text);
         if (block) {
-            line.text(text);
+            line.secret(text);
         } else {
             line.word("unknown");
         }

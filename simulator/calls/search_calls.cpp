@@ -1,5 +1,7 @@
 // Bluetooth: searching for phones and pairing with them.
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 #include "simulator/calls/exports.h"
 #include "simulator/calls/record_builder.h"
@@ -15,22 +17,47 @@ constexpr Word operationPair = 0x100;
 constexpr Word operationTrust = 0x400;
 constexpr Word statePaired = 1;  // bits of a found device's state that the simulator keeps
 constexpr Word stateTrusted = 2;
-constexpr Word progressSteps[] = {0, 50, 100};  // per cent
+constexpr Word fewestSteps = 2;  // of a search: its progress is told at 0, 50 and 100 per cent at least
+constexpr std::chrono::milliseconds timeoutUnit{100};
 
 // The caller's function as the library calls it.
 using Progress = Status(SIMULATOR_STDCALL*)(Word, Word);
 
-// Tells the caller how far the search is, without the lock: it may run messages and call the library. False
-// when it asks to stop.
-bool report(World& world, Progress progress) {
-    if (progress == nullptr) return true;
-    for (const Word step : progressSteps) {
-        world.lock.unlock();
-        const Status answer = progress(step, 0);
-        world.lock.lock();
-        if (answer != statusOk) return false;
+// The world without its lock for as long as this lives.
+class Unlocked {
+  public:
+    explicit Unlocked(World& world) : world_(world) { world_.lock.unlock(); }
+    ~Unlocked() { world_.lock.lock(); }
+    Unlocked(const Unlocked&) = delete;
+    Unlocked& operator=(const Unlocked&) = delete;
+
+  private:
+    World& world_;
+};
+
+bool canBeFound(const FoundDevice& device, Word timeout) {
+    return device.reach != FoundDevice::Reach::never && device.appearsAfter <= timeout;
+}
+
+// Lasts until every device has appeared that appears within the timeout. The caller is told how far the
+// search is while nobody is kept out: it may run messages, call the library, stop the search, and close its
+// session.
+Status search(World& world, Handle session, Word timeout, Progress progress) {
+    Word lasts = 0;  // timeout units
+    for (const FoundDevice& device : world.found)
+        if (canBeFound(device, timeout)) lasts = std::max(lasts, device.appearsAfter);
+    const Word steps = std::max(lasts, fewestSteps);
+    for (Word step = 0; step <= steps; ++step) {
+        Status answer = statusOk;
+        {
+            const Unlocked others(world);
+            if (step != 0 && lasts != 0) std::this_thread::sleep_for(lasts * timeoutUnit / steps);
+            if (progress != nullptr) answer = progress(step * 100 / steps, 0);
+        }
+        require<DeviceManagementSession>(world, session);
+        if (answer != statusOk) return status::cancelled;
     }
-    return true;
+    return statusOk;
 }
 
 char* buildFound(World& world, const std::vector<const FoundDevice*>& devices) {
@@ -53,6 +80,7 @@ char* buildFound(World& world, const std::vector<const FoundDevice*>& devices) {
 Status changeState(FoundDevice& device, Word operation, signature::WideText passkey) {
     if (operation == operationPair) {
         requireGiven(passkey);
+        if (device.refuses) return *device.refuses;
         if (device.passkey && *device.passkey != passkey) return pairingRefused;
         device.paired = true;
         return statusOk;
@@ -75,12 +103,13 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONASearchDevices(Handle session, Word
         requireGiven(count, list);
         if ((option & mediumBluetooth) == 0) return status::notSupported;
         if (!world.isOn(mediumBluetooth)) return mediumOff;
-        if (!report(world, reinterpret_cast<Progress>(progress))) return status::cancelled;
-        require<DeviceManagementSession>(world, session);  // the caller may have closed it meanwhile
+        if (const Status ended = search(world, session, timeout, reinterpret_cast<Progress>(progress));
+            ended != statusOk)
+            return ended;
         std::vector<const FoundDevice*> devices;
         for (FoundDevice& device : world.found) {
-            if (device.reach == FoundDevice::Reach::never) continue;
-            device.searched = true;
+            if (!canBeFound(device, timeout)) continue;
+            ++device.searches;
             devices.push_back(&device);
         }
         char* const block = devices.empty() ? nullptr : buildFound(world, devices);
@@ -99,7 +128,7 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAChangeDeviceTrustedState(Handle se
                                                                        signature::WideText passkey,
                                                                        signature::WideText) {
     const auto arguments = [&](ArgumentText& text) {
-        text.number("handle", session).hex("operation", operation).text(address).text(passkey);
+        text.number("handle", session).hex("operation", operation).text(address).secret(passkey);
     };
     return serve({"CONAChangeDeviceTrustedState", session}, arguments, [&](World& world) -> Status {
         require<DeviceManagementSession>(world, session);
@@ -109,10 +138,7 @@ SIMULATOR_EXPORT Status SIMULATOR_STDCALL CONAChangeDeviceTrustedState(Handle se
         if (!world.phonesFolder.empty()) refreshBluetooth(world);
         const auto device = std::find_if(world.found.begin(), world.found.end(),
                                          [&](const FoundDevice& one) { return one.address == address; });
-        const bool reached = device != world.found.end() &&
-                             (device->reach == FoundDevice::Reach::always ||
-                              (device->reach == FoundDevice::Reach::afterSearch && device->searched));
-        if (!reached) return phoneNotReached;
+        if (device == world.found.end() || !device->isReached()) return phoneNotReached;
         const Status status = changeState(*device, operation, passkey);
         if (status == statusOk && !world.phonesFolder.empty())
             writeBluetooth(world.phonesFolder, world.found);

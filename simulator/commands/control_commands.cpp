@@ -222,11 +222,11 @@ void surroundings(World& world, const JsonNode& command, JsonWriter&) {
     command.expectMembers({"command", "bluetooth", "media"});
     if (const auto bluetooth = command.optionalMember("bluetooth")) {
         world.found = readBluetooth(bluetooth->asRoot("bluetooth"));
-        world.phonesFolder.clear();  // pairing must not be written to a folder that never held these
     }
     if (const auto media = command.optionalMember("media")) {
         world.media = readMedia(media->asRoot("media"));
     }
+    world.phonesFolder.clear();  // what becomes of these must not be written to a folder that never held them
 }
 
 void plug(World& world, const JsonNode& command, JsonWriter&) {

@@ -1,5 +1,7 @@
 #include "simulator/images/phone_image.h"
 
+#include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "simulator/images/content_image.h"
@@ -8,6 +10,15 @@
 
 namespace ovno2::simulator {
 namespace {
+
+struct MediumName {
+    Word medium;
+    const char* name;
+};
+constexpr MediumName mediumNames[] = {{library::mediumUsb, "usb"},
+                                      {library::mediumBluetooth, "bluetooth"},
+                                      {library::mediumCable, "cable"},
+                                      {library::mediumInfrared, "infrared"}};
 
 constexpr long behindAllNumbered = std::numeric_limits<long>::max();
 
@@ -73,11 +84,14 @@ Word readRecordSize(std::string_view name, const JsonNode& node) {
 }
 
 Word readMedium(const JsonNode& node) {
-    if (node.is("usb")) return library::mediumUsb;
-    if (node.is("bluetooth")) return library::mediumBluetooth;
-    if (node.is("cable")) return library::mediumCable;
-    if (node.is("infrared")) return library::mediumInfrared;
-    node.fail("\"usb\", \"bluetooth\", \"cable\" or \"infrared\"");
+    const auto* const found =
+        std::ranges::find_if(mediumNames, [&](const MediumName& one) { return node.is(one.name); });
+    if (found == std::end(mediumNames)) node.fail("\"usb\", \"bluetooth\", \"cable\" or \"infrared\"");
+    return found->medium;
+}
+
+const char* nameOfMedium(Word medium) {
+    return std::ranges::find(mediumNames, medium, &MediumName::medium)->name;
 }
 
 Status readStatus(const JsonNode& node) {

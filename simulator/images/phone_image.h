@@ -28,6 +28,7 @@ Word readRecordSize(std::string_view name, const JsonNode& node);
 
 // "usb", "bluetooth", "cable" or "infrared".
 Word readMedium(const JsonNode& node);
+const char* nameOfMedium(Word medium);  // the same text
 
 // A status with the top bit set.
 Status readStatus(const JsonNode& node);

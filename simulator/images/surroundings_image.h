@@ -17,9 +17,11 @@ std::vector<Medium> readMedia(const std::filesystem::path& folder);
 std::vector<FoundDevice> readBluetooth(const JsonNode& root);
 std::vector<Medium> readMedia(const JsonNode& root);
 
-// Both under the folder's lock: reads again which devices are paired, as another process may have left them;
-// writes the pairing state back, durably.
+// Under the folder's lock: reads again which devices are paired, as another process may have left them.
 void refreshBluetooth(World& world);
+
+// Under the folder's lock: the file, anew, durably.
 void writeBluetooth(const std::filesystem::path& folder, const std::vector<FoundDevice>& found);
+void writeMedia(const std::filesystem::path& folder, const std::vector<Medium>& media);
 
 }  // namespace ovno2::simulator

@@ -19,6 +19,10 @@ ArgumentText& ArgumentText::text(const char16_t* value) {
     return *this;
 }
 
+ArgumentText& ArgumentText::secret(const void* value) {
+    return word(value == nullptr ? "null" : "***");
+}
+
 ArgumentText& ArgumentText::number(std::string_view name, library::Word value) {
     next().append(name).append(" ").append(std::to_string(value));
     return *this;

@@ -19,6 +19,7 @@ namespace ovno2::simulator {
 class ArgumentText {
   public:
     ArgumentText& text(const char16_t* value);  // in double quotes; null as `null`
+    ArgumentText& secret(const void* value);    // `***`, or `null`
     ArgumentText& number(std::string_view name, library::Word value);
     ArgumentText& hex(std::string_view name, library::Word value);
     ArgumentText& word(std::string_view bare);

@@ -34,16 +34,23 @@ std::vector<Medium> allMediaOn();
 
 // A device that a Bluetooth search finds.
 struct FoundDevice {
-    enum class Reach : std::uint8_t { always, afterSearch, never };
+    enum class Reach : std::uint8_t { always, afterSearch, afterTwoSearches, never };
     Word deviceNumber = 0;
     std::u16string deviceName;
     std::u16string address;
     Word state = 0;
     std::optional<std::u16string> passkey;
+    std::optional<Status> refuses;  // what pairing gives whatever the passkey
     Reach reach = Reach::always;
+    Word appearsAfter = 0;  // tenths of a second that a search must last to find it
     bool paired = false;
     bool trusted = false;
-    bool searched = false;  // a search has found it
+    unsigned searches = 0;  // that have found it
+
+    bool isReached() const {
+        return reach == Reach::always || (reach == Reach::afterSearch && searches >= 1) ||
+               (reach == Reach::afterTwoSearches && searches >= 2);
+    }
 };
 
 class World {

@@ -11,6 +11,7 @@
 #include "content/progress.h"
 #include "content/sessions.h"
 #include "content/vendor_service.h"
+#include "core/pending_messages.h"
 #include "devices/current_phone.h"
 #include "devices/devices.h"
 #include "library/library_start.h"
@@ -71,7 +72,7 @@ class EntryReader : public Content::FolderReader {
         attempt([&] { items_.elements().reserve(items_.size() + copied); });
     }
     void readItem(library::Handle operation, ItemIdRecord& id) override {
-        Content::processPendingMessages();
+        processPendingMessages();
         Content::ItemData<CalendarRecord> data(connection().handle, calendarRecordSize());
         DebugWrite(u"WriteDebugInfo", 1);
         const Long status = data.read(operation, id);

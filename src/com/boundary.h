@@ -7,6 +7,7 @@
 
 #include <tuple>
 
+#include "base/secret.h"
 #include "com/records.h"
 #include "core/attempt.h"
 #include "platform/win32/dispatch_object.h"
@@ -51,6 +52,10 @@ class Argument<const Text&> : public ReadOnlyArgument {
   public:
     explicit Argument(BSTR value) : value_(viewOf(value)) {}
     explicit Argument(const BSTR* host) : value_(host ? viewOf(*host) : TextView()) {}
+    // A passkey comes this way.
+    ~Argument() { wipe(value_.data(), value_.size()); }
+    Argument(const Argument&) = delete;
+    Argument& operator=(const Argument&) = delete;
     const Text& value() const { return value_; }
 
   private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/secret.h"
 #include "com/records.h"
 #include "com/script_arrays.h"
 #include "com/type_libraries.h"
@@ -72,6 +73,12 @@ void LateArgument::take(const Parameter& parameter, VARIANT* passed, LCID locale
             takeArray(parameter, locale);
             break;
     }
+}
+
+void LateArgument::wipeText() noexcept {
+    if (V_VT(converted_.get()) != VT_BSTR) return;
+    const BSTR text = V_BSTR(converted_.get());
+    wipe(reinterpret_cast<char16_t*>(text), SysStringLen(text));
 }
 
 void LateArgument::leaveOut(const Parameter& parameter) {

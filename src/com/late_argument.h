@@ -20,6 +20,7 @@ struct LateBindingError {
 class LateArgument {
   public:
     LateArgument() = default;
+    ~LateArgument() { wipeText(); }
     LateArgument(const LateArgument&) = delete;
     LateArgument& operator=(const LateArgument&) = delete;
 
@@ -36,6 +37,7 @@ class LateArgument {
   private:
     enum class Return : std::uint8_t { nothing, number, text, record, variants, typed };
 
+    void wipeText() noexcept;  // a passkey comes this way
     void leaveOut(const Parameter& parameter);
     void takeNumber(const Parameter& parameter, LCID locale);
     void takeText(const Parameter& parameter, LCID locale);

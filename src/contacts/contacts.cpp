@@ -12,6 +12,7 @@
 #include "content/progress.h"
 #include "content/sessions.h"
 #include "content/vendor_service.h"
+#include "core/pending_messages.h"
 #include "devices/current_phone.h"
 #include "devices/devices.h"
 
@@ -97,14 +98,14 @@ class ContactReader : public Content::FolderReader {
         return operationNotBegun;
     }
     void begun(Word count, std::size_t copied) override {
-        Content::processPendingMessages();
+        processPendingMessages();
         Content::InitFieldTables();
         DebugLine(u"caIDList.iUIDCount:", decimal{static_cast<Long>(count)});
         attempt([&] { items_.elements().reserve(items_.size() + copied + 1); });
         places_.emplace(tableOfHost_);
     }
     void readItem(library::Handle operation, ItemIdRecord& id) override {
-        Content::processPendingMessages();
+        processPendingMessages();
         readContact(operation, id);
     }
     // The highest index of the host's array, 0 for an array without elements.

@@ -4,8 +4,8 @@
 
 #include "contacts/contacts_connection.h"
 #include "contacts/writing_state.h"
-#include "content/progress.h"
 #include "content/sessions.h"
+#include "core/pending_messages.h"
 #include "devices/devices.h"
 
 namespace ovno2::Contacts {
@@ -94,7 +94,7 @@ Long ContactsEndWriteSession(TextArray& tempids, TextArray& uids, bool writeit) 
     const RoutineLog log(u"ContactsEndWriteSession");
     const library::Handle operation = connection().writeSession.operation;
     Long status = 0;
-    Content::processPendingMessages();
+    processPendingMessages();
     if (writeit) {
         DebugWrite(u"1");
         ItemIdListRecord list{.size = sizeof list, .count = 0, .items = 0};

@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "content/progress.h"
 #include "core/attempt.h"
 #include "core/current_platform.h"
+#include "core/pending_messages.h"
 
 namespace ovno2::Content {
 

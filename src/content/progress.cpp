@@ -38,8 +38,4 @@ void Progress::advance(Long by) const {
     attempt([&] { control_->put(u"value", std::visit(Sum{by}, control_->get(u"value"))); });
 }
 
-void processPendingMessages() {
-    attempt([] { currentPlatform().windows().processPendingMessages(); });
-}
-
 }  // namespace ovno2::Content

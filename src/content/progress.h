@@ -1,4 +1,4 @@
-// What a long operation does for its host on the way: its progress control is advanced, its windows live on.
+// What a long operation does for its host on the way: its progress control is advanced.
 #pragma once
 
 #include "base/failure.h"
@@ -17,8 +17,5 @@ class Progress {
   private:
     const platform::ObjectPointer& control_;
 };
-
-// Lets the host's pending window messages run; nothing is thrown.
-void processPendingMessages();
 
 }  // namespace ovno2::Content

@@ -22,9 +22,7 @@ using library::Word;
 constexpr Long detailLevel = 4;
 constexpr std::size_t serialLimit = 256;  // bytes of a serial number in the code page
 constexpr int sameAsHops = 10;
-// What no PC has: a library that claims more phones, or more ways to one, is not believed.
-constexpr Word mostDevices = 1000;
-constexpr Word mostConnections = 100;  // of one phone
+constexpr Word mostConnections = 100;  // of one phone; a library that claims more is not believed
 
 // ReDim Preserve from index 0: entries below `index` are kept, the entry at `index` is new.
 template <class Element>

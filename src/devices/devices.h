@@ -42,6 +42,9 @@ enum tNokiaPhoneType : Long {
 
 namespace Devices {
 
+// What no PC has: a library that claims more phones is not believed.
+inline constexpr std::uint32_t mostDevices = 1000;
+
 struct State {
     static constexpr StateSlot slot = StateSlot::devices;
     Text phoneModel;                      // as given to PhoneModel_

@@ -2,6 +2,7 @@
 
 #include "core/attempt.h"
 #include "core/current_platform.h"
+#include "core/pending_messages.h"
 #include "pc/file_info.h"
 #include "pc/files.h"
 #include "pc/folders.h"
@@ -296,7 +297,7 @@ Long LaunchPCSuite2IfRequired(Long pCallBack) {
     constexpr int waitSteps = 51;
     for (int step = 0; step < waitSteps; ++step) {
         callHost(pCallBack, waitStep, /*textNumber=*/0, /*style=*/0);
-        attempt([&] { platform.windows().processPendingMessages(); });
+        processPendingMessages();
         attempt([&] { platform.clock().sleep(50); });
         clearPendingFailure();
         const auto activate = [&] { require(platform.windows().activate(u"Nokia PC Sync - ")); };

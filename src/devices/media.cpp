@@ -32,7 +32,8 @@ class MediaList {
   public:
     explicit MediaList(Handle session) { library::CONAMMGetMedia.tried(session, &count_, &list_); }
     ~MediaList() {
-        if (listed()) library::CONAMMFreeMediaStructures.tried(count_, library::pointerTo(list_));
+        if (library::isAddress(list_))
+            library::CONAMMFreeMediaStructures.tried(count_, library::pointerTo(list_));
     }
     MediaList(const MediaList&) = delete;
     MediaList& operator=(const MediaList&) = delete;

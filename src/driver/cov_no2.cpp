@@ -14,6 +14,7 @@
 #include "core/current_platform.h"
 #include "core/settings.h"
 #include "dates/iso_date.h"
+#include "devices/bluetooth.h"
 #include "devices/discovery.h"
 #include "devices/media.h"
 #include "devices/session.h"
@@ -298,13 +299,18 @@ Long covNo2::DeleteDataItem(Text& model, Text& PhoneId, const Text& Msg) noexcep
                         [&](Long& result) { result = Data::DeleteDataItem(model, PhoneId, Msg); });
 }
 
-Long covNo2::MediaSearchBT(TextArray&, TextArray&, TextArray&, LongArray&, Long) noexcept {
-    Init();
-    return libraryNotStarted;
+Long covNo2::MediaSearchBT(TextArray& models, TextArray& BdAddr, TextArray& deviceID, LongArray& state,
+                           Long timeout) noexcept {
+    return member(libraryNotStarted, [&](Long& result) {
+        Init();
+        result = Bluetooth::MediaSearchBT(models, BdAddr, deviceID, state, timeout);
+    });
 }
-Long covNo2::ChangeDeviceTrustedState(Text&, Long, const Text&) noexcept {
-    Init();
-    return libraryNotStarted;
+Long covNo2::ChangeDeviceTrustedState(Text& BdAddr, Long dowhat, const Text& pw) noexcept {
+    return member(libraryNotStarted, [&](Long& result) {
+        Init();
+        result = Bluetooth::ChangeDeviceTrustedStateSub(BdAddr, dowhat, pw);
+    });
 }
 void covNo2::DMApiTerminate_() noexcept {
     attempt([] { Session::DMApiTerminate(); });

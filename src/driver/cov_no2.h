@@ -182,9 +182,18 @@ class covNo2 {
     Long WriteDataItem(Text& model, Text& PhoneId, Text& Msg) noexcept;
     Long DeleteDataItem(Text& model, Text& PhoneId, const Text& Msg) noexcept;
 
-    // Searching and pairing over Bluetooth are not there yet: -1, nothing is written.
+    // Searches for Bluetooth phones, which may take as long as `timeout` makes the library search; the host's
+    // windows live on meanwhile. 0 done, -1 no session with the devices, -2 the search failed. The arrays get
+    // an entry a phone, from index 0: name, address, device number as decimal text, the library's state; they
+    // stay as they are when none is found.
     Long MediaSearchBT(TextArray& models, TextArray& BdAddr, TextArray& deviceID, LongArray& state,
                        Long timeout = 200) noexcept;
+    // Pairs with the Bluetooth phone at that address, 17 characters such as "00:11:22:33:44:55" (bit value 1
+    // of `dowhat`), and marks it as trusted (bit value 2). A number behind the address takes the place of
+    // `dowhat`: bit value 1 = pair, 4 = do not trust. Without passkey the default only marks as trusted. 0
+    // done, -1 nothing was attempted, -2 the phone refused to pair, -9 the address asks for pairing and there
+    // is no passkey, else the library's last status. The passkey is kept for the length of the call, in
+    // memory only. `BdAddr` stays as it is.
     Long ChangeDeviceTrustedState(Text& BdAddr, Long dowhat = 3, const Text& pw = {}) noexcept;
     // Closes the session with the devices; the next listing opens it again.
     void DMApiTerminate_() noexcept;

@@ -5,8 +5,8 @@
 #include "content/item_dates.h"
 #include "content/item_reading.h"
 #include "content/library_pieces.h"
-#include "content/progress.h"
 #include "content/sessions.h"
+#include "core/pending_messages.h"
 #include "dates/date_text.h"
 #include "dates/date_value.h"
 #include "devices/devices.h"
@@ -122,7 +122,7 @@ Long DataInitWriteSession(const Text& model, const Text& PhoneId, Long what, Lon
         const library::Answer begun =
             library::CABeginOperation.tried(connection().handle, /*zero=*/0, &session().operation);
         if (library::is(begun.status, library::deviceBusy) && !std::exchange(beganTwice, true)) {
-            Content::processPendingMessages();
+            processPendingMessages();
             CloseDatasConnection();
             continue;
         }
@@ -306,14 +306,14 @@ Long DataEndWriteSession(TextArray& tempids, TextArray& uids, bool commit) {
     const RoutineLog log(u"DataEndWriteSession");
     const library::Handle operation = session().operation;
     Long status = 0;
-    Content::processPendingMessages();
+    processPendingMessages();
     if (commit) {
         ItemIdListRecord list{.size = sizeof list, .count = 0, .items = 0};
         status = library::CACommitOperations.tried(operation, &list).status;
         if (status != 0) DebugLine(u"e0:", hex{status});
         Content::tellWritten(list, /*extra=*/1, tempids, uids);
     }
-    Content::processPendingMessages();
+    processPendingMessages();
     if (status != 0) return status;
     status = library::CAEndOperation.tried(operation).valueOr(status);
     if (status != 0) DebugLine(u" e1:", hex{status});

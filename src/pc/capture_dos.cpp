@@ -5,6 +5,7 @@
 
 #include "core/attempt.h"
 #include "core/current_platform.h"
+#include "core/pending_messages.h"
 #include "pc/ansi.h"
 #include "pc/process_state.h"
 
@@ -91,7 +92,7 @@ Text ExecuteCommand(TextView command, bool doNotWait, Long timeoutSeconds) {
     DebugWrite(u"ExecuteCommand", 3);
     attempt([&] { running = platform.processes().startCaptured(command); });
     DebugWrite(u"ExecuteCommand", 4);
-    attempt([&] { platform.windows().processPendingMessages(); });
+    processPendingMessages();
     if (!running) return {};
 
     std::string bytes;

@@ -11,6 +11,13 @@ class PhoneFaults : public EveryFault<PhoneTest> {
         simulator.addPhone(simulator::Control::plainPhone("356300010000025", "Nokia 6300"));
     }
 
+    void bluetoothPhone() {
+        simulator.run("surroundings",
+                      {{"bluetooth", simulator::Control::Json::parse(R"({"format": 1, "found": [
+            {"deviceNumber": 7, "deviceName": "Nokia 6300", "address": "00:1A:2B:3C:4D:5E", "state": 8,
+             "passkey": "1234"}]})")}});
+    }
+
     static bool isEither(const Text& text, TextView one, TextView other) {
         return text == one || text == other || text.empty();
     }
@@ -82,6 +89,55 @@ TEST_F(PhoneFaults, AMediumIsSwitchedOrStays) {
             EXPECT_TRUE(active == (allMedia & ~8) || (fault != Fault::none && active == allMedia))
                 << active << " after " << result;
         });
+}
+
+// Bluetooth phones are found whole or not at all, but for texts that found no memory.
+TEST_F(PhoneFaults, BluetoothPhonesAreFoundOrTheArraysStay) {
+    TextArray models, ids, addresses;
+    LongArray states;
+    forEveryFault({.prepare =
+                       [&] {
+                           bluetoothPhone();
+                           models = ids = addresses = TextArray({u"kept"});
+                           states = LongArray({-5});
+                       },
+                   .run = [&](covNo2& phone) { return phone.MediaSearchBT(models, addresses, ids, states); },
+                   .done = 0,
+                   .otherwise = {-1, -2}},
+                  [&](Long result, Fault fault) {
+                      const bool inMemory = fault == Fault::allocation;
+                      const TextView whole[] = {u"Nokia 6300", u"00:1A:2B:3C:4D:5E", u"7"};
+                      const TextArray* const arrays[] = {&models, &addresses, &ids};
+                      for (std::size_t i = 0; i < std::size(whole); ++i) {
+                          const Text& entry = arrays[i]->at(0);
+                          EXPECT_TRUE(result == 0 ? entry == whole[i] ||
+                                                        (inMemory && (entry.empty() || entry == u"kept"))
+                                                  : entry == u"kept")
+                              << toUtf8(entry);
+                      }
+                      if (result != 0 || !inMemory) {
+                          EXPECT_EQ(result == 0 ? 8 : -5, states.at(0));
+                      }
+                  });
+}
+
+// A phone is paired and trusted when the result says so.
+TEST_F(PhoneFaults, APhoneIsPairedAndTrustedOrTheResultSaysNo) {
+    Text address = u"00:1A:2B:3C:4D:5E!";
+    const Text passkey = u"1234";
+    forEveryFault({.prepare = [&] { bluetoothPhone(); },
+                   .run = [&](covNo2& phone) { return phone.ChangeDeviceTrustedState(address, 3, passkey); },
+                   .done = 0,
+                   .otherwise = {-1, -2},
+                   .statusToo = true},
+                  [&](Long result, Fault) {
+                      TextArray models, ids, addresses;
+                      LongArray states;
+                      ASSERT_EQ(0, covNo2().MediaSearchBT(models, addresses, ids, states));
+                      if (result == 0) {
+                          EXPECT_EQ(8 | 1 | 2, states.at(0) | 1);
+                      }
+                  });
 }
 
 // Where a routine may not throw, there is always a place to keep what went wrong.

@@ -8,6 +8,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsSupersetOf;
 using ::testing::SizeIs;
 
 class OvphoneCalendar : public Ovphone {
@@ -131,6 +132,37 @@ TEST_F(OvphoneCalendar, EntriesTravelThroughFiles) {
                 HasSubstr("1 added, 0 changed, 0 unchanged, 0 failed"));
     EXPECT_THAT(run("calendar import day.ics").output,
                 HasSubstr("0 added, 0 changed, 1 unchanged, 0 failed"));
+}
+
+TEST_F(OvphoneCalendar, WhatNoPhoneCanRepeatBecomesSingleEntries) {
+    std::ofstream(folder.path() / "wide.ics")
+        << "BEGIN:VCALENDAR\nVERSION:2.0\nBEGIN:VEVENT\nUID:u\nSUMMARY:Chor\nDTSTART:20300127T190000\n"
+           "DTEND:20300127T210000\nRRULE:FREQ=MONTHLY;BYDAY=-1SU\nEXDATE:20300331T190000\n"
+           "BEGIN:VALARM\nTRIGGER:-PT1H\nEND:VALARM\nEND:VEVENT\n"
+           "BEGIN:VEVENT\nUID:u\nSUMMARY:Chor im Freien\nRECURRENCE-ID:20300428T190000\n"
+           "DTSTART:20300429T190000\nEND:VEVENT\n"
+           "BEGIN:VEVENT\nSUMMARY:Uhrwerk\nDTSTART:20300101T190000Z\nRRULE:FREQ=MINUTELY\nEND:VEVENT\n"
+           "BEGIN:VEVENT\nSUMMARY:Pillen\nDTSTART:20300301T080000\n"
+           "RRULE:FREQ=DAILY;BYHOUR=8,20;COUNT=5\nEXDATE:20300302T080000\nEND:VEVENT\nEND:VCALENDAR\n";
+    expectOutcome({"calendar import wide.ics -n", 1, "\"--expand-until DAY\" makes single entries"});
+    expectOutcome({"calendar import wide.ics --expand-until soon", 2, "is no date"});
+    const std::string line = "calendar import wide.ics --expand-until 2030-06-01";
+    const Outcome first = run(line), second = run(line);
+    EXPECT_EQ(1, first.status);
+    EXPECT_THAT(first.errors, HasSubstr("becomes 3 single entries up to 2030-06-01"));
+    EXPECT_THAT(first.errors, HasSubstr("no single entries are made of it: it "
+                                        "has more than 1000 dates up to 2030-06-01"));
+    EXPECT_THAT(first.output, HasSubstr("8 added, 0 changed, 0 unchanged, 1 failed"));
+    EXPECT_THAT(second.output, HasSubstr("0 added, 0 changed, 8 unchanged, 1 failed"));
+    EXPECT_THAT(items("calendar show chor"),
+                IsSupersetOf({HasSubstr(R"("start":"2030-02-24T19:00:00","end":"2030-02-24T21:00:00",)"
+                                        R"("alarm":"2030-02-24T18:00:00")"),
+                              HasSubstr(R"("start":"2030-05-26T19:00:00")")}));
+    EXPECT_THAT(items("calendar show pillen"), SizeIs(4));
+    expectOutcome({"calendar add summary=Miete start=2030-01-31 rule=MD1 --expand-until 2030-12-31", 0,
+                   "7 entries added"});
+    expectOutcome({"calendar add summary=Miete start=2030-01-31 rule=FREQ=EVER --expand-until 2030-12-31", 2,
+                   "FREQ=EVER is none"});
 }
 
 TEST_F(OvphoneCalendar, CalendarsAreMadeRenamedAndDeleted) {

@@ -96,7 +96,7 @@ TEST_F(CalendarFiles, AreReadInBothForms) {
              .insert(28, newYork),
          "MEETING start=2008-12-19T02:00:00 rule=W1 FR 20090102 but=2008-12-26\n"},
         {event("2.0", "DTSTART;TZID=NY:20081218T100000\nRRULE:FREQ=DAILY\n").insert(28, newYork),
-         "MEETING start=2008-12-18T16:00:00 rule=D1 {RRULE: it repeats by another clock; some of its dates "
+         "MEETING start=2008-12-18T16:00:00 {RRULE: it repeats by another clock; some of its dates "
          "are at another time of day here}\n"},
         {event("2.0", "DTSTART;TZID=NY:20080131T200000\nRRULE:FREQ=MONTHLY\n").insert(28, newYork),
          "MEETING start=2008-02-01T02:00:00 {RRULE: it repeats by another clock, on other days here}\n"},

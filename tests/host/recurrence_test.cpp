@@ -6,6 +6,8 @@
 #include <libical/ical.h>
 #include <random>
 
+#include "host/calendar/recurrence_general.h"
+
 namespace ovno2::host {
 
 namespace {
@@ -130,6 +132,65 @@ TEST(Recurrence, HasTheDatesOfLibicalInEveryForm) {
         ASSERT_EQ(datesByLibical(current, start, from, to), datesOf(entry, isoText(from), isoText(to)))
             << current << " from " << basicText(start);
     }
+}
+
+std::string generalDates(bool isOld, const char* text, const char* start, std::size_t most) {
+    GeneralRule rule;
+    const Moment moment = *readMoment(std::string_view(start));
+    const std::string why =
+        isOld ? readGeneralOldRule(text, moment, east, rule) : readGeneralRule(text, moment, east, rule);
+    if (!why.empty()) return "! " + why;
+    const GeneralDates found = datesOf(rule, moment, readMoment(std::string_view("20991231"))->day, most);
+    std::string dates;
+    for (const Moment& date : found.dates)
+        dates.append(dates.empty() ? "" : " ").append(basicText(date).substr(2));
+    return dates + (found.isWhole ? "." : "");
+}
+
+// A dot behind the dates: the rule has no more.
+TEST(Recurrence, InGeneralHasTheDatesThatItsPartsSay) {
+    constexpr bool old = true, current = false;
+    constexpr struct {
+        bool isOld;
+        const char *rule, *start, *expected;
+    } cases[] = {
+        {old, "MP1 1- SU #2", "20240630T100000", "240630T100000 240728T100000."},
+        {old, "MD1 LD #3", "20240131", "240131 240229 240331."},
+        {old, "MD1 2- 1 #3", "20240131", "240201 240228 240301."},
+        {old, "MP1 2+ TU TH 1- FR #6", "20240109", "240109 240111 240126 240208 240213 240223."},
+        {old, "YD1 1 366 20250101T000000", "20240101", "240101 241231 250101."},
+        {old, "YM1 3 1 #0", "20240115", "240115 240315 250115"},
+        {old, "D2 0900 1730 20240103T153000Z", "20240101T100000",
+         "240101T173000 240103T090000 240103T173000."},
+        {old, "W1 MO 0900 TU 1000", "20240101T090000", "! \"TU\" is nothing that can stand there"},
+        {old, "MP1 6+ TU", "20240101", "! \"6+\" is nothing that can stand there"},
+        {current, "FREQ=WEEKLY;BYDAY=FR,MO,MO,WE;BYSETPOS=-1,1;COUNT=3", "20240101T100000",
+         "240101T100000 240105T100000 240108T100000."},
+        {current, "FREQ=WEEKLY;INTERVAL=2;BYDAY=TU,SU;WKST=SU;COUNT=3", "19970805", "970805 970817 970819."},
+        {current, "FREQ=MONTHLY;BYDAY=MO,TU,WE,TH,FR;BYSETPOS=-1;UNTIL=20240330", "20240131",
+         "240131 240229 240329."},
+        {current, "FREQ=MONTHLY;BYDAY=FR;BYMONTHDAY=13", "19970902", "980213 980313 981113"},
+        {current, "FREQ=DAILY;BYMONTHDAY=-1,-2;COUNT=3", "20241030", "241030 241031 241129."},
+        {current, "FREQ=YEARLY;BYWEEKNO=1;BYDAY=MO,TU;INTERVAL=3", "20241231", "241231 280103 280104"},
+        {current, "FREQ=YEARLY;BYWEEKNO=-1", "20240101", "241223 251222 261228"},
+        {current, "FREQ=YEARLY;BYDAY=20MO", "19970519", "970519 980518 990517"},
+        {current, "FREQ=YEARLY;BYDAY=-1TU,2WE;BYMONTH=2", "20240101", "240214 240227 250212"},
+        {current, "FREQ=YEARLY;BYMONTH=2;BYMONTHDAY=29", "20240229", "240229 280229 320229"},
+        {current, "FREQ=YEARLY;BYMONTH=2;BYMONTHDAY=30", "20240229", ""},
+        {current, "FREQ=HOURLY;INTERVAL=7;BYHOUR=3,6;BYMINUTE=5,15", "20250101T030500",
+         "250101T030500 250101T031500 250107T060500"},
+        {current, "FREQ=MINUTELY;INTERVAL=90;UNTIL=20240101T090000Z", "20240101T083000",
+         "240101T083000 240101T100000."},
+        {current, "FREQ=DAILY;BYHOUR=8;BYMINUTE=0,30;INTERVAL=99999", "20240101", "240101"},
+        {current, "FREQ=SECONDLY", "20240101T100000", "! entries every few seconds are no calendar's"},
+        {current, "FREQ=MONTHLY;BYWEEKNO=20", "20240101", "! BYWEEKNO=20 cannot go with FREQ=MONTHLY"},
+        {current, "FREQ=DAILY;BYEASTER=1", "20240101", "! BYEASTER=1 is none"},
+        {current, "FREQ=DAILY;BYMONTHDAY=0", "20240101", "! BYMONTHDAY=0 is none"},
+    };
+    for (const auto& one : cases)
+        EXPECT_EQ(one.expected, generalDates(one.isOld, one.rule, one.start,
+                                             std::string_view(one.rule).ends_with("#6") ? 6 : 3))
+            << one.rule;
 }
 
 TEST(Recurrence, LeavesOutExceptionsAndCostsNothingFarAway) {

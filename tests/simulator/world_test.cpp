@@ -73,7 +73,10 @@ TEST_F(World, APhoneIsFoundPairedWithItsPasskeyAndListedFromThenOn) {
     folder.write("one/phone.json", phone.dump());
     folder.write("bluetooth.json", R"({"format": 1, "found": [
         {"deviceName": "N95", "address": "00:1A", "state": 8, "passkey": "1234", "reach": "afterSearch"},
-        {"deviceName": "far away", "address": "00:2B", "reach": "never"}]})");
+        {"deviceName": "far away", "address": "00:2B", "reach": "never"},
+        {"deviceName": "shy", "address": "00:3C", "reach": "afterTwoSearches", "appearsAfter": 1,
+         "refuses": "0x80200100"}]})");
+    control.journal(true);
     EXPECT_THAT(control.load(folder.path), IsEmpty());
     CONNAPI(DMAPI_Initialize)(30, 0);
     Handle devices = 0;
@@ -90,12 +93,14 @@ TEST_F(World, APhoneIsFoundPairedWithItsPasskeyAndListedFromThenOn) {
     const Step steps[] = {
         {pair, u"00:1A", u"1234", phoneNotReached, 0},  // no search has found it yet
         {search, u"", u"", statusOk, 0, 8},
+        {pair, u"00:3C", u"1234", phoneNotReached, 0},
         {pair, u"00:1A", u"0000", pairingRefused, 0},
         {pair, u"00:1A", nullptr, 0x80108002, 0},
         {pair, u"00:2B", u"1234", phoneNotReached, 0},
         {pair, u"00:1A", u"1234", statusOk, 1},
         {trust, u"00:1A", nullptr, statusOk, 1},
         {search, u"", u"", statusOk, 1, 11},
+        {pair, u"00:3C", u"1234", pairingRefused, 1},
     };
     for (const Step& step : steps) {
         SCOPED_TRACE(&step - steps);
@@ -104,7 +109,7 @@ TEST_F(World, APhoneIsFoundPairedWithItsPasskeyAndListedFromThenOn) {
         if (step.operation == search) {
             EXPECT_EQ(CONNAPI(CONASearchDevices)(devices, 0x2008, 200, &countProgress, &count, &list),
                       step.status);
-            EXPECT_EQ(count, 1U);
+            EXPECT_EQ(count, 2U);
             EXPECT_EQ(recordAt<ConnectionRecord>(list).state, step.state);
             EXPECT_EQ(CONNAPI(CONAFreeDeviceStructure)(count, at(list)), statusOk);
         } else {
@@ -116,10 +121,69 @@ TEST_F(World, APhoneIsFoundPairedWithItsPasskeyAndListedFromThenOn) {
         EXPECT_EQ(count, step.attached);
     }
     EXPECT_GT(progressCalls, 0);
+    EXPECT_THAT(control.run("readJournal").dump(), AllOf(HasSubstr("***"), Not(HasSubstr("1234"))));
     const Json kept = Json::parse(fileContent(folder.path / "bluetooth.json"))["found"][0];
     EXPECT_TRUE(kept["paired"] && kept["trusted"]);
     CONNAPI(CONACloseDM)(devices);
     CONNAPI(DMAPI_Terminate)(0);
+}
+
+Handle searched = 0;
+
+Status closeSearched(Word, Word) {
+    CONNAPI(CONACloseDM)(searched);
+    return statusOk;
+}
+
+TEST_F(World, ASearchThatTheCallerStopsOrWhoseSessionItClosesFindsNothing) {
+    control.run("surroundings", Json::parse(R"({"bluetooth": {"format": 1, "found": [
+        {"deviceName": "late", "address": "00:1A", "reach": "afterSearch", "appearsAfter": 200}]}})"));
+    CONNAPI(DMAPI_Initialize)(30, 0);
+    CONNAPI(CONAOpenDM)(&searched);
+    Word count = 7;
+    ovno2::Address list = 7;
+    const auto search = [&](Word timeout, ovno2::library::signature::SearchProgress progress) {
+        return CONNAPI(CONASearchDevices)(searched, 0x2008, timeout, progress, &count, &list);
+    };
+    const ovno2::library::signature::SearchProgress stop = [](Word, Word) { return Status{1}; };
+    EXPECT_EQ(search(200, stop), 0x80108010);
+    EXPECT_EQ(search(200, closeSearched), 0x80108003);
+    EXPECT_EQ(count, 7U);
+    CONNAPI(CONAOpenDM)(&searched);
+    EXPECT_EQ(search(199, nullptr), statusOk) << "too short for it";
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(CONNAPI(CONAChangeDeviceTrustedState)(searched, 0x400, u"00:1A", nullptr, nullptr),
+              phoneNotReached);
+    CONNAPI(CONACloseDM)(searched);
+    CONNAPI(DMAPI_Terminate)(0);
+    EXPECT_THAT(control.leaks(), IsEmpty());
+}
+
+TEST_F(World, AMediumThatIsSwitchedStaysSoForOthers) {
+    const TemporaryFolder folder;
+    folder.write("one/phone.json", control.plainPhone(annasSerial).dump());
+    control.load(folder.path);
+    CONNAPI(MCAPI_Initialize)(30, 0);
+    Handle media = 0;
+    CONNAPI(CONAOpenMM)(&media, 0);
+    MediaRecord record{sizeof(MediaRecord), ovno2::library::mediumUsb, 0, /*state=*/2, 0, 0, 0};
+    EXPECT_EQ(CONNAPI(CONAMMSetMedia)(media, &record), statusOk);
+    const Json kept = Json::parse(fileContent(folder.path / "media.json"))["media"];
+    ASSERT_EQ(kept.size(), 4U);
+    EXPECT_EQ(kept[3].dump(), R"({"description":"USB","medium":"usb","state":"off"})");
+    control.reset();
+    control.load(folder.path);
+    EXPECT_EQ(control.run("phones")["phones"].size(), 1U);
+    CONNAPI(MCAPI_Initialize)(30, 0);
+    CONNAPI(CONAOpenMM)(&media, 0);
+    folder.write("media.json", R"({"format": 1, "media": [{"medium": "usb", "state": "on"}]})");
+    Word count = 0;
+    ovno2::Address list = 0;
+    EXPECT_EQ(CONNAPI(CONAMMGetMedia)(media, &count, &list), statusOk);
+    EXPECT_EQ(count, 1U) << "what another process has left";
+    EXPECT_EQ(recordAt<MediaRecord>(list).state, 1U);
+    EXPECT_EQ(CONNAPI(CONAMMFreeMediaStructures)(count, at(list)), statusOk);
+    control.reset();
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 // Calling a library function natively: the platform's default convention, arguments as they are.
 #pragma once
 
+// The convention of a function of ours that the library calls.
+#define OVNO2_CALLED_BY_LIBRARY
+
 namespace ovno2::platform {
 
 // The bytes of arguments the callee removed beyond or short of what was pushed; the native convention leaves

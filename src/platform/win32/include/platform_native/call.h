@@ -11,6 +11,9 @@
 #include <cstdint>
 #include <type_traits>
 
+// The convention of a function of ours that the library calls.
+#define OVNO2_CALLED_BY_LIBRARY __stdcall
+
 namespace ovno2::platform {
 
 // The bytes of arguments the callee removed beyond (positive) or short of (negative) what was pushed. 0 when

@@ -1,0 +1,15 @@
+// Secrets do not stay in memory after use.
+#pragma once
+
+#include "base/types.h"
+
+namespace ovno2 {
+
+// Overwrites `length` characters, which the compiler may not leave out.
+inline void wipe(char16_t* text, std::size_t length) noexcept {
+    volatile char16_t* character = text;
+    for (; length != 0; --length)
+        *character++ = 0;
+}
+
+}  // namespace ovno2
