@@ -347,13 +347,9 @@ HRESULT createModule(ComPointer<_covNo2>& module) {
     return result;
 }
 
-// The registry names the folder of an installed library; without one, the simulator beside the program is
-// taken.
+// The registry names the folder of an installed library.
 std::string defaultFolder() {
-    const Text installed = computer::machineValue(u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath");
-    if (!installed.empty()) return toUtf8(installed);
-    const fs::path folder = console::programFolder() / "simulator";
-    return fs::exists(folder / libraryFile("ConnAPI")) ? console::textOf(folder) : std::string();
+    return toUtf8(computer::machineValue(u"SOFTWARE\\PC Connectivity Solution", u"PlatformPath"));
 }
 
 // The module looks for its libraries by name and finds those that the process has loaded.

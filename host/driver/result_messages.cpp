@@ -23,7 +23,7 @@ constexpr const char* connectionLost =
 
 constexpr const char* libraryMissing =
     "The connectivity library was not found. Install the phone maker's connectivity software, or name the "
-    "folder of the library with --connectivity.";
+    "folder of the library with --connectivity. --demo shows everything on a simulated phone.";
 constexpr const char* softwareNotStarted =
     "The connectivity software could not be started, or is not there: install the phone maker's connectivity "
     "software, close other phone programs, and retry. \"ovphone doctor\" tells what is missing.";

@@ -10,42 +10,43 @@ bool isLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-// Characters that roff takes for its own, or would turn into typographic ones. What people type has the
-// hyphen of the keyboard; in a word of prose it may be any.
+// Characters that roff takes for its own, or would turn into typographic ones.
+std::string escaped(char c, bool beginsLine) {
+    switch (c) {
+        case '\\':
+            return "\\e";
+        case '\'':
+            return "\\(aq";
+        case '"':
+            return "\\(dq";
+        case '`':
+            return "\\(ga";
+        case '^':
+            return "\\(ha";
+        case '~':
+            return "\\(ti";
+        case '-':
+            return "\\-";
+        case '.':
+            return beginsLine ? "\\&." : ".";
+        default:
+            return {c};
+    }
+}
+
 std::string escaped(const std::string& text) {
     std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        result += escaped(text[i], i == 0 || text[i - 1] == '\n');
+    return result;
+}
+
+// The hyphen within a word is a hyphen; what people type has the sign of the keyboard.
+std::string prose(const std::string& text) {
+    std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        const bool isStart = i == 0 || text[i - 1] == '\n';
         const bool isInWord = i > 0 && isLetter(text[i - 1]) && i + 1 < text.size() && isLetter(text[i + 1]);
-        switch (c) {
-            case '\\':
-                result += "\\e";
-                break;
-            case '\'':
-                result += "\\(aq";
-                break;
-            case '"':
-                result += "\\(dq";
-                break;
-            case '`':
-                result += "\\(ga";
-                break;
-            case '^':
-                result += "\\(ha";
-                break;
-            case '~':
-                result += "\\(ti";
-                break;
-            case '-':
-                result += isInWord ? "-" : "\\-";
-                break;
-            case '.':
-                result += isStart ? "\\&." : ".";
-                break;
-            default:
-                result += c;
-        }
+        result += isInWord && text[i] == '-' ? "-" : escaped(text[i], i == 0 || text[i - 1] == '\n');
     }
     return result;
 }
@@ -114,7 +115,7 @@ std::string asRoff(const std::string& paragraph) {
         }
         if (!indented.empty()) text += literal(indented) + ".PP\n";
         indented.clear();
-        text += escaped(line) + "\n";
+        text += prose(line) + "\n";
     }
     return indented.empty() ? text : text + literal(indented);
 }
@@ -128,7 +129,7 @@ std::string described(const OptionText& option) {
     for (const std::string& name : option.names)
         names.push_back(option.names[0].starts_with('-') ? bold(name) : italic(name));
     return ".TP\n" + joined(names, ", ") + (option.value.empty() ? "" : " " + italic(option.value)) + "\n" +
-           escaped(option.description) +
+           prose(option.description) +
            (option.defaultValue.empty() ? "" : " (default: " + escaped(option.defaultValue) + ")") + "\n";
 }
 
@@ -162,11 +163,11 @@ std::string begin(const CommandText& command, const ManualEdition& edition) {
         c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
     return ".TH " + capitals + " 1 \"" + edition.date + "\" \"ovNo2 " + edition.version +
            "\" \"User Commands\"\n" + heading("NAME") + escaped(pageName(command)) + " \\- " +
-           escaped(inLine(command.description)) + "\n" + heading("SYNOPSIS");
+           prose(inLine(command.description)) + "\n" + heading("SYNOPSIS");
 }
 
 std::string asSentence(const std::string& description) {
-    return escaped(description) + (description.ends_with('.') ? "\n" : ".\n");
+    return prose(description) + (description.ends_with('.') ? "\n" : ".\n");
 }
 
 std::string description(const CommandText& command, const Ending& ending) {
@@ -179,7 +180,7 @@ std::string description(const CommandText& command, const Ending& ending) {
 std::string end(const CommandText& program, const std::vector<std::string>& pages) {
     const std::string status = endingOf(program).exitStatus;
     std::string text;
-    if (!status.empty()) text += heading("EXIT STATUS") + escaped(status) + "\n";
+    if (!status.empty()) text += heading("EXIT STATUS") + prose(status) + "\n";
     if (!pages.empty()) text += heading("SEE ALSO");
     for (std::size_t i = 0; i < pages.size(); ++i)
         text += ".BR " + escaped(pages[i]) + " (1)" + (i + 1 < pages.size() ? "," : "") + "\n";

@@ -22,14 +22,15 @@ void makeOwn(const fs::path& image) {
 }  // namespace
 
 fs::path simulatorFolder() {
-    const fs::path folder = console::programFolder() / "simulator";
+    fs::path folder = console::programFolder() / "simulator";
     if (fs::is_directory(folder)) return folder;
     throw CommandFailure{
         failed, "The demo phone is not installed: there is no folder \"" + console::textOf(folder) + "\"."};
 }
 
 fs::path demoPhones() {
-    const fs::path phones = console::stateFolder() / "phones", phone = phones / "demo";
+    fs::path phones = console::stateFolder() / "phones";
+    const fs::path phone = phones / "demo";
     if (fs::exists(phone)) return phones;
     const fs::path original = simulatorFolder() / "phones" / "demo";
     if (!fs::exists(original / "phone.json"))

@@ -79,8 +79,11 @@ bool readable(const void* memory, std::size_t bytes) {
 
 std::optional<std::string> environment(const char* name) {
     const std::wstring wideName(name, name + std::char_traits<char>::length(name));
-    const wchar_t* const value = ::_wgetenv(wideName.c_str());
-    if (value == nullptr) return std::nullopt;
+    // As it is now: the C library keeps the environment with which the program began.
+    std::wstring value(32768, L'\0');
+    ::SetLastError(ERROR_SUCCESS);
+    value.resize(::GetEnvironmentVariableW(wideName.c_str(), value.data(), static_cast<DWORD>(value.size())));
+    if (value.empty() && ::GetLastError() == ERROR_ENVVAR_NOT_FOUND) return std::nullopt;
     const std::u8string text = std::filesystem::path(value).u8string();
     return std::string(text.begin(), text.end());
 }

@@ -20,7 +20,8 @@ struct Outcome {
     std::string errors;
 };
 
-inline std::string contentOf(const fs::path& file) {
+// Every source has its own: the host has another function of this name.
+[[maybe_unused]] static std::string contentOf(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }

@@ -185,6 +185,26 @@ TEST_F(Ovphone, SaysWhatIsWrongAndWhatToDo) {
     EXPECT_THAT(run("--version").output, StartsWith("ovphone "));
 }
 
+TEST_F(Ovphone, DemoAttachesAPhoneThatIsTheUsersOwn) {
+    const std::string demo = "'" OVPHONE "' list --demo";
+    const Outcome both = runLine("sh -c \"" + demo + " & " + demo + "; wait\"");
+    EXPECT_THAT(both.errors, HasSubstr("To begin anew, delete"));
+    EXPECT_EQ(2u, items("list --demo").size());  // one phone, attached in two ways
+    EXPECT_EQ(0, run("contacts add --demo firstName=Berta").status);
+    EXPECT_THAT(run("--demo contacts show Berta").output, HasSubstr("Berta"));
+    const fs::path own = folder.path() / "home" / "ovphone" / "phones";
+    EXPECT_EQ(1, std::distance(fs::directory_iterator(own), {}));  // nothing of the second copy
+    EXPECT_EQ(fs::perms::owner_all, fs::status(own / "demo").permissions());
+    EXPECT_EQ(contentOf(fs::path(BUNDLED_PHONES) / "demo" / "messages.json"),
+              contentOf(own / "demo" / "messages.json"));
+    EXPECT_THAT(contentOf(fs::path(BUNDLED_PHONES) / "demo" / "contacts.json"), Not(HasSubstr("Berta")));
+    EXPECT_EQ(2, run("list --demo --connectivity lib").status);
+    std::ofstream(folder.path() / "file");
+    const Outcome noPlace = runLine("OVNO2_HOME=file '" OVPHONE "' list --demo");
+    EXPECT_EQ(1, noPlace.status);
+    EXPECT_THAT(noPlace.errors, HasSubstr("Not a directory"));
+}
+
 TEST_F(Ovphone, SwitchesTheLogAndFollowsIt) {
     const fs::path log = folder.path() / "module.log";
     EXPECT_EQ("The log is off, level 0.\nIt has no file.\n", run("log").output);
