@@ -81,13 +81,6 @@ bool losesRepeats(const CalendarEntry& entry) {
     });
 }
 
-std::string joined(const std::vector<std::string>& parts) {
-    std::string text;
-    for (const std::string& part : parts)
-        text += (text.empty() ? "" : "; ") + part;
-    return forPerson(text);
-}
-
 // Rules that only this phone does not keep are wide ones on it, unless it has them already.
 void widen(std::vector<CalendarEntry>& entries, const AttachedPhones& phones, const KnownEntries& known) {
     for (CalendarEntry& entry : entries) {
@@ -149,30 +142,27 @@ void importCalendar(const Context& context, const ImportOptions& wanted) {
         expand(file.entries, dayFrom("--expand-until", wanted.expandUntil));
     }
     std::vector<CalendarChange> changes;
-    std::size_t unchanged = 0, refused = 0;
+    std::vector<ReportedItem> reported;  // all entries of the file
+    std::vector<std::size_t> places;     // of the changes among them
+    reported.reserve(file.entries.size());
     const Text calendar = calendarNamed(calendars.names, wanted.calendar);
     std::set<Text> homeless;  // calendars that the phone has not got
     for (CalendarEntry& entry : file.entries) {
-        if (!entry.unplaced.empty())
-            note("ovphone: " + forPerson(titleOf(entry)) + ": the phone has no place for " +
-                 joined(entry.unplaced));
+        ReportedItem& item = reported.emplace_back(ReportedItem{.title = titleOf(entry)});
+        item.unplaced = entry.unplaced;
         if (losesRepeats(entry)) {
-            note("ovphone: " + forPerson(titleOf(entry)) +
-                 ": not written, since it would repeat otherwise there." +
-                 (entry.wideRule && wanted.expandUntil.empty()
-                      ? " \"--expand-until DAY\" makes single entries of it."
-                      : ""));
-            ++refused;
+            item.result = ReportedItem::Result::failed;
+            item.message = "Not written, since it would repeat otherwise there.";
+            if (entry.wideRule && wanted.expandUntil.empty())
+                item.message += " \"--expand-until DAY\" makes single entries of it.";
             continue;
         }
         if (!wanted.calendar.empty())
             entry.calendar = calendar;
         else if (std::ranges::find(calendars.names, entry.calendar) == calendars.names.end())
             homeless.insert(std::exchange(entry.calendar, {}));
-        if (known.takeSame(asPhonesKeepIt(entry))) {
-            ++unchanged;
-            continue;
-        }
+        if (known.takeSame(asPhonesKeepIt(entry))) continue;
+        places.push_back(reported.size() - 1);
         const CalendarEntry* const before = known.withUid(entry.uid);
         if (entry.calendar.empty())
             entry.calendar = before                    ? before->calendar
@@ -189,22 +179,28 @@ void importCalendar(const Context& context, const ImportOptions& wanted) {
         note("ovphone: The phone has no calendar \"" + toUtf8(name) +
              "\": new entries of it go to the first one. \"ovphone calendar mkdir\" makes it.");
     refuseWhatIsNotKept(phones, phone, changes);
-    if (!wanted.dryRun) carryOut(phones, phone, calendars, changes);
-    std::size_t added = 0, changed = 0, bad = refused;
-    for (const CalendarChange& change : changes) {
-        const bool isNew = change.kind == CalendarChange::Kind::add;
-        if (!change.isDone())
-            note("ovphone: " + forPerson(titleOf(change.after)) + ": " + change.failure);
-        else if (wanted.verbose || wanted.dryRun)
-            write(std::string(wanted.dryRun ? "would be " : "") + (isNew ? "added: " : "changed: ") +
-                  titleOf(change.after) + "\n");
-        ++(!change.isDone() ? bad : isNew ? added : changed);
+    const auto report = [&](const std::string& failure) {
+        for (std::size_t i = 0; i < changes.size(); ++i) {
+            ReportedItem& item = reported[places[i]];
+            std::vector<std::string> unplaced = std::move(item.unplaced);
+            item = reportedOf(changes[i]);
+            item.unplaced = std::move(unplaced);
+        }
+        if (!failure.empty()) failAll(reported, failure);
+        reportChanges(reported, {context.asJson(), wanted.dryRun, wanted.verbose});
+    };
+    if (!wanted.dryRun) {
+        try {
+            carryOut(phones, phone, calendars, changes);
+        } catch (const CommandFailure& failure) {
+            if (context.asJson()) report(failure.message);
+            throw;
+        }
     }
-    if (!isQuiet())
-        write(std::to_string(added) + (wanted.dryRun ? " would be added, " : " added, ") +
-              std::to_string(changed) + (wanted.dryRun ? " would be changed, " : " changed, ") +
-              std::to_string(unchanged) + " unchanged, " + std::to_string(bad) + " failed\n");
-    if (bad != 0 || !file.problems.empty()) throw CommandFailure{failed, {}};
+    report({});
+    if (!file.problems.empty() ||
+        std::ranges::count(reported, ReportedItem::Result::failed, &ReportedItem::result) != 0)
+        throw CommandFailure{failed, {}};
 }
 
 }  // namespace
