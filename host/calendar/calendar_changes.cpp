@@ -150,6 +150,20 @@ std::string titleOf(const CalendarEntry& entry) {
     return toUtf8(title);
 }
 
+ReportedItem reportedOf(const CalendarChange& change) {
+    using Result = ReportedItem::Result;
+    constexpr Result results[] = {Result::added, Result::changed, Result::removed};
+    ReportedItem item{
+        .title = titleOf(change.entry()),
+        .result = change.isDone() ? results[static_cast<std::size_t>(change.kind)] : Result::failed,
+        .uid = change.before.uid,
+        .message = change.failure};
+    if (change.kind == Kind::change)
+        for (const std::string& name : differences(asPhonesKeepIt(change.after), change.before))
+            item.fields += (item.fields.empty() ? "" : ", ") + name;
+    return item;
+}
+
 bool keepsRule(const AttachedPhones& phones, const CalendarEntry& entry) {
     constexpr Single firstVersionWithWeekdays = 36;
     return !entry.rule.starts_with(u"MD") ||

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "host/calendar/calendar_store.h"
+#include "host/output/change_report.h"
 
 namespace ovno2::host {
 
@@ -23,6 +24,9 @@ struct CalendarChange {
 
 // What messages call an entry: its summary and when it begins. UTF-8.
 std::string titleOf(const CalendarEntry& entry);
+
+// What became of it; "fields" are those that differ.
+ReportedItem reportedOf(const CalendarChange& change);
 
 // Whether the phone's software keeps the rule of a new entry: libraries that keep weekdays make the weekday
 // of the start out of every monthly rule by the day.

@@ -61,7 +61,7 @@ CalendarImport planImport(std::vector<CalendarEntry> entries, const AttachedPhon
         imported.unplaced = entry.unplaced;
         imported.hasWideRule = entry.wideRule.has_value();
         if (losesRepeats(entry)) {
-            imported.refusal = "not written, since it would repeat otherwise there.";
+            imported.refusal = "Not written, since it would repeat otherwise there.";
             continue;
         }
         if (std::ranges::find(calendars.names, entry.calendar) == calendars.names.end())

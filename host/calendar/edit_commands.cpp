@@ -41,25 +41,42 @@ std::string counted(std::size_t count) {
     return std::to_string(count) + (count == 1 ? " entry " : " entries ");
 }
 
+void reportAsJson(const std::vector<CalendarChange>& changes, bool dryRun, const std::string& failure = {}) {
+    std::vector<ReportedItem> items;
+    items.reserve(changes.size());
+    for (const CalendarChange& change : changes) {
+        items.push_back(reportedOf(change));
+        const bool isSame = change.kind == CalendarChange::Kind::change && items.back().fields.empty();
+        if (isSame && change.isDone()) items.back().result = ReportedItem::Result::unchanged;
+    }
+    if (!failure.empty()) failAll(items, failure);
+    writeChangesAsJson(items, dryRun);
+}
+
 void carryOutAll(const AttachedPhones& phones, const ListedPhone& phone, const PhoneCalendars& calendars,
-                 std::vector<CalendarChange>& changes, const EditOptions& wanted) {
+                 std::vector<CalendarChange>& changes, const Context& context, const EditOptions& wanted) {
     const std::string where = verbOf(changes.front().kind) + titleOf(phone) + ".";
     refuseWhatIsNotKept(phones, phone, changes);
     if (wanted.dryRun && changes.front().isDone()) {
+        if (context.asJson()) return reportAsJson(changes, wanted.dryRun);
         for (const CalendarChange& change : changes)
             write(inFull(change.entry(), pageWidth) + "\n");
         note(counted(changes.size()) + "would be " + where);
         return;
     }
-    carryOut(phones, phone, calendars, changes);
-    std::size_t done = 0;
-    for (const CalendarChange& change : changes) {
-        if (change.isDone())
-            ++done;
-        else
-            note("ovphone: " + titleOf(change.entry()) + ": " + change.failure);
+    try {
+        carryOut(phones, phone, calendars, changes);
+    } catch (const CommandFailure& failure) {
+        if (context.asJson()) reportAsJson(changes, wanted.dryRun, failure.message);
+        throw;
     }
-    note(counted(done) + where);
+    if (context.asJson()) reportAsJson(changes, wanted.dryRun);
+    const auto done = static_cast<std::size_t>(std::ranges::count_if(changes, &CalendarChange::isDone));
+    if (!context.asJson()) {
+        for (const CalendarChange& change : changes)
+            if (!change.isDone()) note("ovphone: " + titleOf(change.entry()) + ": " + change.failure);
+        note(counted(done) + where);
+    }
     if (done != changes.size()) throw CommandFailure{failed, {}};
 }
 
@@ -92,7 +109,7 @@ void addEntry(const Context& context, const EditOptions& wanted) {
     changes.reserve(entries.size());
     for (CalendarEntry& one : entries)
         changes.push_back({.after = std::move(one)});
-    carryOutAll(phones, phone, calendars, changes, wanted);
+    carryOutAll(phones, phone, calendars, changes, context, wanted);
 }
 
 void editEntry(const Context& context, const EditOptions& wanted) {
@@ -103,7 +120,7 @@ void editEntry(const Context& context, const EditOptions& wanted) {
     std::vector<CalendarChange> changes{
         {.kind = CalendarChange::Kind::change, .before = entry, .after = entry}};
     assignFields(changes[0].after, wanted.words, calendars.names, {});
-    carryOutAll(phones, phone, calendars, changes, wanted);
+    carryOutAll(phones, phone, calendars, changes, context, wanted);
 }
 
 void removeEntries(const Context& context, const EditOptions& wanted) {
@@ -117,7 +134,7 @@ void removeEntries(const Context& context, const EditOptions& wanted) {
     changes.reserve(chosen.size());
     for (const CalendarEntry* const entry : chosen)
         changes.push_back({.kind = CalendarChange::Kind::remove, .before = *entry});
-    carryOutAll(phones, phone, calendars, changes, wanted);
+    carryOutAll(phones, phone, calendars, changes, context, wanted);
 }
 
 }  // namespace

@@ -28,13 +28,6 @@ struct ImportOptions {
     bool verbose = false;
 };
 
-std::string joined(const std::vector<std::string>& parts) {
-    std::string text;
-    for (const std::string& part : parts)
-        text += (text.empty() ? "" : "; ") + part;
-    return forPerson(text);
-}
-
 // Rules that only this phone does not keep are wide ones on it, unless it has them already.
 void widen(std::vector<CalendarEntry>& entries, const AttachedPhones& phones, const KnownEntries& known) {
     for (CalendarEntry& entry : entries) {
@@ -75,6 +68,23 @@ Text calendarNamed(const std::vector<Text>& names, const std::string& wanted) {
         failed, "The phone has no calendar \"" + wanted + "\"; \"ovphone calendar mkdir\" makes one."};
 }
 
+// What became of all entries of the file.
+std::vector<ReportedItem> reportedOf(const CalendarImport& import, bool tellOfSingleEntries) {
+    std::vector<ReportedItem> items;
+    items.reserve(import.entries.size());
+    for (const ImportedEntry& entry : import.entries) {
+        ReportedItem& item = items.emplace_back(ReportedItem{.title = entry.title});
+        if (entry.change != ImportedEntry::none) item = reportedOf(import.changes[entry.change]);
+        item.unplaced = entry.unplaced;
+        if (entry.refusal.empty()) continue;
+        item.result = ReportedItem::Result::failed;
+        item.message = entry.refusal;
+        if (entry.hasWideRule && tellOfSingleEntries)
+            item.message += " \"--expand-until DAY\" makes single entries of it.";
+    }
+    return items;
+}
+
 void importCalendar(const Context& context, const ImportOptions& wanted) {
     CalendarFile file = readCalendarFile(readInputFile(wanted.file), inputName(wanted.file), wanted.charset);
     for (const std::string& problem : file.problems)
@@ -99,37 +109,24 @@ void importCalendar(const Context& context, const ImportOptions& wanted) {
         for (CalendarEntry& entry : file.entries)
             entry.calendar = calendar;
     CalendarImport import = planImport(std::move(file.entries), phones, phone, calendars);
-    std::size_t unchanged = 0, refused = 0;
-    for (const ImportedEntry& entry : import.entries) {
-        const std::string title = "ovphone: " + forPerson(entry.title) + ": ";
-        if (!entry.unplaced.empty()) note(title + "the phone has no place for " + joined(entry.unplaced));
-        if (!entry.refusal.empty())
-            note(title + entry.refusal +
-                 (entry.hasWideRule && wanted.expandUntil.empty()
-                      ? " \"--expand-until DAY\" makes single entries of it."
-                      : ""));
-        unchanged += entry.isThere() ? 1 : 0;
-        refused += entry.refusal.empty() ? 0 : 1;
-    }
     for (const Text& name : import.homeless)
         note("ovphone: The phone has no calendar \"" + toUtf8(name) +
              "\": new entries of it go to the first one. \"ovphone calendar mkdir\" makes it.");
-    if (!wanted.dryRun) carryOut(phones, phone, calendars, import.changes);
-    std::size_t added = 0, changed = 0, bad = refused;
-    for (const CalendarChange& change : import.changes) {
-        const bool isNew = change.kind == CalendarChange::Kind::add;
-        if (!change.isDone())
-            note("ovphone: " + forPerson(titleOf(change.after)) + ": " + change.failure);
-        else if (wanted.verbose || wanted.dryRun)
-            write(std::string(wanted.dryRun ? "would be " : "") + (isNew ? "added: " : "changed: ") +
-                  titleOf(change.after) + "\n");
-        ++(!change.isDone() ? bad : isNew ? added : changed);
+    const auto report = [&](const std::string& failure) {
+        std::vector<ReportedItem> items = reportedOf(import, wanted.expandUntil.empty());
+        if (!failure.empty()) failAll(items, failure);
+        reportChanges(items, {context.asJson(), wanted.dryRun, wanted.verbose});
+        return std::ranges::count(items, ReportedItem::Result::failed, &ReportedItem::result) == 0;
+    };
+    if (!wanted.dryRun) {
+        try {
+            carryOut(phones, phone, calendars, import.changes);
+        } catch (const CommandFailure& failure) {
+            if (context.asJson()) report(failure.message);
+            throw;
+        }
     }
-    if (!isQuiet())
-        write(std::to_string(added) + (wanted.dryRun ? " would be added, " : " added, ") +
-              std::to_string(changed) + (wanted.dryRun ? " would be changed, " : " changed, ") +
-              std::to_string(unchanged) + " unchanged, " + std::to_string(bad) + " failed\n");
-    if (bad != 0 || !file.problems.empty()) throw CommandFailure{failed, {}};
+    if (!report({}) || !file.problems.empty()) throw CommandFailure{failed, {}};
 }
 
 }  // namespace

@@ -2,12 +2,49 @@
 
 #include <iostream>
 #include <iterator>
+#include <set>
 
 #include "host/driver/result_messages.h"
 #include "host/output/command_output.h"
 #include "host/output/exit_status.h"
 
 namespace ovno2::host {
+
+void tellDone(bool asJson, std::span<const ReportedItem> items, bool dryRun, const std::string& text) {
+    if (asJson)
+        writeChangesAsJson(items, dryRun);
+    else
+        note(text);
+}
+
+void tellFailure(bool asJson, std::span<ReportedItem> items, const std::function<void()>& step) {
+    try {
+        step();
+    } catch (const CommandFailure& failure) {
+        failAll(items, failure.message);
+        if (asJson) writeChangesAsJson(items, /*dryRun=*/false);
+        throw;
+    }
+}
+
+std::size_t failThoseStillThere(std::span<ReportedItem> removed, std::span<const Text> uids) {
+    const std::set<TextView> there(uids.begin(), uids.end());
+    std::size_t staying = 0;
+    for (ReportedItem& item : removed)
+        if (there.contains(item.uid)) {
+            item.result = ReportedItem::Result::failed;
+            item.message = "It is still there.";
+            ++staying;
+        }
+    return staying;
+}
+
+std::string beginOf(TextView text) {
+    constexpr std::size_t longest = 40;
+    const TextView line = text.substr(0, text.find_first_of(u"\r\n"));
+    return toUtf8(line.substr(0, longest)) +
+           (line.size() < text.size() || line.size() > longest ? "..." : "");
+}
 
 void carryOut(const AttachedPhones& phones, const ListedPhone& phone, std::span<const DataChange> changes) {
     PhoneDriver& driver = phones.driver();

@@ -4,11 +4,24 @@
 #include <functional>
 #include <span>
 
+#include "host/output/change_report.h"
 #include "host/phones/attached_phones.h"
 
 namespace ovno2::host {
 
 using DataChange = std::function<Long(PhoneDriver&)>;
+
+// Says what was done with the items: a JSON array (change_report.h), or `text` for people.
+void tellDone(bool asJson, std::span<const ReportedItem> items, bool dryRun, const std::string& text);
+
+// Carries out a step with them; the JSON of one that throws CommandFailure says so of each.
+void tellFailure(bool asJson, std::span<ReportedItem> items, const std::function<void()>& step);
+
+// Gives those that the phone still has, `uids`, a failure; says how many.
+std::size_t failThoseStillThere(std::span<ReportedItem> removed, std::span<const Text> uids);
+
+// The first line of a text, for messages; UTF-8.
+std::string beginOf(TextView text);
 
 // Asks for changes of one store, of messages those of one folder, and has the phone keep them. Throws
 // CommandFailure when it refuses one of them: then it has kept none.

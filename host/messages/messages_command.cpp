@@ -162,27 +162,30 @@ void sendMessage(const Context& context, const MessagesOptions& wanted) {
     const ListedPhone& phone = phones.chosen(Purpose::change);
     const std::vector<Text> recipients = recipientsOf(phones, phone, wanted.recipients);
     const std::string to = toUtf8(join(recipients, u','));
-    if (wanted.dryRun) {
-        note("Would be put into the outbox of " + titleOf(phone) + ", to " + to + ".");
-        return;
-    }
+    ReportedItem sent{.title = "to " + to, .result = ReportedItem::Result::added};
+    if (wanted.dryRun)
+        return tellDone(context.asJson(), {&sent, 1}, wanted.dryRun,
+                        "Would be put into the outbox of " + titleOf(phone) + ", to " + to + ".");
     std::set<Text> before;
     for (const Message& message : readMessages(phones, phone).items)
         before.insert(message.uid);
-    carryOut(phones, phone, std::vector<DataChange>{[&](PhoneDriver& driver) {
-                 return driver.writeMessage(phone, recipients, text);
-             }});
-    const ItemList<Message> now = readMessages(phones, phone);
-    const auto arrived = std::ranges::find_if(now.items, [&](const Message& message) {
-        return !before.contains(message.uid) && message.addresses == recipients;
+    std::optional<Message> arrived;
+    tellFailure(context.asJson(), {&sent, 1}, [&] {
+        carryOut(phones, phone, std::vector<DataChange>{[&](PhoneDriver& driver) {
+                     return driver.writeMessage(phone, recipients, text);
+                 }});
+        for (const Message& message : readMessages(phones, phone).items)
+            if (!arrived && !before.contains(message.uid) && message.addresses == recipients)
+                arrived = message;
+        if (!arrived)
+            throw CommandFailure{failed, titleOf(phone) +
+                                             " took the message, but it is not among its messages now. See "
+                                             "on the phone whether it has been sent already."};
     });
-    if (arrived == now.items.end())
-        throw CommandFailure{failed,
-                             titleOf(phone) +
-                                 " took the message, but it is not among its messages now. See on the "
-                                 "phone whether it has been sent already."};
-    note("The message to " + to + " lies in the folder " + toUtf8(arrived->folder) + " of " + titleOf(phone) +
-         ". The phone decides when it is sent.");
+    sent.uid = arrived->uid;
+    tellDone(context.asJson(), {&sent, 1}, wanted.dryRun,
+             "The message to " + to + " lies in the folder " + toUtf8(arrived->folder) + " of " +
+                 titleOf(phone) + ". The phone decides when it is sent.");
 }
 
 void removeMessages(const Context& context, const MessagesOptions& wanted) {
@@ -195,16 +198,17 @@ void removeMessages(const Context& context, const MessagesOptions& wanted) {
         uids.push_back(message.uid);
     // A session deletes from one folder.
     std::map<std::pair<DataStore, Text>, std::set<Text>> byFolder;
-    std::set<Text> chosen;
+    std::vector<ReportedItem> removed;
     for (const std::string& word : wanted.words) {
         const Message& message = list.items[placeOf(uids, word, "message")];
-        byFolder[{message.store, message.folderId}].insert(message.uid);
-        chosen.insert(message.uid);
+        if (byFolder[{message.store, message.folderId}].insert(message.uid).second)
+            removed.push_back({.title = beginOf(message.text),
+                               .result = ReportedItem::Result::removed,
+                               .uid = message.uid});
     }
-    if (wanted.dryRun) {
-        note(counted(chosen.size()) + " would be deleted from " + titleOf(phone) + ".");
-        return;
-    }
+    if (wanted.dryRun)
+        return tellDone(context.asJson(), removed, wanted.dryRun,
+                        counted(removed.size()) + " would be deleted from " + titleOf(phone) + ".");
     for (const auto& [folder, inIt] : byFolder) {
         std::vector<DataChange> changes;
         changes.reserve(inIt.size());
@@ -212,12 +216,14 @@ void removeMessages(const Context& context, const MessagesOptions& wanted) {
             changes.emplace_back([&phone, &place = folder, &uid](PhoneDriver& driver) {
                 return driver.deleteMessage(phone, place.first, place.second, uid);
             });
-        carryOut(phones, phone, changes);
+        tellFailure(context.asJson(), removed, [&] { carryOut(phones, phone, changes); });
     }
-    std::size_t staying = 0;
+    uids.clear();
     for (const Message& message : readMessages(phones, phone).items)
-        staying += chosen.contains(message.uid) ? 1 : 0;
-    note(counted(chosen.size() - staying) + " deleted from " + titleOf(phone) + ".");
+        uids.push_back(message.uid);
+    const std::size_t staying = failThoseStillThere(removed, uids);
+    tellDone(context.asJson(), removed, wanted.dryRun,
+             counted(removed.size() - staying) + " deleted from " + titleOf(phone) + ".");
     if (staying != 0) throw CommandFailure{failed, counted(staying) + " still there."};
 }
 

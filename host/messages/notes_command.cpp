@@ -147,14 +147,16 @@ void addNote(const Context& context, const NotesOptions& wanted) {
     const Text text = noteText(wanted);
     const AttachedPhones phones(context);
     const ListedPhone& phone = phones.chosen(Purpose::change);
-    if (wanted.dryRun) {
-        note("A note of " + std::to_string(text.size()) + " characters would be added to " + titleOf(phone) +
-             ".");
-        return;
-    }
+    ReportedItem added{.title = beginOf(text), .result = ReportedItem::Result::added};
+    if (wanted.dryRun)
+        return tellDone(context.asJson(), {&added, 1}, wanted.dryRun,
+                        "A note of " + std::to_string(text.size()) + " characters would be added to " +
+                            titleOf(phone) + ".");
     const std::vector<Text> uids = uidsOf(readNotes(phones, phone).items);
-    writeNote(phones, phone, /*uid=*/{}, text, std::set<Text>(uids.begin(), uids.end()));
-    note("1 note added to " + titleOf(phone) + ".");
+    tellFailure(context.asJson(), {&added, 1}, [&] {
+        writeNote(phones, phone, /*uid=*/{}, text, std::set<Text>(uids.begin(), uids.end()));
+    });
+    tellDone(context.asJson(), {&added, 1}, wanted.dryRun, "1 note added to " + titleOf(phone) + ".");
 }
 
 void editNote(const Context& context, const NotesOptions& wanted) {
@@ -163,36 +165,42 @@ void editNote(const Context& context, const NotesOptions& wanted) {
     const ListedPhone& phone = phones.chosen(Purpose::change);
     const std::vector<Text> uids = uidsOf(readNotes(phones, phone).items);
     const Text& uid = uids[placeOf(uids, wanted.id, "note")];
-    if (wanted.dryRun) {
-        note("The note " + toUtf8(uid) + " of " + titleOf(phone) + " would be changed.");
-        return;
-    }
+    ReportedItem changed{
+        .title = beginOf(text), .result = ReportedItem::Result::changed, .uid = uid, .fields = "text"};
+    if (wanted.dryRun)
+        return tellDone(context.asJson(), {&changed, 1}, wanted.dryRun,
+                        "The note " + toUtf8(uid) + " of " + titleOf(phone) + " would be changed.");
     std::set<Text> others(uids.begin(), uids.end());
     others.erase(uid);
-    writeNote(phones, phone, uid, text, others);
-    note("1 note changed on " + titleOf(phone) + ".");
+    tellFailure(context.asJson(), {&changed, 1}, [&] { writeNote(phones, phone, uid, text, others); });
+    tellDone(context.asJson(), {&changed, 1}, wanted.dryRun, "1 note changed on " + titleOf(phone) + ".");
 }
 
 void removeNotes(const Context& context, const NotesOptions& wanted) {
     const AttachedPhones phones(context);
     const ListedPhone& phone = phones.chosen(Purpose::change);
-    const std::vector<Text> uids = uidsOf(readNotes(phones, phone).items);
+    const std::vector<Note> notes = readNotes(phones, phone).items;
+    const std::vector<Text> uids = uidsOf(notes);
     std::set<Text> chosen;
-    for (const std::string& word : wanted.words)
-        chosen.insert(uids[placeOf(uids, word, "note")]);
-    if (wanted.dryRun) {
-        note(counted(chosen.size()) + " would be deleted from " + titleOf(phone) + ".");
-        return;
+    std::vector<ReportedItem> removed;
+    for (const std::string& word : wanted.words) {
+        const Note& one = notes[placeOf(uids, word, "note")];
+        if (chosen.insert(one.uid).second)
+            removed.push_back(
+                {.title = beginOf(one.text), .result = ReportedItem::Result::removed, .uid = one.uid});
     }
+    if (wanted.dryRun)
+        return tellDone(context.asJson(), removed, wanted.dryRun,
+                        counted(chosen.size()) + " would be deleted from " + titleOf(phone) + ".");
     std::vector<DataChange> changes;
     changes.reserve(chosen.size());
     for (const Text& uid : chosen)
         changes.emplace_back([&phone, &uid](PhoneDriver& driver) { return driver.deleteNote(phone, uid); });
-    carryOut(phones, phone, changes);
-    std::size_t staying = 0;
-    for (const Text& uid : uidsOf(readNotes(phones, phone).items))
-        staying += chosen.contains(uid) ? 1 : 0;
-    note(counted(chosen.size() - staying) + " deleted from " + titleOf(phone) + ".");
+    tellFailure(context.asJson(), removed, [&] { carryOut(phones, phone, changes); });
+    const std::vector<Text> now = uidsOf(readNotes(phones, phone).items);
+    const std::size_t staying = failThoseStillThere(removed, now);
+    tellDone(context.asJson(), removed, wanted.dryRun,
+             counted(chosen.size() - staying) + " deleted from " + titleOf(phone) + ".");
     if (staying != 0) throw CommandFailure{failed, counted(staying) + " still there."};
 }
 

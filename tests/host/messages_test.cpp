@@ -9,6 +9,7 @@ namespace ovno2::host {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -101,15 +102,18 @@ TEST_F(OvphoneMessages, ChangesAreKeptAndLookedFor) {
     expectOutcome({"messages send '' x", 2, "Nobody is named"});
     expectOutcome({"messages send 123 ' '", 2, "The text is empty"});
 
-    EXPECT_EQ(0, run("notes add 'Milch | Brot'").status);
+    EXPECT_THAT(items("notes add 'Milch | Brot'"),
+                ElementsAre(R"({"name":"Milch | Brot","result":"added"})"));
     const std::string note = json("notes show 'Milch | Brot'");
     EXPECT_THAT(note, HasSubstr(R"("text":"Milch | Brot")"));
     EXPECT_EQ(505u, items("messages").size());
     // What the phone refuses is not done.
     for (const char* const call : {"CAWriteItem", "CACommitOperations"}) {
-        const Outcome refused = run("messages send 123 x", std::string(R"([{"command": "fault", "call": ")") +
-                                                               call + R"(", "status": "0x80100010"}])");
+        const Outcome refused =
+            run("messages send 123 x --format json",
+                std::string(R"([{"command": "fault", "call": ")") + call + R"(", "status": "0x80100010"}])");
         EXPECT_EQ(1, refused.status);
+        EXPECT_THAT(refused.output, HasSubstr(R"({"name":"to 123","result":"failed","message":)"));
         EXPECT_THAT(refused.errors, HasSubstr("Nothing was changed on the phone."));
     }
     EXPECT_EQ(505u, items("messages").size());
