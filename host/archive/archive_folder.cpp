@@ -101,8 +101,9 @@ void ArchiveFolder::require(const ListedPhone& phone) {
             fail({}, "it is not empty, and no archive of a phone. Choose a new folder.");
         return;
     }
-    const auto known = readJson(details ? *details : *mark);
-    const rapidjson::Value* const whose = known ? findMember(*known, "phone") : nullptr;
+    rapidjson::Document known, begun;
+    const rapidjson::Value* const whose =
+        readJson(details ? *details : *mark, known) ? findMember(known, "phone") : nullptr;
     if (!whose)
         fail({}, std::string("whose archive it is cannot be told: ") +
                      (details ? archive::phone : archive::unfinished) + " in it is damaged.");
@@ -110,8 +111,7 @@ void ArchiveFolder::require(const ListedPhone& phone) {
     if (serial != toUtf8(phone.serial) || (serial.empty() && model != toUtf8(phone.model)))
         fail({}, "it is the archive of another phone, " + phoneName(model, serial) + ".");
     if (mark) {
-        const auto begun = readJson(*mark);
-        interruptedRun_ = begun ? textMember(*begun, "started") : std::string();
+        if (readJson(*mark, begun)) interruptedRun_ = textMember(begun, "started");
         if (interruptedRun_.empty()) interruptedRun_ = "(unknown)";
     }
     if (const std::optional<std::string> text = read(archive::manifest)) {
@@ -226,6 +226,8 @@ void ArchiveFolder::requireRoom() const {
 void ArchiveFolder::adopt() {
     constexpr std::string_view ours[] = {"contacts", "calendar",       "messages", "notes",
                                          "files",    "files-replaced", "page"};
+    if (const std::optional<std::string> list = read(archive::fileList))
+        now_.emplace(archive::fileList, digestOf(*list));
     for (const std::string_view top : ours) {
         std::error_code error;
         const fs::path folder = path_ / top;

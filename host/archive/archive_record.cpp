@@ -61,8 +61,9 @@ std::string lossesAsJson(const std::vector<ArchiveLoss>& losses, const Sections&
                          const std::string& earlier) {
     std::string text;
     JsonLines lines([&](std::string_view piece) { text += piece; });
-    if (const auto known = readJson(earlier); known && known->IsArray())
-        for (const rapidjson::Value& loss : known->GetArray())
+    rapidjson::Document known;
+    if (readJson(earlier, known) && known.IsArray())
+        for (const rapidjson::Value& loss : known.GetArray())
             if (loss.IsObject() && !sections.contains(textMember(loss, "section"))) loss.Accept(lines.next());
     for (const ArchiveLoss& loss : losses) {
         JsonLine& object = lines.next();
@@ -78,8 +79,9 @@ std::string lossesAsJson(const std::vector<ArchiveLoss>& losses, const Sections&
 }
 
 ArchiveRecord::ArchiveRecord(const std::string& earlier, const std::string& interruptedRun) {
-    if (const auto record = readJson(earlier)) {
-        if (const rapidjson::Value* const runs = findMember(*record, "runs"); runs && runs->IsArray())
+    rapidjson::Document record;
+    if (readJson(earlier, record)) {
+        if (const rapidjson::Value* const runs = findMember(record, "runs"); runs && runs->IsArray())
             for (const rapidjson::Value& run : runs->GetArray()) {
                 runs_.push_back(host::asLine(run));
                 for (const char* const name : sectionNames) {
@@ -88,7 +90,7 @@ ArchiveRecord::ArchiveRecord(const std::string& earlier, const std::string& inte
                         missed_[name].push_back({textMember(run, "started"), gone->GetUint()});
                 }
             }
-        if (const rapidjson::Value* const sections = findMember(*record, "sections");
+        if (const rapidjson::Value* const sections = findMember(record, "sections");
             sections && sections->IsObject())
             for (const auto& section : sections->GetObject())
                 sections_[section.name.GetString()] = host::asLine(section.value);

@@ -5,12 +5,10 @@
 
 namespace ovno2::host {
 
-std::optional<rapidjson::Document> readJson(const std::string& bytes) {
+bool readJson(const std::string& bytes, rapidjson::Document& document) {
     constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
-    std::optional<rapidjson::Document> document(std::in_place);
-    document->Parse<flags>(bytes.data(), bytes.size());
-    if (document->HasParseError()) document.reset();
-    return document;
+    document.Parse<flags>(bytes.data(), bytes.size());
+    return !document.HasParseError();
 }
 
 const rapidjson::Value* findMember(const rapidjson::Value& object, const char* name) {
@@ -26,8 +24,9 @@ std::string textMember(const rapidjson::Value& object, const char* name) {
 }
 
 void writeMembers(JsonLine& line, const std::string& object) {
-    if (const auto read = readJson(object); read && read->IsObject())
-        for (const auto& member : read->GetObject()) {
+    rapidjson::Document read;
+    if (readJson(object, read) && read.IsObject())
+        for (const auto& member : read.GetObject()) {
             line.text(fromUtf8({member.name.GetString(), member.name.GetStringLength()}));
             member.value.Accept(line);
         }

@@ -1,7 +1,6 @@
 // The JSON files of an archive, read again.
 #pragma once
 
-#include <optional>
 #include <rapidjson/document.h>
 #include <string>
 
@@ -9,8 +8,8 @@
 
 namespace ovno2::host {
 
-// None for what is no JSON in UTF-8. Depth costs no stack.
-std::optional<rapidjson::Document> readJson(const std::string& bytes);
+// False for what is no JSON in UTF-8. Depth costs no stack.
+bool readJson(const std::string& bytes, rapidjson::Document& document);
 
 // The text of an object's member; empty without one.
 std::string textMember(const rapidjson::Value& object, const char* name);

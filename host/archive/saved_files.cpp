@@ -44,12 +44,12 @@ std::pair<std::string, std::string> parted(const std::string& path) {
 }  // namespace
 
 SavedFiles::SavedFiles(const std::string& bytes, const std::string& name) {
-    std::optional<rapidjson::Document> document = readJson(bytes);
-    if (!document || !document->IsArray())
+    rapidjson::Document document;
+    if (!readJson(bytes, document) || !document.IsArray())
         throw CommandFailure{failed, "\"" + name +
                                          "\" is damaged: it is no array in JSON. Move it away, or put back "
                                          "what it was."};
-    for (rapidjson::Value& object : document->GetArray()) {
+    for (rapidjson::Value& object : document.GetArray()) {
         const std::string path = textMember(object, "path");
         if (path.empty()) continue;
         SavedFile saved = savedFileOf(object);

@@ -19,15 +19,15 @@ Text member(const rapidjson::Value& object, const char* name) {
 
 template <class Saved, class Read>
 std::vector<Saved> readAll(const std::string& bytes, const std::string& name, Read&& readOne) {
-    std::optional<rapidjson::Document> document = readJson(bytes);
-    const bool isArray = document && document->IsArray();
-    if (!isArray || !std::ranges::all_of(document->GetArray(), &rapidjson::Value::IsObject))
+    rapidjson::Document document;
+    const bool isArray = readJson(bytes, document) && document.IsArray();
+    if (!isArray || !std::ranges::all_of(document.GetArray(), &rapidjson::Value::IsObject))
         throw CommandFailure{failed, "\"" + name +
                                          "\" is damaged: it is no array of objects in JSON. Move it away, "
                                          "or put back what it was."};
     std::vector<Saved> all;
-    all.reserve(document->Size());
-    for (rapidjson::Value& object : document->GetArray()) {
+    all.reserve(document.Size());
+    for (rapidjson::Value& object : document.GetArray()) {
         Saved saved;
         saved.goneSince = takeGone(object);
         saved.line = asLine(object);
