@@ -3,6 +3,7 @@ import json
 import os
 import subprocess
 import tempfile
+from datetime import date, timedelta
 from pathlib import Path
 
 
@@ -56,8 +57,9 @@ def large_archive(programs, folder, contacts, messages, photos):
                      for i in range(messages)],
         "files": [{"path": f"E:/photo {i}.png", "name": f"photo {i}.png", "kind": "file", "size": 1000 + i, "file": f"files/E/photo {i}.png",
                    "changed": f"2008-{i % 12 + 1:02d}-{i % 28 + 1:02d}T10:00:00Z"} for i in range(photos)],
-        "calendar": [{"type": "meeting", "start": f"{2004 + i % 9}-{i % 12 + 1:02d}-{i % 28 + 1:02d}T10:00:00", "summary": f"Meeting {i}", "calendar": "Work"}
-                     for i in range(contacts)],
+        "calendar": [{"type": "meeting", "start": f"{2004 + i % 9}-{i % 12 + 1:02d}-{i % 28 + 1:02d}T10:00:00", "summary": f"Meeting {i}", "calendar": "Work",
+                      **({"rule": "W1", "occurrences": [(date(2004, 1, 5) + timedelta(i % 7 + 7 * k)).isoformat() + "T10:00:00" for k in range(300)]}
+                         if i % 10 == 0 else {})} for i in range(contacts)],
         "notes": [], "losses": [],
     }
     data["archive"] = {"version": 1, "phone": {"model": "Large"}, "runs": [{"started": "2026-11-23T18:00:00Z", "finished": "2026-11-23T18:00:02Z"}],

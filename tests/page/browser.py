@@ -13,7 +13,7 @@ from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import WebDriverWait
 
-PATIENCE = 60  # seconds; only what hangs takes as long
+PATIENCE = 120  # seconds; only what hangs takes as long
 
 
 class Browser:

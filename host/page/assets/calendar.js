@@ -15,8 +15,8 @@ sections.calendar = {
             view.append(parts.heading("Calendar"), parts.whyEmpty(state, "calendar entries"));
             return () => {};
         }
-        const occurrences = calendarEntries.occurrencesOf(entries);
-        const days = calendarEntries.byDay(occurrences);
+        const occurrences = new calendarEntries.Occurrences(entries);
+        let days = new Map();  // of the month that is shown: what takes place on each day
         const toDos = entries.filter((entry) => entry.type === "to-do")
             .sort((a, b) => Number(a.done ?? false) - Number(b.done ?? false) || (a.due ?? "9").localeCompare(b.due ?? "9"));
         for (const entry of entries)
@@ -24,9 +24,9 @@ sections.calendar = {
         const calendars = [...new Set(entries.map((entry) => entry.calendar))];
         const colourOf = (entry) => calendars.indexOf(entry.calendar) % 6;
 
-        const firstYear = Number(occurrences[0]?.day.slice(0, 4) ?? new Date().getFullYear());
-        const lastYear = Number(occurrences.at(-1)?.day.slice(0, 4) ?? firstYear);
-        let month = calendarEntries.busiestMonth(entries) ?? occurrences.at(-1)?.day.slice(0, 7) ?? firstYear + "-01";
+        const firstYear = Number(occurrences.firstMonth?.slice(0, 4) ?? new Date().getFullYear());
+        const lastYear = Number(occurrences.lastMonth?.slice(0, 4) ?? firstYear);
+        let month = calendarEntries.busiestMonth(entries) ?? occurrences.lastMonth ?? firstYear + "-01";
         let day;
         let mode = "month";
 
@@ -104,7 +104,7 @@ sections.calendar = {
             if (mode === "month") {
                 showMonth();
             } else if (mode === "agenda") {
-                shown = occurrences.filter((one) => one.day.startsWith(month.slice(0, 4)));
+                shown = occurrences.inYear(month.slice(0, 4));
                 list.show(shown);
                 const place = shown.findIndex((one) => one.day >= month);
                 if (place > 0) list.reveal(place, "start");
@@ -142,6 +142,8 @@ sections.calendar = {
         }
 
         function showMonth() {
+            days = new Map();
+            for (const one of occurrences.inMonth(month)) days.get(one.day)?.push(one) ?? days.set(one.day, [one]);
             const locale = new Intl.Locale(words.locale);
             const firstWeekday = ((locale.getWeekInfo?.() ?? locale.weekInfo)?.firstDay ?? 1) % 7;
             const first = month + "-01";
@@ -151,7 +153,7 @@ sections.calendar = {
                 const name = addDays(one, i);
                 return dom.make("th", {scope: "col", lang: words.locale}, dom.make("abbr", {title: words.weekday(name, "long")}, words.weekday(name, "short")));
             });
-            if (!day) day = [...Array(31).keys()].map((i) => addDays(first, i)).find((date) => date.startsWith(month) && days.has(date)) ?? first;
+            if (!day) day = days.keys().next().value ?? first;
             const rows = [];
             do {
                 const cells = [];

@@ -18,25 +18,46 @@ const calendarEntries = (() => {
         return Math.min(longest, Math.floor((end - 1 - at(dayOf(entry.start))) / dayMs));
     }
 
-    // Everything that takes place, in order: {entry, start, day}.
-    function occurrencesOf(entries) {
-        const all = [];
-        for (const entry of entries)
-            for (const start of entry.occurrences ?? [beginOf(entry)])
-                if (words.moment(start)) all.push({entry, start, day: dayOf(start)});
-        return all.sort((a, b) => (a.start < b.start ? -1 : a.start > b.start ? 1 : 0));
-    }
+    const isDate = (iso) => /^\d{4}-\d\d-\d\d/.test(iso);
+    const inOrder = (a, b) => (a.day < b.day ? -1 : a.day > b.day ? 1 : a.start < b.start ? -1 : a.start > b.start ? 1 : 0);
 
-    // By day, what takes place on it or goes on.
-    function byDay(occurrences) {
-        const days = new Map();
-        const add = (day, occurrence) => (days.has(day) ? days.get(day).push(occurrence) : days.set(day, [occurrence]));
-        for (const occurrence of occurrences) {
-            add(occurrence.day, occurrence);
-            for (let further = 1, count = furtherDays(occurrence.entry); further <= count; ++further)
-                add(addDays(occurrence.day, further), {...occurrence, goesOn: true});
+    // What takes place when, by month. An occurrence is {entry, start, day}, with "goesOn" on the further days of one that
+    // takes several. A phone may have hundreds of thousands: they are put in order when a month is looked at.
+    class Occurrences {
+        constructor(entries) {
+            this.months = new Map();
+            this.sorted = new Set();
+            for (const entry of entries) {
+                const further = furtherDays(entry);
+                for (const start of entry.occurrences ?? [beginOf(entry)]) {
+                    if (!isDate(start)) continue;
+                    const day = dayOf(start);
+                    this.add({entry, start, day});
+                    for (let i = 1; i <= further; ++i) this.add({entry, start, day: addDays(day, i), goesOn: true});
+                }
+            }
+            const months = [...this.months.keys()].sort();
+            this.firstMonth = months[0];
+            this.lastMonth = months.at(-1);
         }
-        return days;
+
+        add(occurrence) {
+            const month = occurrence.day.slice(0, 7);
+            const known = this.months.get(month);
+            if (known) known.push(occurrence);
+            else this.months.set(month, [occurrence]);
+        }
+
+        // In order.
+        inMonth(month) {
+            const all = this.months.get(month) ?? [];
+            if (!this.sorted.has(month)) all.sort(inOrder);
+            this.sorted.add(month);
+            return all;
+        }
+        inYear(year) {
+            return Array.from({length: 12}, (_, i) => this.inMonth(year + "-" + String(i + 1).padStart(2, "0"))).flat().filter(({goesOn}) => !goesOn);
+        }
     }
 
     // The month in which most entries begin that do not repeat, of several the last: "2008-07".
@@ -87,7 +108,7 @@ const calendarEntries = (() => {
     }
 
     return {
-        dayOf, addDays, beginOf, occurrencesOf, byDay, busiestMonth, ageOf,
+        Occurrences, dayOf, addDays, beginOf, busiestMonth,
         title: (entry) => entry.summary || "(no title)",
         // All of an entry, as it takes place on a day.
         card(occurrence, colour) {
