@@ -22,7 +22,7 @@ sections.photos = {
         const scroller = dom.make("div", {class: "scroller"});
         view.append(parts.heading("Photos"), parts.notice(state, "files"), search.element, scroller);
         let shown = photos;
-        const list = new WindowedList({scroller, label: "Photos", className: "gallery", perBlock: 60, height: 40, render: tile});
+        const list = new WindowedList({scroller, label: "Photos", className: "gallery", perBlock: 30, height: 40, render: tile});
 
         function tile(photo, index) {
             const image = dom.make("img", {src: archive.url(photo.file), alt: "", loading: "lazy", decoding: "async"});
