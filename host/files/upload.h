@@ -26,7 +26,8 @@ class Upload {
     // keeps its name.
     Upload(const PhoneFiles& phone, PhoneEntry target, bool overwrite, bool isTrial, Naming naming = {});
 
-    // A file on the phone that cannot be compared stays as it is, too, unless everything is to be overwritten.
+    // A file on the phone that cannot be compared stays as it is, too, unless everything is to be
+    // overwritten.
     void keepWhatCannotBeCompared() { keepsUnknown_ = true; }
 
     // Adds a file, or a folder with all that is in it; an absolute path.
