@@ -16,8 +16,8 @@
 namespace ovno2::host {
 
 inline constexpr RegisterCommand* allCommands[] = {
-    registerOverview, registerList,      registerContacts, registerMessages, registerNotes,
-    registerCalendar, registerFiles,     registerArchive,  registerVerify,   registerRestore,
-    registerMedia,    registerBluetooth, registerDoctor,   registerLog};
+    registerOverview, registerList,  registerContacts,  registerMessages, registerNotes,
+    registerCalendar, registerFiles, registerArchive,   registerVerify,   registerRestore,
+    registerCopy,     registerMedia, registerBluetooth, registerDoctor,   registerLog};
 
 }  // namespace ovno2::host

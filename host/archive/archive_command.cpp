@@ -6,6 +6,7 @@
 #include "host/archive/archive_names.h"
 #include "host/archive/archive_run.h"
 #include "host/archive/archive_times.h"
+#include "host/archive/archiving.h"
 #include "host/archive/commands.h"
 #include "host/output/console.h"
 #include "host/output/display_width.h"
@@ -22,12 +23,6 @@ namespace {
 
 using namespace std::chrono;
 using State = SectionReport::State;
-
-struct ArchiveOptions {
-    std::string folder;
-    std::vector<std::string> only;
-    bool dryRun = false;
-};
 
 struct Part {
     const char* name;
@@ -263,6 +258,17 @@ void archivePhone(const Context& context, const ArchiveOptions& wanted) {
 }
 
 }  // namespace
+
+std::vector<std::string> savePhone(const Context& context, const ArchiveOptions& wanted) {
+    Archiver archiver(context, wanted);
+    const Outcome outcome = archiver.carriedOut();
+    if (outcome.status != done) throw CommandFailure{outcome.status, outcome.interruption};
+    std::vector<std::string> missing;
+    for (const auto& [name, report] : outcome.sections)
+        for (const std::string& one : report.missing)
+            missing.push_back(name + ": " + one);
+    return missing;
+}
 
 void registerArchive(CLI::App& app, Context& context) {
     const auto options = std::make_shared<ArchiveOptions>();

@@ -274,11 +274,14 @@ FileResult Upload::copyFile(const File& file, const Text& folder, Entries& there
             return result;
         }
         if (known->second.isReadOnly) return failure(path + " is read-only on the phone and stays as it is.");
-        result.differs = likeness == Likeness::different;
+        const bool isUnknown = likeness == Likeness::unknown;
+        result.differs = likeness == Likeness::different || (isUnknown && keepsUnknown_);
+        if (isUnknown && keepsUnknown_ && !overwrite_)
+            return failure(path + " is on the phone and cannot be compared; --force overwrites it.");
         if (likeness == Likeness::different && !overwrite_)
             return failure(path + " is on the phone and differs from " + quoted(file.local) +
                            "; --force overwrites it.");
-        if (likeness == Likeness::unknown && !overwrite_)
+        if (isUnknown && !overwrite_)
             report_->say(path + " is on the phone and cannot be compared; it is written anew.");
     }
     if (!overwrite_ && losesCharacters(file.local))

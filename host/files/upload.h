@@ -26,6 +26,10 @@ class Upload {
     // keeps its name.
     Upload(const PhoneFiles& phone, PhoneEntry target, bool overwrite, bool isTrial, Naming naming = {});
 
+    // A file on the phone that cannot be compared stays as it is, too, unless everything is to be
+    // overwritten.
+    void keepWhatCannotBeCompared() { keepsUnknown_ = true; }
+
     // Adds a file, or a folder with all that is in it; an absolute path.
     void add(const std::filesystem::path& local);
     // Adds all that is in a folder.
@@ -79,6 +83,7 @@ class Upload {
     PhoneEntry target_;
     bool overwrite_;
     bool isTrial_;
+    bool keepsUnknown_ = false;
     Naming naming_;
     Folder top_;
     std::uint64_t total_ = 0;

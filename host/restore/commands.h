@@ -1,4 +1,4 @@
-// The command that puts back on a phone what was saved.
+// The commands that put back on a phone what was saved, and that carry one phone's contents to another.
 #pragma once
 
 #include "host/command/command.h"
@@ -6,5 +6,6 @@
 namespace ovno2::host {
 
 void registerRestore(CLI::App& app, Context& context);
+void registerCopy(CLI::App& app, Context& context);
 
 }  // namespace ovno2::host

@@ -90,6 +90,7 @@ class FilesPart : public RestorePart {
                           if (!fs::is_directory(local, error) && !isWanted(local)) return std::nullopt;
                           return known->second;
                       });
+        upload.keepWhatCannotBeCompared();
         upload.addAllIn(drive.folder);
         TransferProgress progress(upload.totalBytes(), console::errorIsTerminal() && !isQuiet() && !isTrial);
         shown = &progress;
@@ -119,7 +120,8 @@ class FilesPart : public RestorePart {
                      : result.outcome == FileOutcome::equal ? State::equal
                      : result.differs                       ? State::different
                                                             : State::impossible;
-        if (item.state == State::different) item.why = "another file is there";
+        if (item.state == State::different)
+            item.why = "another file is there, or one that cannot be compared";
         places_.emplace(result.local, items_.size());
         items_.push_back(std::move(item));
     }
@@ -134,7 +136,7 @@ class FilesPart : public RestorePart {
         }
         RestoreItem& item = items_[place->second];
         item.isWritten = result.outcome != FileOutcome::failure;
-        if (!item.isWritten) item.failure = result.message;
+        item.failure = result.message;  // of one that was written: it is not what it was
     }
 
     const RestoreTarget& target_;

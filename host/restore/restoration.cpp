@@ -16,16 +16,17 @@ constexpr const char* kinds[] = {"contacts", "calendar", "notes", "messages", "f
 
 class Restoration {
   public:
-    Restoration(const Context& context, const std::string& source, const std::string& called,
-                const RestoreCommandOptions& wanted)
+    Restoration(const Context& context, const RestoreSourceName& source, const RestoreCommandOptions& wanted)
         : wanted_(wanted),
-          source_(readSource(source, {.withGone = wanted.withGone})),
+          source_(readSource(source.path, {.withGone = wanted.withGone})),
           phones_(context),
           phone_(phones_.chosen(Purpose::change)),
           options_{.overwrites = wanted.force, .acceptsLosses = wanted.acceptsLosses},
           target_{phones_, phone_, source_, options_},
           asJson_(context.asJson()),
-          called_(called) {}
+          called_(source.called) {
+        source_.problems.insert(source_.problems.begin(), source.missing.begin(), source.missing.end());
+    }
 
     void run() {
         makeParts();
@@ -135,9 +136,8 @@ void addRestoreOptions(CLI::App& command, Context& context, RestoreCommandOption
                      "change a contact although the phone's old software drops its notes and categories");
 }
 
-void restore(const Context& context, const std::string& source, const std::string& called,
-             const RestoreCommandOptions& wanted) {
-    Restoration(context, source, called, wanted).run();
+void restore(const Context& context, const RestoreSourceName& source, const RestoreCommandOptions& wanted) {
+    Restoration(context, source, wanted).run();
 }
 
 }  // namespace ovno2::host

@@ -26,9 +26,14 @@ struct RestoreCommandOptions {
 // All options of these but those that name phones.
 void addRestoreOptions(CLI::App& command, Context& context, RestoreCommandOptions& options);
 
-// `source` is a path; `called` is what the user calls it. The phone is the one that the context names. Throws
-// CommandFailure when not all of it is on the phone at the end.
-void restore(const Context& context, const std::string& source, const std::string& called,
-             const RestoreCommandOptions& wanted);
+struct RestoreSourceName {
+    std::string path;
+    std::string called;                     // what the user calls it
+    std::vector<std::string> missing = {};  // what it lacks already, for people; UTF-8
+};
+
+// The phone is the one that the context names. Throws CommandFailure when not all of it is on the phone at
+// the end.
+void restore(const Context& context, const RestoreSourceName& source, const RestoreCommandOptions& wanted);
 
 }  // namespace ovno2::host

@@ -12,9 +12,10 @@ void registerRestore(CLI::App& app, Context& context) {
         std::string source;
     };
     const auto options = std::make_shared<Options>();
-    CLI::App& command =
-        addCommand(app, "restore", "Put what was saved on a phone; what is there stays", context,
-                   [&context, options] { restore(context, options->source, options->source, *options); });
+    CLI::App& command = addCommand(app, "restore", "Put what was saved on a phone; what is there stays",
+                                   context, [&context, options] {
+                                       restore(context, {options->source, options->source}, *options);
+                                   });
     command
         .add_option("SOURCE", options->source, "an archive, a .vcf or .ics file, or a folder with such files")
         ->type_name("")

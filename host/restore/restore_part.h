@@ -20,7 +20,7 @@ struct RestoreItem {
     State state = State::isNew;
     std::string why = {};                // of one that is different or impossible; UTF-8
     std::vector<std::string> lost = {};  // what of it no phone takes
-    // What went wrong when it was written; empty = nothing.
+    // What went wrong when it was written; empty = nothing. UTF-8.
     std::string failure = {};
     bool isWritten = false;
 

@@ -35,16 +35,53 @@ std::string lineOf(const RestorePart& part, const RestoreItem& item) {
     return std::string(part.name()) + ": " + forPerson(item.title);
 }
 
-// What the user is told of an item before anything is written.
-void tellPlanned(const RestorePart& part, const RestoreItem& item, const ReportedRestore& restore) {
-    const std::string line = lineOf(part, item);
-    if (item.state == State::impossible)
-        note("ovphone: " + line + ": not restored: " + forPerson(item.why));
-    else if (item.state == State::different && !part.isToBeWritten(item))
-        note("ovphone: " + line + ": stays as it is (" + forPerson(item.why) + "); --force changes it.");
-    else if ((restore.isTrial || restore.verbose) && !isQuiet() && part.isToBeWritten(item))
-        write((item.state == State::isNew ? "new: " : "to be changed: ") + line + "\n");
-    if (!item.lost.empty()) note("ovphone: " + line + ": no phone has a place for " + joined(item.lost));
+// Behind a number.
+std::string countedAs(const RestorePart& part) {
+    return std::string_view(part.name()) == "calendar" ? "calendar entries" : part.name();
+}
+
+// Items by what is told of them; many of which the same is told are told at once.
+using ByReason = std::map<std::string, std::vector<const RestoreItem*>>;
+void tellAll(const RestorePart& part, const ByReason& told, bool verbose) {
+    constexpr std::size_t few = 5;
+    for (const auto& [reason, items] : told) {
+        const bool isLong = items.size() > few && !verbose;
+        for (const RestoreItem* const item : items) {
+            note("ovphone: " + lineOf(part, *item) + ": " + reason);
+            if (isLong) break;
+        }
+        if (isLong)
+            note("ovphone: " + std::string(part.name()) + ": ... and " + std::to_string(items.size() - 1) +
+                 " more for the same reason; --verbose names them.");
+    }
+}
+
+void tellLeftOut(const RestorePart& part, bool verbose) {
+    ByReason told;
+    for (const RestoreItem& item : part.items()) {
+        if (item.state == State::impossible)
+            told["not restored: " + forPerson(item.why)].push_back(&item);
+        else if (item.state == State::different && !part.isToBeWritten(item))
+            told["stays as it is (" + forPerson(item.why) + "); --force changes it."].push_back(&item);
+    }
+    tellAll(part, told, verbose);
+}
+
+void tellFailures(const RestorePart& part, bool verbose) {
+    ByReason told;
+    for (const RestoreItem& item : part.items())
+        if (!item.failure.empty()) told[forPerson(item.failure)].push_back(&item);
+    tellAll(part, told, verbose);
+}
+
+void tellPlanned(const RestorePart& part, const ReportedRestore& restore) {
+    tellLeftOut(part, restore.verbose);
+    for (const RestoreItem& item : part.items()) {
+        if ((restore.isTrial || restore.verbose) && !isQuiet() && part.isToBeWritten(item))
+            write((item.state == State::isNew ? "new: " : "to be changed: ") + lineOf(part, item) + "\n");
+        if (!item.lost.empty())
+            note("ovphone: " + lineOf(part, item) + ": no phone has a place for " + joined(item.lost));
+    }
 }
 
 // What counts as missing of an item at the end.
@@ -52,7 +89,7 @@ bool isMissing(const RestorePart& part, const RestoreItem& item, bool isTrial) {
     if (!item.lost.empty() || item.state == State::impossible) return true;
     if (item.state == State::equal) return false;
     if (!part.isToBeWritten(item)) return true;
-    return !isTrial && !item.isWritten;
+    return !isTrial && (!item.isWritten || !item.failure.empty());
 }
 
 std::size_t missingOf(const RestorePart& part, bool isTrial) {
@@ -76,8 +113,7 @@ void tellPlan(const ReportedRestore& restore) {
     for (const std::string& problem : restore.problems)
         note("ovphone: " + forPerson(problem));
     for (const auto& part : restore.parts)
-        for (const RestoreItem& item : part->items())
-            tellPlanned(*part, item, restore);
+        tellPlanned(*part, restore);
     if (!isQuiet()) {
         write("To " + titleOf(restore.phone) + " from \"" + forPerson(restore.source) + "\":\n\n");
         Table table({u"What", u"New", u"There already", u"Different there", u"Impossible"});
@@ -99,7 +135,7 @@ void tellPlan(const ReportedRestore& restore) {
             note("ovphone: " + std::string(part->name()) + ": " + forPerson(part->planFailure));
     if (restore.messagesLeft != 0)
         remark("(" + std::to_string(restore.messagesLeft) +
-               " messages stay in the archive: --messages puts those that were written on the phone into the "
+               " messages stay where they are: --messages puts those that were written on the phone into the "
                "outbox, and the phone may send them.)");
     for (const auto& [kind, count] : restore.goneLeftOut)
         remark("(" + kind + ": " + std::to_string(count) +
@@ -110,14 +146,12 @@ void tellResult(const ReportedRestore& restore) {
     std::string text;
     std::size_t missing = 0, all = 0;
     for (const auto& part : restore.parts) {
-        for (const RestoreItem& item : part->items())
-            if (!item.failure.empty())
-                note("ovphone: " + lineOf(*part, item) + ": " + forPerson(item.failure));
+        tellFailures(*part, restore.verbose);
         missing += missingOf(*part, restore.isTrial);
         all += part->items().size();
         if (!restore.isTrial)
-            text +=
-                (text.empty() ? "Restored: " : ", ") + std::to_string(writtenOf(*part)) + " " + part->name();
+            text += (text.empty() ? "Restored: " : ", ") + std::to_string(writtenOf(*part)) + " " +
+                    countedAs(*part);
     }
     if (isQuiet()) return;
     if (!text.empty()) write(text + ".\n");
