@@ -11,12 +11,13 @@
 #include "host/messages/commands.h"
 #include "host/overview.h"
 #include "host/phones/commands.h"
+#include "host/restore/commands.h"
 
 namespace ovno2::host {
 
 inline constexpr RegisterCommand* allCommands[] = {
-    registerOverview,  registerList,   registerContacts, registerMessages, registerNotes,
-    registerCalendar,  registerFiles,  registerArchive,  registerVerify,   registerMedia,
-    registerBluetooth, registerDoctor, registerLog};
+    registerOverview, registerList,      registerContacts, registerMessages, registerNotes,
+    registerCalendar, registerFiles,     registerArchive,  registerVerify,   registerRestore,
+    registerMedia,    registerBluetooth, registerDoctor,   registerLog};
 
 }  // namespace ovno2::host

@@ -54,8 +54,7 @@ struct Outcome {
 
     bool isWhole() const {
         return interruption.empty() && goneFiles.empty() &&
-               std::ranges::all_of(sections,
-                                   [](const auto& one) { return one.second.state == State::complete; });
+               std::ranges::all_of(sections, [](const auto& one) { return one.second.isWhole(); });
     }
 };
 
@@ -116,7 +115,7 @@ class Archiver {
                 if (report.state != State::partial) report.fail(interrupted);
                 throw;
             }
-            if (report.state != State::complete)
+            if (!report.isWhole())
                 isLost_ = !interruption_.whileAsking([&] { return isAttached(phones_.driver(), phone_); });
         }
     }
@@ -133,8 +132,8 @@ class Archiver {
         for (const PageFile& file : pageFiles())
             folder_.put(std::string(file.path), file.bytes);
         const bool isOver = outcome_.interruption.empty();
-        const bool isComplete = std::ranges::all_of(
-            outcome_.sections, [](const auto& one) { return one.second.state == State::complete; });
+        const bool isComplete =
+            std::ranges::all_of(outcome_.sections, [](const auto& one) { return one.second.isWhole(); });
         const std::string record = record_.withRun(phone_,
                                                    {.started = utcText(started_),
                                                     .finished = isOver ? utcText(rightNow()) : std::string(),
@@ -161,11 +160,6 @@ class Archiver {
     ArchiveRun run_;
     bool isLost_ = false;
 };
-
-const char* nameOf(State state) {
-    constexpr const char* names[] = {"left out", "complete", "partial", "failed"};
-    return names[static_cast<std::size_t>(state)];
-}
 
 std::string asJson(const ArchiveOptions& wanted, const Archiver& archiver, const Outcome& outcome) {
     JsonDocument document;
@@ -216,6 +210,7 @@ std::string lineOf(const Part& part, const SectionReport& report) {
     std::string line =
         "  " + std::string(part.name) + std::string(nameWidth - std::string_view(part.name).size(), ' ');
     if (report.state == State::failed) return line + "NOT SAVED\n";
+    if (report.state == State::notSupported) return line + "none that the phone hands out\n";
     line += std::to_string(report.saved) + " of " + std::to_string(report.listed);
     if (std::string_view(part.name) == "files") {
         line += " (" + std::to_string(report.fetched) + " fetched, " + sizeText(report.bytes);

@@ -13,11 +13,6 @@ namespace {
 constexpr std::uint64_t version = 1;
 constexpr const char* goneMark = "Gone";  // behind a section's name: how many a run missed first
 
-const char* nameOf(SectionReport::State state) {
-    constexpr const char* names[] = {"left out", "complete", "partial", "failed"};
-    return names[static_cast<std::size_t>(state)];
-}
-
 template <class Write>
 std::string line(Write&& write) {
     rapidjson::StringBuffer buffer;
@@ -46,6 +41,11 @@ std::string asLine(const SectionReport& section) {
 }
 
 }  // namespace
+
+const char* nameOf(SectionReport::State state) {
+    constexpr const char* names[] = {"left out", "complete", "partial", "failed", "not supported"};
+    return names[static_cast<std::size_t>(state)];
+}
 
 void SectionReport::fail(const std::string& why) {
     state = State::failed;

@@ -13,7 +13,8 @@ namespace ovno2::host {
 
 // What became of a kind of things in a run.
 struct SectionReport {
-    enum class State { leftOut, complete, partial, failed };
+    // `notSupported`: the phone does not hand out any of the kind.
+    enum class State { leftOut, complete, partial, failed, notSupported };
 
     State state = State::leftOut;
     std::size_t listed = 0;     // as many as the phone named
@@ -27,9 +28,13 @@ struct SectionReport {
     std::size_t fetched = 0, equal = 0, replaced = 0;
     std::uint64_t bytes = 0;  // of those fetched
 
+    // All that the phone handed out is there.
+    bool isWhole() const { return state == State::complete || state == State::notSupported; }
     void fail(const std::string& why);
     void lose(const std::string& what);  // a part of it
 };
+
+const char* nameOf(SectionReport::State state);
 
 inline constexpr const char* sectionNames[] = {"contacts", "calendar", "messages", "notes", "files"};
 using Sections = std::map<std::string, SectionReport>;  // those of the run, by name

@@ -52,19 +52,39 @@ struct ArchiveRun {
         return result;
     }
 
-    // Reads a second time (see `readAgain`). A phone that is lost meanwhile has handed out the first.
-    template <class List>
-    void readTwice(List& first) const {
-        try {
-            readAgain(phones, phone, first);
-        } catch (const CommandFailure& failure) {
-            first.missing.push_back(failure.message);
-        }
+    // Calls `read` until two reads are the same, twice at most: a call that failed once may have left things
+    // out or taken them for others. What did not become the same is among the missing.
+    template <class Read>
+    auto readingTwice(SectionReport& report, Read&& read) -> std::optional<decltype(read())> {
+        return reading(report, [&] {
+            auto list = read();
+            if (isReadAgain(list)) return list;
+            try {
+                auto anew = read();
+                isReadAgain(anew);
+                return anew;
+            } catch (const CommandFailure&) {
+                return list;
+            }
+        });
     }
 
     void lose(const char* section, std::string item, std::string what);
     // Of a text that has lost characters on its way.
     void looseCharacters(const char* section, const std::string& item, std::string_view text);
+
+  private:
+    // False when a second read is not the same, or there is none: a phone may be lost meanwhile.
+    template <class List>
+    bool isReadAgain(List& list) const {
+        const std::size_t missing = list.missing.size();
+        try {
+            readAgain(phones, phone, list);
+        } catch (const CommandFailure& failure) {
+            list.missing.push_back(failure.message);
+        }
+        return list.missing.size() == missing;
+    }
 };
 
 void archiveContacts(ArchiveRun& run, SectionReport& report);

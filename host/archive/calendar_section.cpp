@@ -185,8 +185,8 @@ class CalendarSection {
             run_.losses.push_back({section, isWhole, titleOf(entries[place]), what + "."});
         }
         if (left != 0)
-            report_.lose(std::to_string(left) +
-                         " entries have no date to begin on and stand in no calendar file: "
+            report_.lose(std::to_string(left) + (left == 1 ? " entry has" : " entries have") +
+                         " no date to begin on and no place in a calendar file: "
                          "losses.json names them, and the page shows them.");
         report_.saved -= left;
         for (const CalendarEntry& entry : entries)
@@ -209,11 +209,8 @@ class CalendarSection {
 }  // namespace
 
 void archiveCalendar(ArchiveRun& run, SectionReport& report) {
-    const std::optional<PhoneCalendars> list = run.reading(report, [&] {
-        PhoneCalendars first = readCalendars(run.phones, run.phone);
-        run.readTwice(first);
-        return first;
-    });
+    const std::optional<PhoneCalendars> list =
+        run.readingTwice(report, [&] { return readCalendars(run.phones, run.phone); });
     if (!list) return;
     report.state = SectionReport::State::complete;
     report.listed = list->listed;

@@ -167,11 +167,8 @@ class ContactsSection {
 void archiveContacts(ArchiveRun& run, SectionReport& report) {
     const fs::path arriving = run.folder.workplace() / "pictures";
     PictureFolder pictures(console::textOf(arriving), /*overwrites=*/true);
-    const std::optional<PhoneBook> book = run.reading(report, [&] {
-        PhoneBook first = readPhoneBook(run.phones, run.phone, pictures);
-        run.readTwice(first);
-        return first;
-    });
+    const std::optional<PhoneBook> book =
+        run.readingTwice(report, [&] { return readPhoneBook(run.phones, run.phone, pictures); });
     if (!book) return;
     if (!book->missing.empty()) run.folder.requireRoom();
     report.state = SectionReport::State::complete;

@@ -113,11 +113,9 @@ class MessagesSection {
 }  // namespace
 
 void archiveMessages(ArchiveRun& run, SectionReport& report) {
-    const std::optional<ItemList<Message>> list = run.reading(report, [&] {
+    const std::optional<ItemList<Message>> list = run.readingTwice(report, [&] {
         if (!run.names) run.names = readNames(run.phones, run.phone);
-        ItemList<Message> first = readMessages(run.phones, run.phone);
-        run.readTwice(first);
-        return first;
+        return readMessages(run.phones, run.phone);
     });
     if (!list) return;
     std::vector<SavedMessage> before;

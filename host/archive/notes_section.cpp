@@ -93,12 +93,21 @@ class NotesSection {
 }  // namespace
 
 void archiveNotes(ArchiveRun& run, SectionReport& report) {
-    const std::optional<ItemList<Note>> list = run.reading(report, [&] {
-        ItemList<Note> first = readNotes(run.phones, run.phone);
-        run.readTwice(first);
-        return first;
+    bool isRefused = false;
+    const std::optional<ItemList<Note>> list = run.readingTwice(report, [&] {
+        try {
+            return readNotes(run.phones, run.phone);
+        } catch (const NoSuchStore&) {
+            isRefused = true;
+            throw;
+        }
     });
-    if (!list) return;
+    if (!list) {
+        // Of a phone that hands out other things, and never had notes here, it is no failure.
+        if (isRefused && run.names && !run.folder.read(archive::noteList))
+            report.state = SectionReport::State::notSupported;
+        return;
+    }
     std::vector<SavedNote> before;
     try {
         if (const std::optional<std::string> text = run.folder.read(archive::noteList))

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 
+#include "base/secret.h"
 #include "host/output/command_output.h"
 #include "host/output/exit_status.h"
 #include "host/output/secret_input.h"
@@ -15,18 +16,10 @@ namespace {
 
 constexpr std::size_t longest = 16;
 
-// Nothing reads it any more, so writing it must not be left out as useless.
-template <class Letter>
-void wipe(std::span<Letter> letters) {
-    volatile Letter* const first = letters.data();
-    for (std::size_t i = 0; i < letters.size(); ++i)
-        first[i] = 0;
-}
-
 // A line, and one byte that tells that it was longer.
 struct Line {
     std::array<char, longest + 1> bytes{};
-    ~Line() { wipe<char>(bytes); }
+    ~Line() { wipe(bytes.data(), bytes.size()); }
 };
 
 bool isPrintable(char letter) {
@@ -57,7 +50,7 @@ Passkey::Passkey(const std::string& prompt, bool fromInput) {
 }
 
 Passkey::~Passkey() {
-    wipe<char16_t>(text_);
+    wipe(text_.data(), text_.size());
 }
 
 }  // namespace ovno2::host

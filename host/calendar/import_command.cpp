@@ -1,18 +1,15 @@
 // `ovphone calendar import`: the entries of a file to a phone.
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
 #include <memory>
-#include <set>
 #include <utility>
 
-#include "host/calendar/calendar_changes.h"
+#include "host/calendar/calendar_import.h"
 #include "host/calendar/commands.h"
 #include "host/calendar/entry_fields.h"
 #include "host/calendar/ical_reader.h"
 #include "host/calendar/phone_entry.h"
 #include "host/calendar/single_entries.h"
-#include "host/contacts/contact_files.h"
 #include "host/output/command_output.h"
 #include "host/output/display_width.h"
 #include "host/output/exit_status.h"
@@ -30,56 +27,6 @@ struct ImportOptions {
     bool dryRun = false;
     bool verbose = false;
 };
-
-// The phone's entries by what tells them apart at a glance.
-class KnownEntries {
-  public:
-    KnownEntries(const std::vector<CalendarEntry>& entries, const Text& serial) {
-        for (const CalendarEntry& entry : entries) {
-            byLook_.emplace(lookOf(entry), &entry);
-            byUid_.emplace(exportedUid(serial, entry.uid), &entry);
-        }
-    }
-
-    bool hasSame(const CalendarEntry& wanted) const { return findSame(wanted) != byLook_.end(); }
-    // The same is not given twice.
-    bool takeSame(const CalendarEntry& wanted) {
-        const auto found = findSame(wanted);
-        if (found == byLook_.end()) return false;
-        byLook_.erase(found);
-        return true;
-    }
-    // The one that the file's entry was once exported from.
-    const CalendarEntry* withUid(const Text& uid) const {
-        const auto found = uid.empty() ? byUid_.end() : byUid_.find(uid);
-        return found == byUid_.end() ? nullptr : found->second;
-    }
-
-  private:
-    static Text lookOf(const CalendarEntry& entry) {
-        return entry.start + u"\n" + entry.due + u"\n" + trimBlanks(entry.summary);
-    }
-
-    using ByLook = std::multimap<Text, const CalendarEntry*>;
-
-    ByLook::const_iterator findSame(const CalendarEntry& wanted) const {
-        const auto [first, last] = byLook_.equal_range(lookOf(wanted));
-        const auto found = std::find_if(
-            first, last, [&](const auto& one) { return differences(wanted, *one.second).empty(); });
-        return found == last ? byLook_.end() : found;
-    }
-
-    ByLook byLook_;
-    std::map<Text, const CalendarEntry*> byUid_;
-};
-
-// What a file's entry repeats by and no phone can hold: without it the entry would be another.
-bool losesRepeats(const CalendarEntry& entry) {
-    return std::ranges::any_of(entry.unplaced, [](const std::string& property) {
-        return property.starts_with("RRULE") || property.starts_with("RDATE") ||
-               property.starts_with("EXRULE");
-    });
-}
 
 std::string joined(const std::vector<std::string>& parts) {
     std::string text;
@@ -148,50 +95,28 @@ void importCalendar(const Context& context, const ImportOptions& wanted) {
         widen(file.entries, phones, known);
         expand(file.entries, dayFrom("--expand-until", wanted.expandUntil));
     }
-    std::vector<CalendarChange> changes;
+    if (const Text calendar = calendarNamed(calendars.names, wanted.calendar); !calendar.empty())
+        for (CalendarEntry& entry : file.entries)
+            entry.calendar = calendar;
+    CalendarImport import = planImport(std::move(file.entries), phones, phone, calendars);
     std::size_t unchanged = 0, refused = 0;
-    const Text calendar = calendarNamed(calendars.names, wanted.calendar);
-    std::set<Text> homeless;  // calendars that the phone has not got
-    for (CalendarEntry& entry : file.entries) {
-        if (!entry.unplaced.empty())
-            note("ovphone: " + forPerson(titleOf(entry)) + ": the phone has no place for " +
-                 joined(entry.unplaced));
-        if (losesRepeats(entry)) {
-            note("ovphone: " + forPerson(titleOf(entry)) +
-                 ": not written, since it would repeat otherwise there." +
-                 (entry.wideRule && wanted.expandUntil.empty()
+    for (const ImportedEntry& entry : import.entries) {
+        const std::string title = "ovphone: " + forPerson(entry.title) + ": ";
+        if (!entry.unplaced.empty()) note(title + "the phone has no place for " + joined(entry.unplaced));
+        if (!entry.refusal.empty())
+            note(title + entry.refusal +
+                 (entry.hasWideRule && wanted.expandUntil.empty()
                       ? " \"--expand-until DAY\" makes single entries of it."
                       : ""));
-            ++refused;
-            continue;
-        }
-        if (!wanted.calendar.empty())
-            entry.calendar = calendar;
-        else if (std::ranges::find(calendars.names, entry.calendar) == calendars.names.end())
-            homeless.insert(std::exchange(entry.calendar, {}));
-        if (known.takeSame(asPhonesKeepIt(entry))) {
-            ++unchanged;
-            continue;
-        }
-        const CalendarEntry* const before = known.withUid(entry.uid);
-        if (entry.calendar.empty())
-            entry.calendar = before                    ? before->calendar
-                             : calendars.names.empty() ? Text()
-                                                       : calendars.names[0];
-        CalendarChange change{.kind = before ? CalendarChange::Kind::change : CalendarChange::Kind::add};
-        if (before) change.before = *before;
-        change.after = std::move(entry);
-        change.after.uid = change.before.uid;
-        changes.push_back(std::move(change));
+        unchanged += entry.isThere() ? 1 : 0;
+        refused += entry.refusal.empty() ? 0 : 1;
     }
-    homeless.erase(Text());
-    for (const Text& name : homeless)
+    for (const Text& name : import.homeless)
         note("ovphone: The phone has no calendar \"" + toUtf8(name) +
              "\": new entries of it go to the first one. \"ovphone calendar mkdir\" makes it.");
-    refuseWhatIsNotKept(phones, phone, changes);
-    if (!wanted.dryRun) carryOut(phones, phone, calendars, changes);
+    if (!wanted.dryRun) carryOut(phones, phone, calendars, import.changes);
     std::size_t added = 0, changed = 0, bad = refused;
-    for (const CalendarChange& change : changes) {
+    for (const CalendarChange& change : import.changes) {
         const bool isNew = change.kind == CalendarChange::Kind::add;
         if (!change.isDone())
             note("ovphone: " + forPerson(titleOf(change.after)) + ": " + change.failure);

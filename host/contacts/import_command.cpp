@@ -5,42 +5,13 @@
 
 #include "host/contacts/change_commands.h"
 #include "host/contacts/contact_files.h"
-#include "host/contacts/contact_matching.h"
-#include "host/contacts/field_table.h"
+#include "host/contacts/contact_import.h"
 #include "host/output/command_output.h"
 #include "host/output/exit_status.h"
 
 namespace ovno2::host {
 
 namespace {
-
-constexpr std::size_t largestPicture = std::size_t{16} << 20;
-
-// Takes out of a file's contact what no phone takes.
-std::vector<std::string> takeUnplaced(ContactDraft& card) {
-    std::vector<std::string> unplaced = std::move(card.unplaced);
-    std::vector<Text>& birthdays = card.values[rowOf(HostField::birthday)];
-    std::erase_if(birthdays, [&](const Text& value) {
-        const bool isNone = birthdayText(value).empty();
-        if (isNone) unplaced.push_back("Birthday: " + toUtf8(value) + " (no date)");
-        return isNone;
-    });
-    std::erase_if(card.pictures, [&](const ContactDraft::Picture& picture) {
-        if (picture.bytes.size() > largestPicture) unplaced.emplace_back("Picture: larger than 16 MB");
-        return picture.bytes.empty() || picture.bytes.size() > largestPicture;
-    });
-    for (; card.pictures.size() > 1; card.pictures.pop_back())
-        unplaced.emplace_back("Picture: a second one");
-    return unplaced;
-}
-
-// Values of the phone's other fields stay where they are and cannot be written elsewhere.
-void nameOther(const ContactDraft& card, const ContactDraft* there, std::vector<std::string>& unplaced) {
-    const std::size_t row = rowOf(HostField::other);
-    for (const Text& value : card.values[row])
-        if (!there || std::ranges::find(there->values[row], value) == there->values[row].end())
-            unplaced.push_back(toUtf8(fieldRows()[row].label) + ": " + toUtf8(value));
-}
 
 void importContacts(const Context& context, const ContactFileOptions& fileOptions,
                     const ChangeOptions& wanted) {
@@ -54,39 +25,10 @@ void importContacts(const Context& context, const ContactFileOptions& fileOption
         note("ovphone: Nothing was written: what the phone has must be known first.");
         requireWhole(changed.book);
     }
-    std::vector<ContactDraft> there;
-    there.reserve(changed.book.contacts.size());
-    for (const Contact& contact : changed.book.contacts) {
-        there.push_back(draftOf(contact, changed.pictures));
-        there.back().uid = exportedUid(changed.phone.serial, contact.uid);
-    }
-    std::vector<ReportedContact> reported(file.contacts.size());
-    for (std::size_t i = 0; i < reported.size(); ++i) {
-        reported[i].title = titleOf(file.contacts[i]);
-        reported[i].unplaced = takeUnplaced(file.contacts[i]);
-    }
-    const std::vector<std::optional<ContactMatch>> matches = matchContacts(file.contacts, there);
-    std::vector<ContactChange> changes;
-    for (std::size_t i = 0; i < reported.size(); ++i) {
-        ContactDraft& card = file.contacts[i];
-        nameOther(card, matches[i] ? &there[matches[i]->contact] : nullptr, reported[i].unplaced);
-        ContactChange change;
-        change.title = reported[i].title;
-        if (matches[i]) {
-            change.kind = ContactChange::Kind::change;
-            change.before = there[matches[i]->contact];
-            change.after = merged(change.before, card, matches[i]->isByUid, reported[i].unplaced);
-            if (contentOf(change.before) == contentOf(change.after)) continue;
-            change.after.uid = changed.book.contacts[matches[i]->contact].uid;
-        } else {
-            if (contentOf(card).empty()) change.failure = "It holds nothing that a phone keeps.";
-            change.after = std::move(card);
-            change.after.uid.clear();
-        }
-        reported[i].change = changes.size();
-        changes.push_back(std::move(change));
-    }
-    carryOut(changed, changes, reported, context, wanted);
+    ContactImport import =
+        planImport(std::move(file.contacts), changed.phone, changed.book, changed.pictures);
+    const std::vector<ReportedContact>& reported = import.contacts;
+    carryOut(changed, import.changes, reported, context, wanted);
     const auto incomplete = std::ranges::count_if(
         reported, [](const ReportedContact& contact) { return !contact.unplaced.empty(); });
     if (incomplete != 0)

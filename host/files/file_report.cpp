@@ -31,6 +31,7 @@ void FileReport::fail(std::string path, std::string message) {
 }
 
 void FileReport::say(const std::string& message) {
+    if (!tells_) return;
     if (progress_) progress_->hide();
     note("ovphone: " + forPerson(message));
 }

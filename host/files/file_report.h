@@ -18,6 +18,7 @@ struct FileResult {
     FileOutcome outcome = FileOutcome::success;
     std::uint64_t bytes = 0;
     std::string message;
+    bool differs = false;  // the phone has another file there
 };
 
 class FileReport {
@@ -26,6 +27,9 @@ class FileReport {
     void setProgress(TransferProgress* progress) { progress_ = progress; }
     // Tells of every file, not of failures only; `verb` says what was done to it.
     void tellAll(const char* verb) { verb_ = verb; }
+
+    // Tells nothing at all.
+    void keepToItself() { tells_ = false; }
 
     // A file whose result will be added, known by what this computer calls it.
     void expect(FileResult planned) { expected_.push_back(std::move(planned)); }
@@ -48,6 +52,7 @@ class FileReport {
 
     TransferProgress* progress_ = nullptr;
     const char* verb_ = nullptr;
+    bool tells_ = true;
     std::vector<FileResult> expected_;
     std::vector<FileResult> results_;
     std::array<std::size_t, 3> counts_{};  // by outcome

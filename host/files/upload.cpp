@@ -44,19 +44,29 @@ Entries byName(std::vector<PhoneEntry> listed) {
 
 }  // namespace
 
-Upload::Upload(const PhoneFiles& phone, PhoneEntry target, bool overwrite, bool isTrial)
+Upload::Upload(const PhoneFiles& phone, PhoneEntry target, bool overwrite, bool isTrial, Naming naming)
     : phone_(phone),
       target_(std::move(target)),
       overwrite_(overwrite),
       isTrial_(isTrial),
+      naming_(naming ? std::move(naming)
+                     : [](const fs::path& local) { return std::optional(nameOf(local)); }),
       sentFiles_(phone.phoneSerial()),
       fetcher_(phone, fs::temp_directory_path()) {}
 
 void Upload::add(const fs::path& local) {
-    if (!fs::is_directory(local)) return add(local, nameOf(local));
-    Folder folder{.local = local, .files = {}, .folders = {}, .others = {}, .wrong = {}};
+    const std::optional<Text> name = naming_(local);
+    if (!name) return;
+    if (!fs::is_directory(local)) return add(local, *name);
+    Folder folder{.local = local, .name = *name, .files = {}, .folders = {}, .others = {}, .wrong = {}};
     fill(folder);
     top_.folders.push_back(std::move(folder));
+}
+
+void Upload::addAllIn(const fs::path& folder) {
+    top_.local = folder;
+    fill(top_);
+    top_.local.clear();
 }
 
 void Upload::add(const fs::path& file, const Text& name) {
@@ -73,12 +83,15 @@ void Upload::fill(Folder& folder) {
     if (error) folder.wrong = quoted(folder.local) + " cannot be read: " + error.message() + ".";
     std::ranges::sort(entries);
     for (const fs::path& entry : entries) {
+        const std::optional<Text> name = naming_(entry);
+        if (!name) continue;
         if (fs::is_directory(fs::symlink_status(entry, error))) {
-            Folder below{.local = entry, .files = {}, .folders = {}, .others = {}, .wrong = {}};
+            Folder below{
+                .local = entry, .name = *name, .files = {}, .folders = {}, .others = {}, .wrong = {}};
             fill(below);
             folder.folders.push_back(std::move(below));
         } else if (fs::is_regular_file(fs::status(entry, error))) {
-            folder.files.push_back({entry, nameOf(entry), sizeOf(entry)});
+            folder.files.push_back({entry, *name, sizeOf(entry)});
             total_ += folder.files.back().size;
         } else {
             folder.others.push_back(entry);
@@ -91,7 +104,7 @@ void Upload::announce(const Folder& folder, const Text& path, FileReport& report
         report.expect(
             {toUtf8(joined(path, file.name)), console::textOf(file.local), FileOutcome::failure, 0, {}});
     for (const Folder& below : folder.folders)
-        announce(below, joined(path, nameOf(below.local)), report);
+        announce(below, joined(path, below.name), report);
 }
 
 void Upload::run(FileReport& report, TransferProgress& progress) {
@@ -124,8 +137,8 @@ void Upload::copyFolder(const Folder& folder, const Text& path, bool isNew) {
                       quoted(other) + " is neither a file nor a folder."});
     for (const Folder& below : folder.folders) {
         const std::size_t known = there.size();
-        Text actual = joined(path, nameOf(below.local));
-        if (makeFolder(below.local, there, actual))
+        Text actual = joined(path, below.name);
+        if (makeFolder(below, there, actual))
             copyFolder(below, actual, there.size() != known);
         else
             leaveOut(below, actual, "its folder could not be made");
@@ -150,8 +163,9 @@ void Upload::copyFiles(const Folder& folder, const Text& path, Entries& there) {
 }
 
 // Sees to it that the folder is there; `actual` becomes its path as the phone has it.
-bool Upload::makeFolder(const fs::path& local, Entries& there, Text& actual) {
-    const Text name = nameOf(local);
+bool Upload::makeFolder(const Folder& folder, Entries& there, Text& actual) {
+    const fs::path& local = folder.local;
+    const Text& name = folder.name;
     const auto known = there.find(lowerCase(name));
     std::string wrong;
     if (known != there.end()) {
@@ -260,6 +274,7 @@ FileResult Upload::copyFile(const File& file, const Text& folder, Entries& there
             return result;
         }
         if (known->second.isReadOnly) return failure(path + " is read-only on the phone and stays as it is.");
+        result.differs = likeness == Likeness::different;
         if (likeness == Likeness::different && !overwrite_)
             return failure(path + " is on the phone and differs from " + quoted(file.local) +
                            "; --force overwrites it.");

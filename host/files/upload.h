@@ -7,7 +7,9 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
+#include <optional>
 
 #include "host/files/fetcher.h"
 #include "host/files/file_report.h"
@@ -17,11 +19,17 @@ namespace ovno2::host {
 
 class Upload {
   public:
-    // With `isTrial` nothing is sent or made, and everything else as if it were.
-    Upload(const PhoneFiles& phone, PhoneEntry target, bool overwrite, bool isTrial);
+    // What a file or folder of this computer is called on the phone; none = it stays here.
+    using Naming = std::function<std::optional<Text>(const std::filesystem::path& local)>;
+
+    // With `isTrial` nothing is sent or made, and everything else as if it were. Without a naming everything
+    // keeps its name.
+    Upload(const PhoneFiles& phone, PhoneEntry target, bool overwrite, bool isTrial, Naming naming = {});
 
     // Adds a file, or a folder with all that is in it; an absolute path.
     void add(const std::filesystem::path& local);
+    // Adds all that is in a folder.
+    void addAllIn(const std::filesystem::path& folder);
     // Adds a file that gets another name on the phone.
     void add(const std::filesystem::path& file, const Text& name);
 
@@ -41,6 +49,7 @@ class Upload {
     };
     struct Folder {
         std::filesystem::path local;  // empty for the top, which holds what was added
+        Text name;                    // on the phone
         std::vector<File> files;
         std::vector<Folder> folders;
         std::vector<std::filesystem::path> others;  // neither file nor folder
@@ -58,7 +67,7 @@ class Upload {
     void announce(const Folder& folder, const Text& path, FileReport& report) const;
     void copyFolder(const Folder& folder, const Text& path, bool isNew);
     void copyFiles(const Folder& folder, const Text& path, Entries& there);
-    bool makeFolder(const std::filesystem::path& local, Entries& there, Text& actual);
+    bool makeFolder(const Folder& folder, Entries& there, Text& actual);
     std::string obstacle(const File& file, const std::string& path, const Entries& there) const;
     Likeness compare(const Content& content, const File& file, const PhoneEntry& there);
     FileResult copyFile(const File& file, const Text& folder, Entries& there, std::vector<Sent>& sent);
@@ -70,6 +79,7 @@ class Upload {
     PhoneEntry target_;
     bool overwrite_;
     bool isTrial_;
+    Naming naming_;
     Folder top_;
     std::uint64_t total_ = 0;
     SentFiles sentFiles_;

@@ -83,10 +83,13 @@ void Sha256::addBlocks(State& state, const unsigned char* blocks, std::size_t co
 }
 
 #if defined(__x86_64__) || defined(__i386__)
+__attribute__((target("sha,sse4.1"))) static inline __m128i load(const void* from) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(from));
+}
+
 // Two halves of the state as the instructions want them (a, b, e, f and c, d, g, h), four words at a time.
 __attribute__((target("sha,sse4.1"))) void Sha256::addBlocksFast(State& state, const unsigned char* blocks,
                                                                  std::size_t count) {
-    const auto load = [](const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); };
     const __m128i byteOrder = _mm_set_epi64x(0x0c0d0e0f08090a0b, 0x0405060700010203);
     const __m128i low = _mm_shuffle_epi32(load(state.data()), 0xB1);
     const __m128i high = _mm_shuffle_epi32(load(state.data() + 4), 0x1B);
@@ -112,11 +115,9 @@ __attribute__((target("sha,sse4.1"))) void Sha256::addBlocksFast(State& state, c
         cdgh = _mm_add_epi32(cdgh, cdghBefore);
     }
     const __m128i feba = _mm_shuffle_epi32(abef, 0x1B), dchg = _mm_shuffle_epi32(cdgh, 0xB1);
-    const auto store = [&](std::size_t place, __m128i words) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(state.data() + place), words);
-    };
-    store(0, _mm_blend_epi16(feba, dchg, 0xF0));
-    store(4, _mm_alignr_epi8(dchg, feba, 8));
+    auto* const stored = reinterpret_cast<__m128i*>(state.data());
+    _mm_storeu_si128(stored, _mm_blend_epi16(feba, dchg, 0xF0));
+    _mm_storeu_si128(stored + 1, _mm_alignr_epi8(dchg, feba, 8));
 }
 #else
 void Sha256::addBlocksFast(State& state, const unsigned char* blocks, std::size_t count) {

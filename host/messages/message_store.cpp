@@ -14,6 +14,7 @@ namespace ovno2::host {
 namespace {
 
 constexpr std::size_t stepsOfAnItem = 2;  // of the progress control
+constexpr Long noSuchStore = -3;          // of the module's results
 
 struct StoreKind {
     DataStore store;
@@ -89,7 +90,6 @@ ItemList<Message> readMessages(const AttachedPhones& phones, const ListedPhone& 
     };
     if (const Long result = read(messageStore); result < 0)
         throw CommandFailure{failed, resultMessage(Operation::readMessages, result, titleOf(phone))};
-    constexpr Long noSuchStore = -3;
     const Long others = read(otherMessageStore);
     if (others == noSuchStore)
         list.remark = titleOf(phone) + " has one store of messages, or opens no other.";
@@ -101,7 +101,11 @@ ItemList<Message> readMessages(const AttachedPhones& phones, const ListedPhone& 
 ItemList<Note> readNotes(const AttachedPhones& phones, const ListedPhone& phone) {
     ItemList<Note> list;
     const Long result = readStore(phones, phone, noteStore, list, noteOf);
-    if (result < 0) throw CommandFailure{failed, resultMessage(Operation::readNotes, result, titleOf(phone))};
+    if (result < 0) {
+        const CommandFailure failure{failed, resultMessage(Operation::readNotes, result, titleOf(phone))};
+        if (result == noSuchStore) throw NoSuchStore{failure};
+        throw failure;
+    }
     return list;
 }
 

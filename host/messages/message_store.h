@@ -3,6 +3,7 @@
 
 #include "host/messages/message.h"
 #include "host/messages/phone_number.h"
+#include "host/output/command_output.h"
 #include "host/phones/arrival.h"
 
 namespace ovno2::host {
@@ -16,6 +17,9 @@ struct ItemList {
     std::vector<std::string> missing;
     std::string remark = {};  // on the phone, for those who want everything; UTF-8, mostly empty
 };
+
+// The phone has no such store, or does not open it: which of both, it does not tell.
+struct NoSuchStore : CommandFailure {};
 
 // Both show how far they have come, and throw CommandFailure when nothing could be read at all.
 ItemList<Message> readMessages(const AttachedPhones& phones, const ListedPhone& phone);

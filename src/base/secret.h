@@ -6,8 +6,9 @@
 namespace ovno2 {
 
 // Overwrites `length` characters, which the compiler may not leave out.
-inline void wipe(char16_t* text, std::size_t length) noexcept {
-    volatile char16_t* character = text;
+template <class Character>
+void wipe(Character* text, std::size_t length) noexcept {
+    volatile Character* character = text;
     for (; length != 0; --length)
         *character++ = 0;
 }

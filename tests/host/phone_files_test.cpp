@@ -30,6 +30,10 @@ class ListingDriver : public PhoneDriver {
     std::string connectivityFolder() override { return {}; }
     SoftwareReport software() override { return {}; }
     Long listPhones(std::vector<ListedPhone>&) override { return 0; }
+    Long switchMedium(Long, bool) override { return -1; }
+    Long searchBluetooth(std::vector<FoundPhone>&) override { return -1; }
+    Long connections() override { return -1; }
+    Long changeTrust(const Text&, Long, const Text&) override { return -1; }
     Long readContacts(const ListedPhone&, const TextTable&, const std::string&,
                       const std::function<void(Long)>&, std::vector<Contact>&) override {
         return -1;

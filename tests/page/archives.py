@@ -1,8 +1,8 @@
 """Archives to try the page on: of a phone, as the program reads it, and made up."""
 import json
 import os
-import shutil
 import subprocess
+import tempfile
 from pathlib import Path
 
 
@@ -11,11 +11,6 @@ class Programs:
 
     def __init__(self, ovphone, write_page, phones):
         self.ovphone, self.write_page, self.phones = ovphone, write_page, phones
-
-    def read(self, home, *arguments):
-        environment = {**os.environ, "OVNO2_HOME": str(home), "OVNO2_PHONES": str(self.phones)}
-        run = subprocess.run([self.ovphone, *arguments], env=environment, capture_output=True, check=False)
-        return run.stdout.decode()
 
 
 def write_archive(programs, folder, data):
@@ -32,38 +27,14 @@ def sections(**counts):
 
 
 def demo_archive(programs, folder):
-    """The demo phone's contents."""
-    folder = Path(folder)
-    home = folder / "home"
-    phone = ("--phone", "Nokia N95")
-    read = lambda *arguments: json.loads(programs.read(home, *arguments, *phone, "--format", "json"))
-    contacts = json.loads(programs.read(home, "contacts", *phone, "--format", "json", "--pictures", str(folder / "contacts/pictures")))
-    for contact in contacts:
-        if "picture" in contact:
-            contact["picture"] = ["contacts/pictures/" + Path(path).name for path in contact["picture"]]
-    calendar = read("calendar", "show")
-    times = [one for years in (("1900-01-01", "1969-12-31"), ("1970-01-01", "2029-12-31"))
-             for one in read("calendar", "list", "--from", years[0], "--to", years[1])]
-    for entry in calendar:
-        if "rule" in entry:
-            entry["occurrences"] = [one["date"] for one in times if one["uid"] == entry["uid"]]
-    programs.read(home, "files", "get", "-r", "/", str(folder / "files"), *phone)
-    files = read("files", "ls", "-r", "/")
-    for entry in files:
-        if entry["kind"] == "file":
-            entry["file"] = "files/" + entry["path"].replace(":", "", 1)
-    data = {"contacts": contacts, "calendar": calendar, "messages": read("messages", "list"), "notes": read("notes", "list"),
-            "files": files, "losses": []}
-    counts = {name: len(value) for name, value in data.items() if name != "losses"}
-    counts["files"] = sum(entry["kind"] == "file" for entry in files)
-    data["archive"] = {
-        "version": 1,
-        "phone": {"model": "Nokia N95", "name": "Anna's phone", "serialNumber": "356300010000017", "medium": "USB", "platform": "S60 3rd"},
-        "runs": [{"started": "2026-11-23T18:00:00Z", "finished": "2026-11-23T18:00:02Z"}],
-        "sections": sections(**counts),
-    }
-    write_archive(programs, folder, data)
-    shutil.rmtree(home, ignore_errors=True)
+    """The demo phone as `ovphone archive` saves it; gives what the data files hold."""
+    with tempfile.TemporaryDirectory() as home:
+        environment = {**os.environ, "OVNO2_HOME": home, "OVNO2_PHONES": str(programs.phones)}
+        subprocess.run([programs.ovphone, "archive", folder, "--phone", "Nokia N95"], env=environment, capture_output=True, check=True)
+    data = {}
+    for file in Path(folder).glob("page/data/*.js"):
+        _, text = file.read_text(encoding="utf-8").split(",", 1)
+        data[file.stem] = json.loads(text[:text.rindex(")")])
     return data
 
 

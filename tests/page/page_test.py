@@ -86,7 +86,7 @@ class Demo(PageTest):
 
     def test_overview(self):
         self.browser.open(self.folder)
-        self.assertEqual("Anna's phone", self.browser.find("h1").text)
+        self.assertEqual("Nokia N95", self.browser.find("h1").text)
         shown = dict(zip(self.browser.texts(".tile-name"), self.browser.texts(".tile-number")))
         counts = self.data["archive"]["sections"]
         self.assertEqual({"contacts": str(counts["contacts"]["count"]), "entries": str(counts["calendar"]["count"]),
@@ -172,10 +172,17 @@ class Demo(PageTest):
             return canvas.width > 0 && new Set(canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height).data).size > 3"""
         self.browser.wait(lambda: self.browser.run(drawn), "a plot")
         self.browser.click(".statistic summary")
-        figures = [text for text in self.browser.texts(".figures td")]
+        figures = self.browser.wait(lambda: self.browser.texts(".figures td"), "the figures")
         self.assertEqual(sum("time" in message for message in self.data["messages"]), sum(map(int, figures)))
         self.browser.all(".statistic summary")[1].click()
         self.browser.wait(lambda: "Lukas Fährmann" in self.browser.texts(".figures tbody th"), "the second table")
+
+    def test_losses(self):
+        self.browser.open(self.folder, "losses")
+        self.browser.click(".loss summary")
+        self.assertIn("Anna Müller", self.browser.find(".loss-items").text)
+        counts = [int(text) for text in self.browser.texts(".loss .count")]
+        self.assertEqual(len(self.data["losses"]), sum(counts))
 
     def test_with_keys_alone(self):
         self.browser.open(self.folder)
@@ -281,7 +288,8 @@ class Hostile(PageTest):
         self.assertIn("<img src=x onerror=hacked()>", next(text for text, link in rows.items() if text.startswith("lost")))
         self.assertEqual(2, sum(link is not None and "#files" not in link for link in rows.values()), rows)
         self.browser.go("photos")
-        self.browser.wait(lambda: self.browser.run("return document.querySelector('.photo img')?.naturalWidth") > 0, "a name with everything in it")
+        loaded = "return [...document.querySelectorAll('.photo img')].filter((image) => image.naturalWidth > 0).map((image) => image.getAttribute('src'))"
+        self.browser.wait(lambda: len(self.browser.run(loaded)) == 2, "names with everything in them")
 
     def test_the_policy_holds(self):
         self.browser.open(self.folder)

@@ -51,7 +51,7 @@ const archive = (() => {
 
         // Where a file of the archive is, none for a path that would lead out of it.
         url(path) {
-            const parts = String(path ?? "").split("/");
+            const parts = typeof path === "string" ? path.split("/") : [""];
             if (parts.some((part) => part === "" || part === "." || part === "..")) return undefined;
             return parts.map((part) => encodeURIComponent(part.replace(/\p{Cs}/gu, "\ufffd"))).join("/");
         },

@@ -22,6 +22,9 @@ sections.messages = {
         for (const talk of talks) talk.haystack = words.haystack([talk.title, ...talk.addresses]);
         for (const entry of entries) entry.haystack = words.fold(entry.message.text ?? "");
 
+        const findTalks = words.finder(talks, (talk) => talk.haystack);
+        const findMessages = words.finder(entries, (entry) => entry.haystack);
+
         const split = parts.split(view, "Conversation");
         const search = parts.search({label: "Search messages", onQuery: find});
         split.list.append(parts.heading("Messages"), parts.notice(state, "messages"), search.element, split.scroller);
@@ -53,7 +56,7 @@ sections.messages = {
         function snippet(text) {
             const word = query.toLowerCase().split(/\s+/)[0];
             const place = word ? text.toLowerCase().indexOf(word) : -1;
-            return (place > 40 ? "… " + text.slice(place - 25) : text).slice(0, 200);
+            return (place > 20 ? "… " + text.slice(text.lastIndexOf(" ", place - 8) + 1) : text).slice(0, 200);
         }
 
         function bubble({message, index}, place) {
@@ -72,15 +75,14 @@ sections.messages = {
 
         function find(text) {
             query = text;
-            const matches = words.matcher(text);
             if (text === "") {
                 shown = talks;
                 search.say(words.count(talks.length, "conversation", "conversations") + ", " + words.count(messages.length, "message", "messages"));
             } else {
-                const people = talks.filter((talk) => matches(talk.haystack));
-                const found = entries.filter((entry) => matches(entry.haystack));
+                const people = findTalks(text), found = findMessages(text);
                 shown = [...people, ...found];
-                search.say(words.count(people.length, "conversation", "conversations") + ", " + words.count(found.length, "message", "messages") + " found");
+                search.say((people.length > 0 ? words.count(people.length, "conversation", "conversations") + ", " : "") +
+                    words.count(found.length, "message", "messages") + " found");
             }
             list.show(shown);
             mark();

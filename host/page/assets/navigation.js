@@ -51,6 +51,7 @@
         const go = await opened.get(name).go;
         if (addressParts()[0] === name) go(path);
         main.dataset.shown = name;
+        performance.mark("shown " + name);
     }
 
     function addLinks(info) {

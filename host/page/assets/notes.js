@@ -19,7 +19,7 @@ sections.notes = {
         const scroller = dom.make("div", {class: "scroller", role: "region", "aria-label": "Notes", tabindex: "0"});
         view.append(parts.heading("Notes"), parts.notice(state, "notes"), search.element, scroller);
         let query = "";
-        const list = new WindowedList({scroller, label: "Notes", className: "cards", keys: false, height: 100,
+        const list = new WindowedList({scroller, label: "Notes", className: "cards", keys: false, perBlock: 30, height: 100,
             render: (note) => dom.make("div", {class: "note"},
                 note.text.trim() === "" ? dom.make("p", {class: "muted"}, "(empty)") : dom.marked("p", note.text, query, {class: "prose"}), dom.gone(note))});
         function find(text) {

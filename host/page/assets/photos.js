@@ -9,7 +9,7 @@ sections.photos = {
     data: ["files"],
     open(view, {files}, info) {
         const state = info.sections?.files;
-        const photos = files.filter((file) => file.kind !== "folder" && file.file && /\.(jpe?g|png|gif|bmp|webp)$/i.test(file.name));
+        const photos = files.filter((file) => file.kind === "file" && archive.url(file.file) && /\.(jpe?g|png|gif|bmp|webp)$/i.test(file.name));
         if (photos.length === 0) {
             view.append(parts.heading("Photos"), files.length > 0
                 ? parts.empty("No pictures", dom.make("p", {}, "None of the phone’s files is a picture that a browser can show."))

@@ -73,6 +73,18 @@ const words = (() => {
         fold,
         // What a search looks in.
         haystack: (texts) => fold(texts.filter((text) => text).join("\n")),
+        // A search through items that a query and its longer forms go through again and again: a letter more only looks
+        // through what was found before.
+        finder(items, haystackOf) {
+            let before = "", found = items;
+            return (query) => {
+                const from = before !== "" && query.startsWith(before) ? found : items;
+                const matches = words.matcher(query);
+                before = query;
+                found = from.filter((item) => matches(haystackOf(item)));
+                return found;
+            };
+        },
         // True for a haystack that holds every word of the query.
         matcher(query) {
             const wanted = fold(query).split(/\s+/).filter((word) => word);
