@@ -67,7 +67,7 @@ std::vector<std::string> wordsOfValue(const std::string& name) {
 ValueKind kindOfValue(const std::string& name) {
     const std::vector<std::string> alternatives = wordsOfValue(name);
     const auto has = [&](const char* one) { return std::ranges::count(alternatives, one) != 0; };
-    if (has("FILE")) return ValueKind::files;
+    if (has("FILE") || has("SOURCE")) return ValueKind::files;
     if (has("DIR")) return ValueKind::folders;
     if (has("COMMAND")) return ValueKind::commands;
     return std::ranges::all_of(alternatives, isWord) ? ValueKind::words : ValueKind::nothing;

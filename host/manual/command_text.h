@@ -37,8 +37,8 @@ struct CommandText {
 
 CommandText describe(const CLI::App& command);
 
-// Told by the value's name: DIR is a folder of this computer, FILE a file, COMMAND one of the program's,
-// "a|b" one of these words.
+// Told by the value's name: DIR is a folder of this computer, FILE a file, SOURCE either, COMMAND one of the
+// program's, "a|b" one of these words.
 ValueKind kindOfValue(const std::string& name);
 // Of "a|b".
 std::vector<std::string> wordsOfValue(const std::string& name);
