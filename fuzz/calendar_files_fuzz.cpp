@@ -5,6 +5,7 @@
 #include "host/calendar/ical_reader.h"
 #include "host/calendar/ical_writer.h"
 #include "host/calendar/recurrence.h"
+#include "host/calendar/single_entries.h"
 
 using namespace ovno2;
 using namespace ovno2::host;
@@ -23,8 +24,11 @@ bool isSame(const CalendarEntry& a, const CalendarEntry& b) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     const CalendarFile file = readCalendarFile(bytes, "f");
-    for (const CalendarEntry& entry : file.entries)
+    constexpr std::chrono::local_days until(std::chrono::year(2012) / 1 / 1);
+    for (const CalendarEntry& entry : file.entries) {
         datesOf(entry, u"2000-01-01", u"2001-01-01");
+        if (entry.wideRule && singleEntries(entry, until).entries.size() > mostSingleEntries) std::abort();
+    }
     for (const CalendarForm form : {CalendarForm::iCalendar, CalendarForm::vCalendar}) {
         const CalendarText written = writeCalendarFile(file.entries, form);
         const CalendarFile again = readCalendarFile(written.text, "f");
