@@ -237,7 +237,8 @@ std::string summaryOf(const ArchiveOptions& wanted, const Archiver& archiver, co
                                     : "Of these kinds everything that the phone listed is in the archive.\n";
     else
         text += "NOT EVERYTHING IS IN THE ARCHIVE. Do not delete anything from the phone.\n";
-    return text + "Open " + place + "/index.html to look at it; \"ovphone verify\" checks it.\n";
+    const std::string page = console::textOf(console::pathOf(wanted.folder) / "index.html");
+    return text + "Open \"" + forPerson(page) + "\" to look at it; \"ovphone verify\" checks it.\n";
 }
 
 void archivePhone(const Context& context, const ArchiveOptions& wanted) {
