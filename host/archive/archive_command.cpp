@@ -267,7 +267,7 @@ std::vector<std::string> savePhone(const Context& context, const ArchiveOptions&
     std::vector<std::string> missing;
     for (const auto& [name, report] : outcome.sections)
         for (const std::string& one : report.missing)
-            missing.push_back(name + ": " + one);
+            missing.push_back(std::string(name).append(": ").append(one));
     return missing;
 }
 

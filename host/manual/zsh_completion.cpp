@@ -8,7 +8,7 @@ std::string functionOf(const CommandText& command) {
     return "_" + replaced(command.line, " ", "_");
 }
 
-// In a specification between single quotes, whose parts are divided by colons.
+// In an option between single quotes, whose parts are divided by colons.
 std::string part(std::string text) {
     for (const char* special : {"\\", "[", "]", ":"})
         text = replaced(text, special, std::string("\\") + special);
@@ -31,16 +31,16 @@ std::string actionOf(const std::string& name, const CommandText& program) {
     return " ";
 }
 
-std::string specificationOf(const OptionText& option, const CommandText& program) {
-    std::string specification = "'(" + joined(option.names, " ") + ")'";
+std::string completionOf(const OptionText& option, const CommandText& program) {
+    std::string completion = "'(" + joined(option.names, " ") + ")'";
     const bool hasValue = !option.value.empty();
     std::vector<std::string> names;
     for (const std::string& name : option.names)
         names.push_back(name + (!hasValue ? "" : name.starts_with("--") ? "=" : "+"));
-    specification += names.size() == 1 ? "'" + names[0] : "{" + joined(names, ",") + "}'";
-    specification += "[" + part(option.description) + "]";
-    if (hasValue) specification += ":" + part(option.value) + ":" + actionOf(option.value, program);
-    return specification + "'";
+    completion += names.size() == 1 ? "'" + names[0] : "{" + joined(names, ",") + "}'";
+    completion += "[" + part(option.description) + "]";
+    if (hasValue) completion += ":" + part(option.value) + ":" + actionOf(option.value, program);
+    return completion + "'";
 }
 
 std::string commandsOf(const CommandText& command) {
@@ -57,7 +57,7 @@ std::string argumentsOf(const CommandText& command, const CommandText& program) 
     text += "    _arguments -s -S";
     if (!command.commands.empty()) text += " -C";
     for (const OptionText& option : command.options)
-        text += " \\\n        " + specificationOf(option, program);
+        text += " \\\n        " + completionOf(option, program);
     if (!command.commands.empty()) {
         text += " \\\n        '1:command:" + functionOf(command) +
                 "_commands' \\\n        '*::argument:->arguments' && ret=0\n";
