@@ -47,6 +47,15 @@ const char* nameOf(SectionReport::State state) {
     return names[static_cast<std::size_t>(state)];
 }
 
+void SectionReport::arrived(std::size_t number, std::size_t ofListed,
+                            const std::vector<std::string>& notArrived) {
+    state = State::complete;
+    listed = ofListed;
+    saved = number;
+    for (const std::string& one : notArrived)
+        lose(one);
+}
+
 void SectionReport::fail(const std::string& why) {
     state = State::failed;
     missing.push_back(why);

@@ -30,6 +30,8 @@ struct SectionReport {
 
     // All that the phone handed out is there.
     bool isWhole() const { return state == State::complete || state == State::notSupported; }
+    // What came of a read: `number` of those listed, and why the others did not.
+    void arrived(std::size_t number, std::size_t ofListed, const std::vector<std::string>& notArrived);
     void fail(const std::string& why);
     void lose(const std::string& what);  // a part of it
 };

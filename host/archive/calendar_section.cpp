@@ -212,11 +212,7 @@ void archiveCalendar(ArchiveRun& run, SectionReport& report) {
     const std::optional<PhoneCalendars> list =
         run.readingTwice(report, [&] { return readCalendars(run.phones, run.phone); });
     if (!list) return;
-    report.state = SectionReport::State::complete;
-    report.listed = list->listed;
-    report.saved = list->entries.size();
-    for (const std::string& missing : list->missing)
-        report.lose(missing);
+    report.arrived(list->entries.size(), list->listed, list->missing);
     CalendarSection(run, report, list->missing.empty()).write(*list);
 }
 

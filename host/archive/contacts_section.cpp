@@ -171,11 +171,7 @@ void archiveContacts(ArchiveRun& run, SectionReport& report) {
         run.readingTwice(report, [&] { return readPhoneBook(run.phones, run.phone, pictures); });
     if (!book) return;
     if (!book->missing.empty()) run.folder.requireRoom();
-    report.state = SectionReport::State::complete;
-    report.listed = book->listed;
-    report.saved = book->contacts.size();
-    for (const std::string& missing : book->missing)
-        report.lose(missing);
+    report.arrived(book->contacts.size(), book->listed, book->missing);
     ContactsSection(run, report).write(*book);
     run.names.emplace(book->contacts);
     std::error_code ignored;

@@ -115,11 +115,7 @@ void archiveNotes(ArchiveRun& run, SectionReport& report) {
     } catch (const CommandFailure& failure) {
         return report.fail(failure.message);
     }
-    report.state = SectionReport::State::complete;
-    report.listed = list->listed;
-    report.saved = list->items.size();
-    for (const std::string& missing : list->missing)
-        report.lose(missing);
+    report.arrived(list->items.size(), list->listed, list->missing);
     NotesSection(run, report, std::move(before)).write(*list);
 }
 
